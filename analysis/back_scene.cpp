@@ -1,0 +1,118 @@
+/// Back camera: person share, person box, occupancy grid and resource hint.
+#include <algorithm>
+
+#include "analysis/label_wins.h"
+#include "analysis/region_labeller.h"
+#include "core/globals.h"
+#include "core/morvale_core.h"
+#include "core/numeric.h"
+#include "imgproc/resize_plane.h"
+#include "platform/log.h"
+
+namespace morvale {
+namespace {
+
+constexpr int32_t kBackVersion = 5;
+
+/// The best region must exceed this share of the map.
+constexpr double kMinPersonShare = 0.0125;
+
+constexpr int kGridColumns = 19, kGridRows = 15;
+constexpr int kGridCells = kGridColumns * kGridRows;
+
+/// The 12th grid word, offset 228 of the record, carries the resource hint instead.
+int32_t& hint_word(PersonWholeMeta& result) { return result.meta[3].box[3]; }
+
+void clear_boxes(PersonWholeMeta& result) {
+  for (PersonMeta& meta : result.meta) std::fill(std::begin(meta.box), std::end(meta.box), 0);
+}
+
+/// The next grid word, most significant bit first; the cursor moves on by 32 cells. The word in which the
+/// cells end takes one byte behind them (always 0) and two more zeros; so do the words after it.
+uint32_t pack_word(const uint8_t* grid, int& cursor) {
+  constexpr int kLastCell = kGridCells - 1;
+  uint32_t word = grid[cursor];
+  if (cursor > kLastCell) return word << 2;
+  for (int j = 1; j <= 31; ++j) {
+    word = word << 1 | grid[cursor + j];
+    if (cursor + j > kLastCell) {
+      cursor += j;
+      return word << 2;
+    }
+  }
+  cursor += 32;
+  return word;
+}
+
+void pack_grid(const uint8_t* grid, PersonWholeMeta& result) {
+  int cursor = 0;
+  for (int element = 1; element < kMaxFaces; ++element) {
+    for (int32_t& word : result.meta[element].box) word = static_cast<int32_t>(pack_word(grid, cursor));
+  }
+}
+
+/// Frame pixels per map cell, cut to a whole number.
+float whole_scale(int32_t frame_size, int32_t map_size) {
+  return static_cast<float>(to_int32(static_cast<float>(frame_size) / static_cast<float>(map_size)));
+}
+
+FaceRect frame_box(const RegionLabeller::Region& box, float scale_x, float scale_y) {
+  const auto scaled = [](float scale, int32_t cells) { return to_int32(scale * static_cast<float>(cells)); };
+  return {scaled(scale_x, box.min_x), scaled(scale_y, box.min_y), scaled(scale_x, box.max_x - box.min_x),
+          scaled(scale_y, box.max_y - box.min_y)};
+}
+
+void log_scene(const PersonWholeMeta& result, int32_t hint, const uint8_t* grid) {
+  const int32_t* box = result.meta[0].box;
+  MORVALE_DEBUG("MorvaleMeta = qermHint %d ", hint);
+  MORVALE_DEBUG("MorvaleMeta :: %d %d %d %d", box[0], box[1], box[2], box[3]);
+  for (int row = 0; row < kGridRows; ++row) {
+    char cells[kGridColumns + 1] = {};
+    for (int x = 0; x < kGridColumns; ++x) cells[x] = static_cast<char>('0' + grid[row * kGridColumns + x]);
+    MORVALE_DEBUG("MorvaleMeta :: %s", cells);
+  }
+}
+
+}  // namespace
+}  // namespace morvale
+
+using namespace morvale;
+
+void MorvaleCore::argMax_back_only_human(uint8_t* segMap) {
+  const int W = NETSIZE, H = segFactor;
+  const int32_t cells = W * H;
+  SummedArea sums(labelMapWide, W);
+  RegionLabeller labeller(labelMapB, W);
+  int32_t label4_cells = 0;
+  for (int y = 0; y < H; ++y) {
+    for (int x = 0; x < W; ++x) {
+      const uint8_t* c = segMap + kLabels * (y * W + x);
+      labelMapA[y * W + x] = wins(std::max({c[1], c[2], c[3]}), c[0], c[4]);
+      sums.add(x, y, wins(c[2], c[0], c[1], c[3], c[4]));
+      label4_cells += wins(c[4], c[0], c[1], c[2], c[3]);
+      labeller.visit(x, y, trailing_window(sums, x, y) >= 1);
+    }
+  }
+  result.humanRatio = cells < 1 ? 0 : label4_cells * 100 / cells;
+
+  std::fill(std::begin(personBoxes), std::end(personBoxes), FaceRect{});
+  clear_boxes(result);
+  const std::vector<info> candidates = labeller.by_area();
+  if (candidates.empty()) return;  // personCount and ver keep the last frame's values
+
+  const info& best = candidates.front();
+  personCount = best.area > to_int32(cells * kMinPersonShare) ? 1 : 0;
+  if (personCount == 1) {
+    const FaceRect box =
+        frame_box(labeller[best.label], whole_scale(inputData->width, W), whole_scale(inputData->height, H));
+    const int32_t words[4] = {box.x, box.w, box.y, box.h};  // the record's order is not FaceRect's
+    std::copy(std::begin(words), std::end(words), result.meta[0].box);
+    personBoxes[0] = box;
+  }
+
+  resize_Y_1(labelMapA, gridMap, W, H, kGridColumns, kGridRows);
+  result.ver = kBackVersion;
+  pack_grid(gridMap, result);
+  hint_word(result) = inputData->qermHint;
+  if (VISUALDEBUG > 0) log_scene(result, inputData->qermHint, gridMap);
+}

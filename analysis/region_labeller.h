@@ -1,0 +1,133 @@
+/// Grows regions from a mask and labels them in one pass. The analyses differ in the mask and in the window
+/// alone.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "core/records.h"
+
+namespace morvale {
+
+/// A summed-area table, row stride `width`: entry (x, y) counts the mask's pixels in rows 0..y, columns 0..x.
+/// (F. C. Crow, "Summed-area tables for texture mapping", 1984.)
+class SummedArea {
+ public:
+  SummedArea(int32_t* table, int width) : table_(table), width_(width) {}
+
+  /// Adds the mask's pixel (x, y). Pixels come row by row.
+  void add(int x, int y, bool set) {
+    int32_t sum = set;
+    if (x > 0) sum += at(x - 1, y);
+    if (y > 0) sum += at(x, y - 1);
+    if (x > 0 && y > 0) sum -= at(x - 1, y - 1);
+    table_[static_cast<ptrdiff_t>(y) * width_ + x] = sum;
+  }
+  int32_t at(int x, int y) const { return table_[static_cast<ptrdiff_t>(y) * width_ + x]; }
+
+ private:
+  int32_t* table_;
+  int width_;
+};
+
+/// Pixels of the mask around (x, y) in a W x H picture: rows y-7 .. y+8 and columns x-7 .. x+8. While the
+/// window's far edge lies in the first 17 rows or columns it shrinks to rows 0 .. y or columns 0 .. x and
+/// does not look ahead. The asymmetry decides which regions touch; it stays.
+inline int32_t near_window(const SummedArea& s, int x, int y, int W, int H) {
+  constexpr int kReach = 8;
+  const int x1 = x > kReach ? x - kReach : 0, x2 = x + kReach < W ? x + kReach : W - 1;
+  const int y1 = y > kReach ? y - kReach : 0, y2 = y + kReach < H ? y + kReach : H - 1;
+  if (y2 <= 2 * kReach && x2 <= 2 * kReach) return s.at(x, y);
+  if (x2 <= 2 * kReach) return s.at(x, y2) - s.at(x, y1);
+  if (y2 <= 2 * kReach) return s.at(x2, y) - s.at(x1, y);
+  return s.at(x2, y2) - s.at(x1, y2) - s.at(x2, y1) + s.at(x1, y1);
+}
+
+/// Pixels of the mask in the 3 x 3 block that ends at (x, y). In the first four rows or columns the block
+/// reaches back to row 0 or column 0: row 3 still does, row 4 looks at rows 2 .. 4.
+inline int32_t trailing_window(const SummedArea& s, int x, int y) {
+  constexpr int kSize = 3;
+  int32_t count = s.at(x, y);
+  if (x > kSize) count -= s.at(x - kSize, y);
+  if (y > kSize) count -= s.at(x, y - kSize);
+  if (x > kSize && y > kSize) count += s.at(x - kSize, y - kSize);
+  return count;
+}
+
+/// Labels pixels with one pass and no table of equivalences, so it is inexact by design: pixels of a
+/// merged-away region keep their dead label, and what later grows from them is lost. The records depend on
+/// exactly that.
+class RegionLabeller {
+ public:
+  /// A region's inclusive bounding box.
+  struct Region {
+    int32_t min_x, max_x, min_y, max_y;
+    bool valid;  ///< false once it was merged into another
+
+    /// Without +1 on either side: a region one pixel wide or high has area 0.
+    int32_t area() const { return (max_x - min_x) * (max_y - min_y); }
+  };
+
+  /// labels: the image to write, row stride `width`; 0 means no region.
+  RegionLabeller(uint8_t* labels, int width) : labels_(labels), width_(width) {}
+
+  /// Labels pixel (x, y), row by row; `grows` says whether it belongs to any region.
+  void visit(int x, int y, bool grows) {
+    uint8_t* pixel = labels_ + static_cast<ptrdiff_t>(y) * width_ + x;
+    if (!grows) {
+      *pixel = 0;
+      return;
+    }
+    const uint8_t up = y > 0 ? pixel[-width_] : uint8_t{0};
+    const uint8_t left = x > 0 ? pixel[-1] : uint8_t{0};
+    if (left != 0) {
+      extend_from_left(x, up, left);
+      *pixel = left;
+    } else if (up != 0) {
+      regions_[up].max_y = y;
+      *pixel = up;
+    } else {
+      *pixel = start(x, y);
+    }
+  }
+
+  const Region& operator[](int32_t label) const { return regions_[static_cast<size_t>(label)]; }
+
+  /// The live regions, largest area first.
+  std::vector<info> by_area() const;
+
+ private:
+  /// Labels run 1 .. 255, 256, 255, 256, ...: 256 is stored in the image as 0, so its pixels grow no further,
+  /// but it has a table entry of its own.
+  static constexpr int32_t kLastLabel = 256;
+
+  uint8_t start(int x, int y) {
+    count_ = count_ >= kLastLabel ? kLastLabel - 1 : count_ + 1;
+    regions_[static_cast<size_t>(count_)] = {x, x, y, y, true};
+    return static_cast<uint8_t>(count_);
+  }
+
+  /// A pixel with a left neighbour takes its label and never moves max_y. A live region above is merged into
+  /// it.
+  void extend_from_left(int x, uint8_t up, uint8_t left) {
+    Region& to = regions_[left];
+    if (x > to.max_x) to.max_x = x;
+    if (up == 0 || up == left || !regions_[up].valid) return;
+    Region& from = regions_[up];
+    from.valid = false;
+    if (from.min_x < to.min_x) to.min_x = from.min_x;
+    if (from.min_y < to.min_y) to.min_y = from.min_y;
+    // Compared with the merged left edge, not with the right one: the box may so lose columns that the left
+    // region reached. max_y is not merged either. Kept on purpose.
+    if (from.max_x > to.min_x) to.max_x = from.max_x;
+  }
+
+  uint8_t* labels_;
+  ptrdiff_t width_;
+  int32_t count_ = 0;
+  std::array<Region, kLastLabel + 1> regions_{};
+};
+
+}  // namespace morvale

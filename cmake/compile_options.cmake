@@ -1,0 +1,10 @@
+# What every target of ours is compiled with. No contraction of multiply and add: the records must come out the
+# same on every processor.
+add_library(morvale_compile_options INTERFACE)
+target_compile_options(morvale_compile_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror -ffp-contract=off)
+if(MORVALE_SANITIZE)
+  set(sanitizers -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_compile_options(${sanitizers})
+  add_link_options(${sanitizers})
+endif()

@@ -1,0 +1,10 @@
+/// Android's system properties as the library uses them. On a workstation the function comes from
+/// platform/host/.
+#pragma once
+
+/// Longest property value, its terminating zero included.
+constexpr int kPropertyValueMax = 92;
+
+/// Copies the value of a property and its terminating zero into `value`; returns its length, 0 when it is
+/// unset.
+extern "C" int __system_property_get(const char* name, char* value);
