@@ -1,0 +1,119 @@
+#include <cstdint>
+#include <fstream>
+#include <iterator>
+#include <opencv2/core/utils/logger.hpp>
+#include <opencv2/dnn.hpp>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "runtime/engine.h"
+#include "runtime/onnx_signature.h"
+
+namespace morvale::runtime {
+namespace {
+
+using Shape = std::vector<int32_t>;
+constexpr int32_t kLabels = 5;
+
+/// OpenCV reports a fault on standard error before it throws; the session's own line is to stand alone.
+class QuietOpenCv {
+ public:
+  QuietOpenCv() : level_(cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT)) {}
+  ~QuietOpenCv() { cv::utils::logging::setLogLevel(level_); }
+  QuietOpenCv(const QuietOpenCv&) = delete;
+  QuietOpenCv& operator=(const QuietOpenCv&) = delete;
+
+ private:
+  cv::utils::logging::LogLevel level_;
+};
+
+std::string to_text(const Shape& shape) {
+  std::string text;
+  for (const int32_t size : shape) {
+    text += (text.empty() ? "" : "x") + (size < 0 ? "?" : std::to_string(size));
+  }
+  return text.empty() ? "nothing" : text;
+}
+
+Shape shape_of(const cv::Mat& values) { return {values.size.p, values.size.p + values.dims}; }
+
+std::string read_file(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::string content(std::istreambuf_iterator<char>(file), {});
+  if (!file || content.empty()) throw std::runtime_error("it cannot be read");
+  return content;
+}
+
+const Shape& shape_of_tensor(const std::vector<TensorSignature>& tensors, const std::string& name) {
+  for (const TensorSignature& tensor : tensors) {
+    if (tensor.name == name) return tensor.shape;
+  }
+  throw std::runtime_error("it has no tensor " + name);
+}
+
+/// The shape that the model declares for its input, if that and its output's are what a session gives and
+/// takes.
+Shape fitting_input(const OnnxSignature& model, const std::string& input_name,
+                    const std::string& output_name) {
+  const Shape& in = shape_of_tensor(model.inputs, input_name);
+  const Shape& out = shape_of_tensor(model.outputs, output_name);
+  const int32_t side = in.size() == 4 ? in[1] : 0;
+  if (side < 4 || side % 4 != 0 || in != Shape{1, side, side, 3}) {
+    throw std::runtime_error("it takes " + to_text(in) + ", not 1xPxPx3");
+  }
+  const Shape expected{1, side / 4, side / 4, kLabels};
+  if (out != expected) throw std::runtime_error("it gives " + to_text(out) + ", not " + to_text(expected));
+  return in;
+}
+
+class OnnxEngine final : public Engine {
+ public:
+  void open(const std::filesystem::path& model, const std::string& input_name,
+            const std::string& output_name) override {
+    const QuietOpenCv quiet;
+    const std::string file = read_file(model);
+    input_shape_ = fitting_input(read_onnx_signature(file), input_name, output_name);
+    input_name_ = input_name;
+    output_name_ = output_name;
+    net_ = cv::dnn::readNetFromONNX(file.data(), file.size());
+    probe();
+  }
+
+  vexa::DataBuffer run(const vexa::DataBuffer& input) override {
+    if (input.data == nullptr) throw std::runtime_error("the input has no data");
+    if (input.shape != input_shape_) {
+      throw std::runtime_error("the input is " + to_text(input.shape) + ", not " + to_text(input_shape_));
+    }
+    scores_ = forward(cv::Mat(input_shape_, CV_32F, input.data));
+    return {scores_.ptr(), shape_of(scores_)};
+  }
+
+ private:
+  /// One run on zeros: proves that the graph keeps what the file declares, and leaves OpenCV's buffers in
+  /// place.
+  void probe() {
+    const Shape expected{1, input_shape_[1] / 4, input_shape_[1] / 4, kLabels};
+    const cv::Mat scores = forward(cv::Mat::zeros(4, input_shape_.data(), CV_32F));
+    if (shape_of(scores) != expected || scores.type() != CV_32F) {
+      throw std::runtime_error("it gave " + to_text(shape_of(scores)) + ", not " + to_text(expected));
+    }
+  }
+
+  cv::Mat forward(const cv::Mat& input) {
+    net_.setInput(input, input_name_);
+    return net_.forward(output_name_);
+  }
+
+  cv::dnn::Net net_;
+  std::string input_name_;
+  std::string output_name_;
+  Shape input_shape_;
+  cv::Mat scores_;  ///< keeps the last run's output alive for the caller
+};
+
+}  // namespace
+
+std::unique_ptr<Engine> make_onnx_engine() { return std::make_unique<OnnxEngine>(); }
+
+}  // namespace morvale::runtime
