@@ -2,7 +2,7 @@
 /// Hexcone model (A. R. Smith, "Color gamut transform pairs", 1978), H in degrees, S and V scaled to 0..255.
 #pragma once
 
-#include "core/export.h"
+#include "../core/export.h"
 
 /// One pixel, each channel 0..255. hsv[0] = hue in whole degrees 0..359, hsv[1] = saturation 0..255,
 /// hsv[2] = value 0..255 (the largest channel). Float32 arithmetic, results truncated; a tie for the largest

@@ -1,8 +1,8 @@
 /// Orders of found regions and measured persons.
 #pragma once
 
-#include "core/export.h"
-#include "core/records.h"
+#include "../core/export.h"
+#include "../core/records.h"
 
 /// Larger area first. Equal areas have no defined order.
 MORVALE_API bool cmp(info a, info b);

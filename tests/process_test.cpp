@@ -1,0 +1,417 @@
+/// Morvale_process: the gate, the model's state, the network's input and output, the label-map rings.
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+#include "fakes/core_fixture.h"
+
+namespace {
+
+using fakes::kError;
+using fakes::platform;
+using Lines = std::vector<std::string>;
+
+class Process : public CoreFixture {
+ protected:
+  const uint8_t* front_slot(int slot) const { return N_segResult_Front + slot * kRingSlotBytes; }
+  const uint8_t* back_slot(int slot) const { return N_segResult_Back + slot * kRingSlotBytes; }
+};
+
+TEST_F(Process, TheGateOpensUpTo25AndOtherwiseClearsResultAndCounter) {
+  start(16);
+  set_frame(256, 256, 100);
+  const float nan = std::numeric_limits<float>::quiet_NaN();
+  const float infinity = std::numeric_limits<float>::infinity();
+  for (const float level : {25.0f, -1.0f, nan}) {
+    record_.gateLevel = level;
+    const uint32_t before = core_.frameCount;
+    EXPECT_EQ(core_.Morvale_process(), 0);
+    EXPECT_EQ(core_.frameCount, before + 1) << level;
+  }
+  for (const float level : {25.001f, infinity}) {
+    record_.gateLevel = level;
+    std::memset(static_cast<void*>(&core_.result), 0xAB, sizeof core_.result);
+    core_.frameCount = 12;
+    core_.personCount = 3;
+    core_.segFactor = 48;
+    platform().calls.clear();
+    EXPECT_EQ(core_.Morvale_process(), 0);
+    PersonWholeMeta out;
+    const PersonWholeMeta zero{};
+    core_.Morvale_core_getresult(&out);
+    EXPECT_EQ(std::memcmp(&out, &zero, sizeof out), 0) << level;
+    EXPECT_EQ(core_.frameCount, 0u);
+    EXPECT_EQ(core_.personCount, 3);
+    EXPECT_EQ(core_.segFactor, 48);
+    EXPECT_TRUE(platform().calls.empty());
+  }
+  // The gate comes before everything else, also before the complaint that there is no model.
+  core_.status = -1;
+  forget();
+  EXPECT_EQ(core_.Morvale_process(), 0);
+  EXPECT_TRUE(platform().log.empty());
+}
+
+TEST_F(Process, WithoutAUsableModelNothingRuns) {
+  struct Case {
+    int32_t status;
+    uint32_t count;
+    int result;
+    Lines log;
+  };
+  const Lines slow{"[NON ERROR] Morvale sluggish -> disable in process"};
+  const Lines failed{"[NON ERROR] Morvale model openFail in process"};
+  const Lines none{"[NON ERROR] Morvale model openFail in process1"};
+  const Case cases[] = {{2, 0, -1, slow},    {2, 23, -1, {}},    {2, 24, -1, slow},
+                        {2, 25, -1, {}},     {1, 0, -1, failed}, {1, 47, -1, {}},
+                        {1, 48, -1, failed}, {-1, 0, 0, none},   {-1, 5, 0, none}};
+  start(16);
+  set_frame(256, 256, 100);
+  for (const Case& c : cases) {
+    core_.status = c.status;
+    core_.frameCount = c.count;
+    forget();
+    platform().calls.clear();
+    EXPECT_EQ(core_.Morvale_process(), c.result);
+    EXPECT_EQ(lines(kError), c.log) << c.status << " at " << c.count;
+    EXPECT_EQ(core_.frameCount, c.count);
+    EXPECT_TRUE(platform().calls.empty());
+  }
+}
+
+// Luma falls from 251 at the bottom of the frame to 1 at its top, so every row of the network input tells
+// where it came from: rows of the picture differ, mirrored rows repeat, untouched rows are 0.
+TEST_F(Process, FramesOfEveryShapeFillTheirPartOfTheInput) {
+  struct Case {
+    int width, height, camera, picture_rows, filled_rows, filled_columns, seg_factor;
+    float scale;
+  };
+  const Case cases[] = {{4000, 3000, 16, 192, 256, 256, 48, 15.625f},
+                        {1920, 1080, 16, 144, 256, 256, 36, 7.5f},
+                        {1920, 1080, 0, 72, 128, 128, 18, 15.0f},
+                        {1280, 960, 0, 96, 128, 128, 24, 10.0f},
+                        {2000, 1000, 0, 64, 128, 128, 15, 15.625f},
+                        {1280, 320, 16, 64, 128, 256, 28, 5.0f},  // the margin is no longer than the picture
+                        {1000, 1000, 16, 256, 256, 256, 64, 3.90625f},
+                        {1000, 1000, 0, 128, 128, 128, 32, 7.8125f},
+                        {1080, 1920, 16, 256, 256, 144, 64, 4.21875f},
+                        {1080, 1920, 0, 128, 128, 72, 32, 8.4375f}};
+  for (const Case& c : cases) {
+    SCOPED_TRACE(testing::Message() << c.width << "x" << c.height << " camera " << c.camera);
+    start(c.camera);
+    set_frame(c.width, c.height, 0);
+    for (int y = 0; y < c.height; ++y)
+      std::memset(frame_.data() + static_cast<std::ptrdiff_t>(y) * c.width, 1 + y * 250 / c.height,
+                  static_cast<std::size_t>(c.width));
+    ASSERT_EQ(core_.Morvale_process(), 0);
+    EXPECT_EQ(core_.segFactor, c.seg_factor);
+    EXPECT_EQ(core_.scaleRatio, c.scale);
+    const int seam = c.picture_rows;
+    EXPECT_EQ(red(0, 0), 1);
+    EXPECT_GT(red(0, seam - 1), red(0, seam - 3));
+    EXPECT_NE(red(c.filled_columns - 1, 0), 0);
+    if (c.filled_columns < PADSIZE) {
+      EXPECT_EQ(red(c.filled_columns, 0), 0);
+    }
+    if (c.filled_rows > seam) {
+      EXPECT_GT(red(0, seam - 1), red(0, seam - 2));
+      EXPECT_EQ(red(0, seam), red(0, seam - 1));
+      EXPECT_EQ(red(5, seam + 1), red(5, seam - 2));
+      EXPECT_EQ(red(0, c.filled_rows - 1), red(0, 2 * seam - c.filled_rows));
+    }
+    if (c.filled_rows < PADSIZE) {
+      EXPECT_EQ(red(0, c.filled_rows), 0);
+    }
+  }
+}
+
+TEST_F(Process, APortraitFrameKeepsTheEarlierContentToItsRight) {
+  start(16);
+  set_frame(1000, 1000, 100);
+  ASSERT_EQ(core_.Morvale_process(), 0);
+  set_frame(1080, 1920, 200);
+  ASSERT_EQ(core_.Morvale_process(), 0);
+  for (const int row : {0, 128, 255}) {
+    EXPECT_EQ(red(143, row), 200);
+    EXPECT_EQ(red(144, row), 100);
+    EXPECT_EQ(red(255, row), 100);
+  }
+}
+
+// 1080 x 2400 becomes 115 columns with a margin of -141: it ends at column -26, its block at -32. So row r
+// also writes columns -32..-27, which are 224..229 of row r - 1, from columns 261..256, which are 5..0 of row
+// r + 1 and still hold the frame before. The first row writes, the last one reads, outside the picture.
+TEST_F(Process, ATallPortraitFrameReachesIntoTheNeighbouringRows) {
+  start(16);
+  set_frame(1080, 2400, 100);
+  ASSERT_EQ(core_.Morvale_process(), 0);
+  EXPECT_EQ(red(224, 10), 0);
+  set_frame(1080, 2400, 200);
+  ASSERT_EQ(core_.Morvale_process(), 0);
+  for (const int row : {0, 1, 100, 253}) {
+    EXPECT_EQ(red(0, row), 200);
+    EXPECT_EQ(red(114, row), 200);
+    EXPECT_EQ(red(115, row), 0);
+    EXPECT_EQ(red(223, row), 0);
+    EXPECT_EQ(red(224, row), 100);
+    EXPECT_EQ(red(229, row), 100);
+    EXPECT_EQ(red(230, row), 0);
+  }
+  EXPECT_EQ(red(224, 255), 0);
+}
+
+// 130 columns with a margin of -126 end at column 4, the last block at 0: the picture's own first four
+// columns are rewritten from what lay in the next row.
+TEST_F(Process, AMarginThatEndsInsideTheRowOverwritesThePicture) {
+  start(16);
+  set_frame(256, 256, 50);
+  ASSERT_EQ(core_.Morvale_process(), 0);
+  set_frame(130, 256, 200);
+  ASSERT_EQ(core_.Morvale_process(), 0);
+  for (const int row : {0, 7, 254}) {
+    EXPECT_EQ(red(0, row), 50);
+    EXPECT_EQ(red(3, row), 50);
+    EXPECT_EQ(red(4, row), 200);
+    EXPECT_EQ(red(129, row), 200);
+    EXPECT_EQ(red(130, row), 50);
+  }
+}
+
+// Frames that shrink to nothing, one, two or three rows or columns. The sanitizer build watches the memory.
+TEST_F(Process, SliversOfFramesAreAnalysed) {
+  struct Case {
+    int width, height, seg_factor;
+  };
+  const Case cases[] = {{4000, 4, 28},  {4000, 10, 28}, {4000, 32, 28}, {4000, 48, 28}, {4, 4000, 64},
+                        {10, 4000, 64}, {32, 4000, 64}, {1, 1000, 64},  {2, 1024, 64}};
+  start(16);
+  for (const Case& c : cases) {
+    set_frame(c.width, c.height, 100);
+    EXPECT_EQ(run_frame(), 0) << c.width << "x" << c.height;
+    EXPECT_EQ(core_.segFactor, c.seg_factor);
+  }
+  start(16);
+  set_frame(4000, 48, 100);  // three rows: the odd one repeats, then all three are mirrored
+  ASSERT_EQ(run_frame(), 0);
+  EXPECT_EQ(red(9, 5), 100);
+  EXPECT_EQ(red(9, 6), 0);
+}
+
+// A frame smaller than the network's input is enlarged; the neighbours of its last column and row end with
+// it.
+TEST_F(Process, ASmallFrameIsNotReadPastItsEnd) {
+  for (const int camera : {16, 0}) {
+    start(camera);
+    for (const auto& [width, height] :
+         {std::pair{100, 100}, std::pair{200, 150}, std::pair{2, 2}, std::pair{90, 160}}) {
+      set_frame(width, height, 100);
+      EXPECT_EQ(run_frame(), 0);
+      EXPECT_EQ(red(10, 10), 100);
+    }
+  }
+}
+
+TEST_F(Process, ChromaIsFoundBesideOrBehindTheLumaRows) {
+  // Rows of luma are read `width` bytes apart, whatever the stride; only the chroma plane is found with it.
+  struct Case {
+    const char* why;
+    int stride;
+    std::ptrdiff_t chroma;
+    bool separate;
+  };
+  const Case cases[] = {{"no stride: behind the packed plane", 0, 256 * 256, false},
+                        {"stride equal to the width", 256, 256 * 256, false},
+                        {"padded rows: behind the padded plane", 320, 320 * 256, false},
+                        {"a pointer of its own is used as it is", 320, 90'000, true}};
+  start(16);
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.why);
+    set_frame(256, 256, 0);
+    frame_.assign(90'000 + 320 * 128, 0);
+    for (std::size_t i = 0; i < 65'536; ++i) frame_[i] = static_cast<uint8_t>(i / 256);
+    std::memset(frame_.data() + c.chroma, 128, 256 * 128);
+    for (int i = 0; i < 256 * 128; i += 2) frame_[static_cast<std::size_t>(c.chroma + i)] = 148;
+    record_.stride = c.stride;
+    record_.yPlane = frame_.data();
+    record_.uvPlane = frame_.data() + (c.separate ? c.chroma : 0);
+    ASSERT_EQ(core_.Morvale_process(), 0);
+    // V = 148: 20 * 22458 / 16384 = 27.4 on red, -20 * 11436 / 16384 = -13.96 on green, nothing on blue.
+    for (const int row : {20, 90, 200}) {
+      const uint8_t* pixel = core_.rgbInput + row * 768 + 24;
+      EXPECT_EQ(pixel[0], row + 27);
+      EXPECT_EQ(pixel[1], row - 14);
+      EXPECT_EQ(pixel[2], row);
+    }
+  }
+}
+
+// x / 255 + x / 255 - 1 in double: in float, or as x * (1 / 127.5) - 1, bytes 96..98 come out different.
+TEST_F(Process, TheInputIsNormalisedInDouble) {
+  start(16);
+  set_frame(256, 256, 0);
+  for (std::size_t i = 0; i < 65'536; ++i) frame_[i] = static_cast<uint8_t>(i % 256);
+  ASSERT_EQ(core_.Morvale_process(), 0);
+  const float* row = core_.netInput + 7 * 768;
+  EXPECT_EQ(row[0], -1.0f);
+  EXPECT_EQ(row[3 * 96 + 1], -0x1.f9f9fap-3f);
+  EXPECT_EQ(row[3 * 97 + 2], -0x1.e9e9eap-3f);
+  EXPECT_EQ(row[3 * 98], -0x1.d9d9dap-3f);
+  EXPECT_EQ(row[3 * 128], 0x1.010102p-8f);
+  EXPECT_EQ(row[3 * 255 + 2], 1.0f);
+}
+
+TEST_F(Process, TheRuntimeGetsOneInputAndAnEmptyOutputList) {
+  start(16);
+  set_frame(256, 256, 100);
+  for (int frame = 0; frame < 2; ++frame) {
+    ASSERT_EQ(core_.Morvale_process(), 0);
+    ASSERT_EQ(platform().inputs.size(), 1u);
+    EXPECT_EQ(platform().inputs[0].data, core_.netInput);
+    EXPECT_EQ(platform().inputs[0].shape, (std::vector<int32_t>{1, 256, 256, 3}));
+    EXPECT_EQ(platform().inputs[0].tail0, 0);
+    EXPECT_EQ(platform().inputs[0].tail1, 1);
+    EXPECT_EQ(platform().outputs_on_entry, 0u);
+  }
+}
+
+TEST_F(Process, ScoresFrom10BelowTo10AboveBecomeBytes) {
+  struct Case {
+    float logit;
+    int byte;
+  };
+  const float nan = std::numeric_limits<float>::quiet_NaN();
+  const float infinity = std::numeric_limits<float>::infinity();
+  const Case cases[] = {
+      {-10.0f, 0},           {-10.01f, 0},           {-infinity, 0}, {nan, 0},
+      {0.0f, 127},           {9.99f, 254},           {10.0f, 255},   {11.0f, 255},
+      {infinity, 255},       {-0x1.55555cp-1f, 119},  // in double, or times 12.75, these three are one less
+      {-0x1.69697p-2f, 123}, {-0x1.414148p-5f, 127}};
+  start(16);
+  set_frame(256, 256, 100);
+  for (std::size_t i = 0; i < std::size(cases); ++i) platform().logits[i] = cases[i].logit;
+  platform().logits[20'479] = 10.0f;
+  ASSERT_EQ(core_.Morvale_process(), 0);
+  for (std::size_t i = 0; i < std::size(cases); ++i)
+    EXPECT_EQ(front_slot(1)[i], cases[i].byte) << cases[i].logit;
+  EXPECT_EQ(front_slot(1)[20'479], 255);
+  EXPECT_EQ(front_slot(1)[20'480], 0);
+  EXPECT_EQ(std::count(back_slot(0), back_slot(3), 0), 3 * kRingSlotBytes);
+}
+
+// Frames one and two fill the slot before theirs with their own map; from the third on they blend. A jump of
+// 255 in all five scores is a change of 319, which the front camera keeps as 63: weight 130 for the old map.
+TEST_F(Process, TheThirdFrameIsTheFirstToBlend) {
+  struct Case {
+    int camera, blended;
+  };
+  for (const Case& c : {Case{16, 125}, Case{0, 255}}) {
+    start(c.camera);
+    set_frame(256, 256, 100);
+    const uint8_t* ring = c.camera == 16 ? N_segResult_Front : N_segResult_Back;
+    const auto slot = [&](int i) { return static_cast<int>(ring[i * kRingSlotBytes + 17]); };
+    answer(10.0f);
+    ASSERT_EQ(run_frame(), 0);
+    EXPECT_EQ(slot(1), 255);
+    EXPECT_EQ(slot(0), 255);
+    answer(-10.0f);
+    ASSERT_EQ(run_frame(), 0);
+    EXPECT_EQ(slot(2), 0);
+    EXPECT_EQ(slot(1), 0);
+    answer(10.0f);
+    ASSERT_EQ(run_frame(), 0);
+    EXPECT_EQ(slot(0), c.blended);
+    EXPECT_EQ(slot(2), 0);
+    EXPECT_EQ(core_.frameCount, 3u);
+    // A gated frame makes the next one a first one again.
+    record_.gateLevel = 30.0f;
+    core_.Morvale_process();
+    record_.gateLevel = 0.0f;
+    ASSERT_EQ(core_.Morvale_process(), 0);
+    EXPECT_EQ(slot(1), 255);
+    EXPECT_EQ(slot(0), 255);
+  }
+}
+
+TEST_F(Process, TheRingFollowsTheCameraOfTheFrameNotTheModel) {
+  start(16);
+  set_frame(256, 256, 100);
+  answer(10.0f);
+  record_.cameraType = 3;
+  ASSERT_EQ(core_.Morvale_process(), 0);
+  EXPECT_EQ(back_slot(1)[20'479], 255);
+  EXPECT_EQ(front_slot(1)[0], 0);
+}
+
+TEST_F(Process, AFailedRunKeepsRingsAndCounter) {
+  struct Case {
+    const char* why;
+    int32_t result;
+    fakes::Output output;
+  };
+  const Case cases[] = {{"a failure that left an output", 1, fakes::Output::kLogits},
+                        {"a negative failure", -7, fakes::Output::kNone},
+                        {"success without an output", 0, fakes::Output::kNone},
+                        {"success with an output without data", 0, fakes::Output::kNullData}};
+  start(16);
+  set_frame(256, 256, 100);
+  answer(10.0f);
+  ASSERT_EQ(run_frame(), 0);
+  std::fill(std::begin(N_segResult_Front), std::end(N_segResult_Front), static_cast<uint8_t>(77));
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.why);
+    platform().execute_result = c.result;
+    platform().output = c.output;
+    forget();
+    EXPECT_EQ(core_.Morvale_process(), -1);
+    EXPECT_EQ(lines(kError), Lines{"Morvale vexa execute  fail"});
+    EXPECT_EQ(core_.frameCount, 1u);
+    EXPECT_TRUE(inputs.empty() && outputs.empty());
+    EXPECT_EQ(std::count(front_slot(0), front_slot(3), 77), 3 * kRingSlotBytes);
+  }
+}
+
+// Seconds and microseconds are cut to milliseconds on their own, so the limit moves with the microsecond of
+// the start.
+TEST_F(Process, ARunOf31MillisecondsIsReportedButCounts) {
+  struct Case {
+    int64_t start_us, run_us;
+    bool sluggish;
+  };
+  const Case cases[] = {{4'000'000, 30'999, false},
+                        {4'000'000, 31'000, true},
+                        {4'000'999, 30'001, true},
+                        {4'999'999, 30'001, true},
+                        {4'999'000, 30'999, false}};
+  start(16);
+  set_frame(256, 256, 100);
+  answer(10.0f);
+  for (const Case& c : cases) {
+    SCOPED_TRACE(testing::Message() << c.start_us << " + " << c.run_us);
+    core_.frameCount = 0;
+    N_segResult_Front[kRingSlotBytes] = 0;
+    platform().clock_us = c.start_us;
+    platform().execute_us = c.run_us;
+    forget();
+    EXPECT_EQ(core_.Morvale_process(), 0);
+    EXPECT_EQ(lines(kError), c.sluggish ? Lines{"Morvale frame dealy sluggish ->  disable"} : Lines{});
+    EXPECT_EQ(inputs.size(), c.sluggish ? 0u : 1u);
+    EXPECT_EQ(outputs.size(), c.sluggish ? 0u : 1u);
+    EXPECT_EQ(core_.frameCount, 1u);
+    EXPECT_EQ(core_.status, 0);
+    EXPECT_EQ(front_slot(1)[0], 255);
+  }
+}
+
+TEST_F(Process, TheDebugLineNamesTheFrame) {
+  start(16);
+  set_frame(256, 256, 100);
+  record_.faceCount = 2;
+  record_.stride = 256;
+  ASSERT_EQ(core_.Morvale_process(), 0);
+  EXPECT_TRUE(platform().log.empty());
+  VISUALDEBUG = 1;
+  ASSERT_EQ(core_.Morvale_process(), 0);
+  EXPECT_EQ(lines(fakes::kDebug), Lines{"morvale  width [256]  height [256] faceCount [2]  stride [256] "});
+}
+
+}  // namespace
