@@ -1,12 +1,16 @@
 /// Back camera: person share, person box, occupancy grid and resource hint.
 #include <algorithm>
+#include <cstring>
 
-#include "analysis/label_wins.h"
-#include "analysis/region_labeller.h"
+#include "analysis/bit_rows.h"
+#include "analysis/grow_rows.h"
+#include "analysis/run_labeller.h"
+#include "analysis/scratch.h"
 #include "core/globals.h"
 #include "core/morvale_core.h"
 #include "core/numeric.h"
 #include "imgproc/resize_plane.h"
+#include "kernels/kernel_set.h"
 #include "platform/log.h"
 
 namespace morvale {
@@ -22,6 +26,39 @@ constexpr int kGridCells = kGridColumns * kGridRows;
 
 /// The 12th grid word, offset 228 of the record, carries the resource hint instead.
 int32_t& hint_word(PersonWholeMeta& result) { return result.meta[3].box[3]; }
+
+/// Writes the foreground mask and the person bits row by row. Returns the cells that label 4 wins.
+int64_t classify(const uint8_t* const* planes, uint8_t* foreground, const BitRows& persons) {
+  int64_t label4_cells = 0;
+  for (ptrdiff_t y = 0; y < persons.height; ++y) {
+    const ptrdiff_t row = y * persons.width;
+    const uint8_t* scores[kLabels];
+    for (int k = 0; k < kLabels; ++k) scores[k] = planes[k] + row;
+    label4_cells += kernels().face.classify_persons(scores, foreground + row, persons.words + y,
+                                                    persons.height, persons.width);
+  }
+  return label4_cells;
+}
+
+/// The mask's summed-area table (analysis/region_labeller.h), which nothing here needs but tools look at. A
+/// row is the row above plus the pixels so far. Eight at a time: bits become bytes of 0 and 1, and their
+/// product with eight ones holds the running sums.
+void sum_areas(const BitRows& mask, int32_t* table) {
+  constexpr uint64_t kOnes = 0x0101010101010101, kDiagonal = 0x8040201008040201;
+  for (int y = 0; y < mask.height; ++y) {
+    int32_t* row = table + static_cast<ptrdiff_t>(y) * mask.width;
+    int32_t before = 0;
+    for (int x = 0; x < mask.width; x += 8) {
+      const uint64_t eight = mask.column(x / BitRows::kBits)[y] >> (x % BitRows::kBits) & 255;
+      const uint64_t running = (((eight * kOnes & kDiagonal) + 0x7f * kOnes) >> 7 & kOnes) * kOnes;
+      uint8_t sums[8];
+      std::memcpy(sums, &running, sizeof sums);
+      const int count = std::min(mask.width - x, 8);
+      for (int k = 0; k < count; ++k) row[x + k] = before + sums[k] + (y > 0 ? row[x + k - mask.width] : 0);
+      before += sums[7];
+    }
+  }
+}
 
 void clear_boxes(PersonWholeMeta& result) {
   for (PersonMeta& meta : result.meta) std::fill(std::begin(meta.box), std::end(meta.box), 0);
@@ -56,7 +93,7 @@ float whole_scale(int32_t frame_size, int32_t map_size) {
   return static_cast<float>(to_int32(static_cast<float>(frame_size) / static_cast<float>(map_size)));
 }
 
-FaceRect frame_box(const RegionLabeller::Region& box, float scale_x, float scale_y) {
+FaceRect frame_box(const Region& box, float scale_x, float scale_y) {
   const auto scaled = [](float scale, int32_t cells) { return to_int32(scale * static_cast<float>(cells)); };
   return {scaled(scale_x, box.min_x), scaled(scale_y, box.min_y), scaled(scale_x, box.max_x - box.min_x),
           scaled(scale_y, box.max_y - box.min_y)};
@@ -81,30 +118,32 @@ using namespace morvale;
 void MorvaleCore::argMax_back_only_human(uint8_t* segMap) {
   const int W = NETSIZE, H = segFactor;
   const int32_t cells = W * H;
-  SummedArea sums(labelMapWide, W);
-  RegionLabeller labeller(labelMapB, W);
-  int32_t label4_cells = 0;
-  for (int y = 0; y < H; ++y) {
-    for (int x = 0; x < W; ++x) {
-      const uint8_t* c = segMap + kLabels * (y * W + x);
-      labelMapA[y * W + x] = wins(std::max({c[1], c[2], c[3]}), c[0], c[4]);
-      sums.add(x, y, wins(c[2], c[0], c[1], c[3], c[4]));
-      label4_cells += wins(c[4], c[0], c[1], c[2], c[3]);
-      labeller.visit(x, y, trailing_window(sums, x, y) >= 1);
-    }
-  }
-  result.humanRatio = cells < 1 ? 0 : label4_cells * 100 / cells;
+  const bool empty = W < 1 || H < 1;
+  const size_t plane_bytes = empty ? 0 : static_cast<size_t>(cells),
+               bit_words = empty ? 0 : BitRows::size(W, H);
+  Scratch scratch(bit_words * sizeof(uint64_t) + kLabels * plane_bytes);
+  const BitRows persons{scratch.take<uint64_t>(bit_words), W, empty ? 0 : H};
+  uint8_t* planes[kLabels];
+  for (uint8_t*& plane : planes) plane = scratch.take<uint8_t>(plane_bytes);
+
+  kernels().network.split(segMap, planes, static_cast<ptrdiff_t>(plane_bytes));
+  const int64_t label4_cells = classify(planes, labelMapA, persons);
+  sum_areas(persons, labelMapWide);
+  grow_trailing(persons);
+  RegionTable regions;
+  label_regions(persons, regions, labelMapB);
+  result.humanRatio = empty ? 0 : static_cast<int32_t>(label4_cells * 100 / cells);
 
   std::fill(std::begin(personBoxes), std::end(personBoxes), FaceRect{});
   clear_boxes(result);
-  const std::vector<info> candidates = labeller.by_area();
+  const RegionList candidates = regions.by_area();
   if (candidates.empty()) return;  // personCount and ver keep the last frame's values
 
-  const info& best = candidates.front();
+  const info& best = candidates[0];
   personCount = best.area > to_int32(cells * kMinPersonShare) ? 1 : 0;
   if (personCount == 1) {
     const FaceRect box =
-        frame_box(labeller[best.label], whole_scale(inputData->width, W), whole_scale(inputData->height, H));
+        frame_box(regions[best.label], whole_scale(inputData->width, W), whole_scale(inputData->height, H));
     const int32_t words[4] = {box.x, box.w, box.y, box.h};  // the record's order is not FaceRect's
     std::copy(std::begin(words), std::end(words), result.meta[0].box);
     personBoxes[0] = box;

@@ -1,64 +1,43 @@
 /// Front camera: the faces that the segmentation itself sees.
 #include <algorithm>
 
-#include "analysis/label_wins.h"
+#include "analysis/bit_rows.h"
+#include "analysis/grow_rows.h"
 #include "analysis/map_figures.h"
-#include "analysis/region_labeller.h"
+#include "analysis/run_labeller.h"
 #include "analysis/scratch.h"
 #include "core/morvale_core.h"
-
-namespace morvale {
-namespace {
-
-/// The better of the two face scores must reach this, or the pixel is no face however clearly it wins.
-constexpr int kMinFaceScore = 200;
-
-struct Scores {
-  int c0, c1, c2, c3, c4;
-};
-
-bool is_face(const Scores& s) {
-  const bool won = wins(s.c2, s.c0, s.c1, s.c3, s.c4) || wins(s.c3, s.c0, s.c1, s.c2, s.c4);
-  return won && std::max(s.c2, s.c3) >= kMinFaceScore;
-}
-
-/// Label 3 takes no part, on purpose: where it is second to none but the background, the pixel is no human.
-bool is_human(const Scores& s) { return !wins(s.c0, s.c1, s.c2, s.c4); }
-
-}  // namespace
-}  // namespace morvale
+#include "kernels/kernel_set.h"
 
 using namespace morvale;
 
 void MorvaleCore::DL_FD_Calc(uint8_t* c0, uint8_t* c1, uint8_t* c2, uint8_t* c3, uint8_t* c4, uint8_t* luma,
                              uint8_t* rgb, int W, int H, int /*unused*/) {
-  const size_t pixels = W < 1 || H < 1 ? 0 : static_cast<size_t>(W) * static_cast<size_t>(H);
-  Scratch scratch(pixels * (sizeof(int32_t) + 2));
-  SummedArea sums(scratch.take<int32_t>(pixels), W);
+  const int width = W < 1 || H < 1 ? 0 : W, height = W < 1 || H < 1 ? 0 : H;
+  const size_t pixels = static_cast<size_t>(width) * static_cast<size_t>(height);
+  const size_t words = BitRows::size(width, height), room = grow_near_room(width, height);
+  Scratch scratch((words + room) * sizeof(uint64_t) + pixels);
+  const BitRows faces{scratch.take<uint64_t>(words), width, height};
+  uint64_t* grow_room = scratch.take<uint64_t>(room);
   uint8_t* face_mask = scratch.take<uint8_t>(pixels);
-  RegionLabeller labeller(scratch.take<uint8_t>(pixels), W);
 
-  int32_t humans = 0;
-  for (int y = 0, i = 0; y < H; ++y) {
-    for (int x = 0; x < W; ++x, ++i) {
-      const Scores scores{c0[i], c1[i], c2[i], c3[i], c4[i]};
-      const bool face = is_face(scores);
-      face_mask[i] = face ? 255 : 0;
-      sums.add(x, y, face);
-      humans += is_human(scores);
-    }
+  int64_t humans = 0;
+  for (ptrdiff_t y = 0; y < height; ++y) {
+    const ptrdiff_t row = y * width;
+    const uint8_t* const scores[] = {c0 + row, c1 + row, c2 + row, c3 + row, c4 + row};
+    humans += kernels().face.classify_faces(scores, face_mask + row, faces.words + y, height, width);
   }
-  result.humanRatio = per_cent(humans, static_cast<int32_t>(pixels));
+  result.humanRatio = per_cent(static_cast<int32_t>(humans), static_cast<int32_t>(pixels));
 
-  for (int y = 0; y < H; ++y) {
-    for (int x = 0; x < W; ++x) labeller.visit(x, y, near_window(sums, x, y, W, H) >= 1);
-  }
+  grow_near(faces, grow_room);
+  RegionTable regions;
+  label_regions(faces, regions, nullptr);
 
   personCount = 0;
-  const std::vector<info> candidates = labeller.by_area();
+  const RegionList candidates = regions.by_area();
   for (size_t i = 0; i < std::min<size_t>(candidates.size(), kMaxFaces); ++i) {
     if (!is_face_sized(candidates[i].area, candidates[0].area)) continue;
-    personBoxes[personCount++] = frame_box(labeller[candidates[i].label], scaleRatio);
+    personBoxes[personCount++] = frame_box(regions[candidates[i].label], scaleRatio);
   }
   Intersection_Calc(c2, luma, rgb, face_mask, W, H);
 }

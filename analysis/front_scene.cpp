@@ -2,12 +2,12 @@
 #include <algorithm>
 #include <cstring>
 
-#include "analysis/label_planes.h"
 #include "analysis/scratch.h"
 #include "core/frame.h"
 #include "core/globals.h"
 #include "core/morvale_core.h"
 #include "imgproc/resize_plane.h"
+#include "kernels/kernel_set.h"
 
 namespace morvale {
 namespace {
@@ -41,7 +41,7 @@ void MorvaleCore::argMax_human_onlySkin(uint8_t* rgb, uint8_t* shrunkFrame, uint
   for (uint8_t*& plane : planes) plane = scratch.take<uint8_t>(cells);
   for (uint8_t*& plane : large) plane = scratch.take<uint8_t>(cells * kEnlarged);
 
-  split_labels(segMap, static_cast<ptrdiff_t>(cells), planes);
+  kernels().network.split(segMap, planes, static_cast<ptrdiff_t>(cells));
   for (int k = 0; k < kLabels; ++k) resize_y_4x_up(planes[k], large[k], width, height);
   DL_FD_Calc(large[0], large[1], large[2], large[3], large[4], shrunkFrame, rgb, 4 * width, 4 * height, 0);
   if (VISUALDEBUG >= 1) paint(large[2], 4 * width, 4 * height, *inputData);

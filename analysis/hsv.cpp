@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstddef>
 
+#include "kernels/kernel_set.h"
+
 namespace morvale {
 namespace {
 
@@ -36,28 +38,6 @@ Hsv convert(int b, int g, int r) {
   return out;
 }
 
-/// One pixel of BGR2HSV, channels not divided by 255.
-void convert_float(const unsigned char* bgr, float* hsv) {
-  const float b = bgr[0], g = bgr[1], r = bgr[2];
-  const float largest = std::max(std::max(r, g), b);
-  const float delta = largest - std::min(std::min(r, g), b);
-  float hue = 0.0f, saturation = 0.0f;
-  if (delta > 0) {
-    if (largest == r) {
-      hue = (g - b) * 60.0f / delta;
-    } else if (largest == g) {
-      hue = (b - r) * 60.0f / delta + 120.0f;
-    } else {
-      hue = (r - g) * 60.0f / delta + 240.0f;
-    }
-    if (hue < 0) hue += 360.0f;
-    saturation = delta * 255.0f / largest;
-  }
-  hsv[0] = hue;
-  hsv[1] = saturation;
-  hsv[2] = largest;
-}
-
 }  // namespace
 }  // namespace morvale
 
@@ -79,7 +59,6 @@ void bgr2hsv_pixel_v2(int b, int g, int r, int* hsv) {
 
 int BGR2HSV(unsigned char* bgr, float* hsv, int width, int height) {
   if (width < 1 || height < 1) return 0;
-  const ptrdiff_t pixels = static_cast<ptrdiff_t>(width) * height;
-  for (ptrdiff_t i = 0; i < pixels; ++i) convert_float(bgr + 3 * i, hsv + 3 * i);
+  kernels().color.bgr_to_hsv(bgr, hsv, static_cast<ptrdiff_t>(width) * height);
   return 0;
 }

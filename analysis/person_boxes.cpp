@@ -45,9 +45,11 @@ Outline outline_of(const FaceRect& box) {
 
 /// Draws an outline two pixels wide. Only the far edges are limited before the drawing, so that a box outside
 /// the picture still leaves its trace at the border; single pixels outside the luma plane are dropped.
-void draw_outline(const MorvaleData_t& record, Outline box, uint8_t value) {
+void draw_outline(const MorvaleData_t* data, Outline box, uint8_t value) {
+  if (data == nullptr) return;
+  const MorvaleData_t& record = *data;
   const int stride = row_bytes(record);
-  if (record.yPlane == nullptr || stride < 1) return;
+  if (record.yPlane == nullptr || record.height < 1 || stride < 1) return;
   const int left = std::min(box.left, stride - 1), right = std::min(box.right, stride - 1);
   const int top = std::min(box.top, record.height - 1), bottom = std::min(box.bottom, record.height - 1);
   for (int y = std::max(top, 0); y < bottom; ++y) {
@@ -72,12 +74,12 @@ using namespace morvale;
 
 void MorvaleCore::WriteFaceInfo_DL(void* /*unusedA*/, void* /*unusedB*/, int left, int right, int top,
                                    int bottom) {
-  draw_outline(*inputData, {left, right, top, bottom}, 0);
+  draw_outline(inputData, {left, right, top, bottom}, 0);
 }
 
 void MorvaleCore::WriteFaceInfo_HW(void* /*unusedA*/, void* /*unusedB*/, int left, int right, int top,
                                    int bottom, int /*unusedC*/) {
-  draw_outline(*inputData, {left, right, top, bottom}, 255);
+  draw_outline(inputData, {left, right, top, bottom}, 255);
 }
 
 void MorvaleCore::DL_Human_Calc(uint8_t* c0, uint8_t* c1, uint8_t* c2, uint8_t* c3, uint8_t* c4, uint8_t* c5,
@@ -85,7 +87,9 @@ void MorvaleCore::DL_Human_Calc(uint8_t* c0, uint8_t* c1, uint8_t* c2, uint8_t* 
   const size_t pixels = W < 1 || H < 1 ? 0 : static_cast<size_t>(W) * static_cast<size_t>(H);
   Scratch scratch(pixels * 2 * (sizeof(int32_t) + 1));
   SummedArea person_sums(scratch.take<int32_t>(pixels), W), face_sums(scratch.take<int32_t>(pixels), W);
-  RegionLabeller persons(scratch.take<uint8_t>(pixels), W), faces(scratch.take<uint8_t>(pixels), W);
+  RegionTable persons, faces;
+  RegionLabeller person_labeller(scratch.take<uint8_t>(pixels), W, persons);
+  RegionLabeller face_labeller(scratch.take<uint8_t>(pixels), W, faces);
 
   int32_t humans = 0;
   for (int y = 0, i = 0; y < H; ++y) {
@@ -101,15 +105,15 @@ void MorvaleCore::DL_Human_Calc(uint8_t* c0, uint8_t* c1, uint8_t* c2, uint8_t* 
 
   for (int y = 0; y < H; ++y) {
     for (int x = 0; x < W; ++x) {
-      persons.visit(x, y, near_window(person_sums, x, y, W, H) >= 1);
-      faces.visit(x, y, near_window(face_sums, x, y, W, H) >= 1);
+      person_labeller.visit(x, y, near_window(person_sums, x, y, W, H) >= 1);
+      face_labeller.visit(x, y, near_window(face_sums, x, y, W, H) >= 1);
     }
   }
 
   const auto multiplier = static_cast<float>(k);
   int32_t* record_box = result.meta[0].box;
   int32_t kept = 0;
-  const std::vector<info> by_area = persons.by_area();
+  const RegionList by_area = persons.by_area();
   if (by_area.empty()) {
     std::fill(record_box, record_box + 4, 0);
   } else {
@@ -124,7 +128,7 @@ void MorvaleCore::DL_Human_Calc(uint8_t* c0, uint8_t* c1, uint8_t* c2, uint8_t* 
     std::copy(std::begin(words), std::end(words), record_box);
   }
 
-  const std::vector<info> face_list = faces.by_area();
+  const RegionList face_list = faces.by_area();
   for (size_t i = 0; i < std::min(face_list.size(), kMaxFaceBoxes); ++i) {
     if (!is_face_sized(face_list[i].area, face_list[0].area)) continue;
     personBoxes[kept++] = frame_box(faces[face_list[i].label], scaleRatio, multiplier);

@@ -6,10 +6,10 @@
 
 namespace morvale {
 
-std::vector<info> RegionLabeller::by_area() const {
-  std::vector<info> found;
+RegionList RegionTable::by_area() const {
+  RegionList found;
   for (int32_t label = 1; label <= count_; ++label) {
-    if ((*this)[label].valid) found.push_back({(*this)[label].area(), label});
+    if ((*this)[label].valid) found.add({(*this)[label].area(), label});
   }
   std::sort(found.begin(), found.end(), cmp);
   return found;

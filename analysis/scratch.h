@@ -1,4 +1,4 @@
-/// Scratch memory of one analysis call: one block, carved, freed on every exit.
+/// Scratch memory of one analysis call: one block, carved, given back on every exit.
 #pragma once
 
 #include <cstddef>
@@ -9,8 +9,10 @@ namespace morvale {
 
 class Scratch {
  public:
-  explicit Scratch(size_t bytes)
-      : block_(std::make_unique_for_overwrite<uint8_t[]>(bytes)), next_(block_.get()) {}
+  explicit Scratch(size_t bytes);
+  ~Scratch();
+  Scratch(const Scratch&) = delete;
+  Scratch& operator=(const Scratch&) = delete;
 
   /// `count` values, uninitialised. Take the widest type first, so that every pointer is aligned.
   template <class T>
@@ -21,7 +23,7 @@ class Scratch {
   }
 
  private:
-  std::unique_ptr<uint8_t[]> block_;
+  std::unique_ptr<uint8_t[]> own_;  // when the thread's blocks do not serve
   uint8_t* next_;
 };
 

@@ -52,6 +52,17 @@ void replace_buffer(T*& buffer, int32_t count) {
   buffer = fresh;
 }
 
+/// Sends an empty label map through the front camera's analysis, on a core of its own, so that the first
+/// frame finds its scratch memory and code in place. Nothing of it is seen: no face, no log line, no plane.
+void rehearse_front(const MorvaleCore& core) {
+  MorvaleData_t record{};
+  MorvaleCore rehearsal;
+  rehearsal.inputData = &record;
+  rehearsal.segFactor = NETSIZE;
+  rehearsal.argMax_human_onlySkin(core.rgbInput, core.resizedFrame,
+                                  reinterpret_cast<uint8_t*>(core.netInput));
+}
+
 template <class T>
 void release(std::vector<T>& list) {
   std::vector<T>().swap(list);
@@ -129,6 +140,8 @@ int MorvaleCore::Morvale_core_setModel(int cameraType) {
   replace_buffer(labelMapB, cells);
   replace_buffer(labelMapWide, cells);
   segFactor = 0;  // no analysis may run on a map of the former model's size
+
+  if (cameraType == kFrontCamera) rehearse_front(*this);
 
   input.shape = {1, PADSIZE, PADSIZE, 3};
   input.tail0 = 0;

@@ -95,7 +95,8 @@ class MORVALE_API MorvaleCore {
                      uint8_t* unusedA, uint8_t* unusedB, uint8_t* P, int W, int H, int k);
 
   /// Draw a box outline, two pixels wide, into the caller's luma plane: _DL in black (0), _HW in white (255).
-  /// right and bottom are one past the outline. Pixels that would leave the plane are not drawn.
+  /// Rows top .. bottom - 1; the filled ones end at column right - 1, the others reach column right. Pixels
+  /// that would leave the plane are not drawn.
   void WriteFaceInfo_DL(void* unusedA, void* unusedB, int left, int right, int top, int bottom);
   void WriteFaceInfo_HW(void* unusedA, void* unusedB, int left, int right, int top, int bottom, int unusedC);
 

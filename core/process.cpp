@@ -6,9 +6,9 @@
 #include "core/globals.h"
 #include "core/morvale_core.h"
 #include "core/segmentation.h"
-#include "core/segmentation_steps.h"
 #include "imgproc/color_convert.h"
 #include "imgproc/scale_nv21.h"
+#include "kernels/kernel_set.h"
 #include "platform/clock.h"
 #include "platform/log.h"
 
@@ -108,7 +108,7 @@ int MorvaleCore::Morvale_process() {
              shrunk.height);
   NV21toRGB_pad(resizedFrame, rgbInput, shrunk.width, shrunk.height, PADSIZE, PADSIZE, margin.right,
                 margin.bottom);
-  std::transform(rgbInput, rgbInput + PADSIZE * PADSIZE * 3, netInput, network_input);
+  kernels().network.to_input(rgbInput, netInput, ptrdiff_t{PADSIZE} * PADSIZE * 3);
 
   const float* scores = run_network(netInput);
   if (scores == nullptr) return -1;
@@ -117,7 +117,7 @@ int MorvaleCore::Morvale_process() {
   uint8_t* ring = front ? N_segResult_Front : N_segResult_Back;
   uint8_t* current = ring + N0 * kRingSlotBytes;
   uint8_t* previous = ring + N1 * kRingSlotBytes;
-  std::transform(scores, scores + NETSIZE * NETSIZE * kLabels, current, score_byte);
+  kernels().network.to_bytes(scores, current, ptrdiff_t{NETSIZE} * NETSIZE * kLabels);
   const auto smoothing = front ? segmetationIIR_Front : segmetationIIR_Back;
   smoothing(current, previous, nullptr, static_cast<int>(frameCount));
   ++frameCount;

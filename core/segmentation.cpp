@@ -10,32 +10,23 @@
 #include "core/globals.h"
 #include "core/morvale_core.h"
 #include "core/numeric.h"
-#include "core/segmentation_steps.h"
+#include "kernels/kernel_set.h"
 #include "platform/clock.h"
 
 namespace morvale {
 namespace {
 
-/// The sum of differences is divided by kDivisor and kept as a byte. With 4 (front) it can reach 319, which
-/// wraps to 63: a complete change of all five scores is then blended, not taken over. With 5 (back) it
-/// cannot. Both are part of the output.
-template <int kDivisor>
-uint8_t* smooth(uint8_t* current, uint8_t* previous, int frame_count) {
+static_assert(kCellScores == kLabels);
+
+using SmoothCells = void (*)(uint8_t* now, const uint8_t* before, ptrdiff_t cells);
+
+/// Without a second frame to blend with, the map becomes the next frame's partner as it is.
+uint8_t* smooth(uint8_t* current, uint8_t* previous, int frame_count, SmoothCells smooth_cells) {
   const int32_t cells = NETSIZE * NETSIZE;
   if (frame_count < 2) {
     std::memcpy(previous, current, static_cast<size_t>(cells) * kLabels);
-    return current;
-  }
-  for (int32_t cell = 0; cell < cells; ++cell) {
-    uint8_t* now = current + cell * kLabels;
-    const uint8_t* before = previous + cell * kLabels;
-    int difference = 0;
-    for (int k = 0; k < kLabels; ++k) difference += std::abs(now[k] - before[k]);
-    const auto change = static_cast<uint8_t>((difference + 2) / kDivisor);
-    const int weight = std::max(256 - 2 * change, 0);
-    for (int k = 0; k < kLabels; ++k) {
-      now[k] = static_cast<uint8_t>((weight * before[k] + (256 - weight) * now[k]) >> 8);
-    }
+  } else {
+    smooth_cells(current, previous, cells);
   }
   return current;
 }
@@ -49,11 +40,11 @@ int64_t whole_blocks(int64_t count) { return count < 1 ? 0 : (count + 7) / 8 * 8
 using namespace morvale;
 
 uint8_t* segmetationIIR_Front(uint8_t* current, uint8_t* previous, void* /*unused*/, int frameCount) {
-  return smooth<4>(current, previous, frameCount);
+  return smooth(current, previous, frameCount, kernels().network.smooth_front);
 }
 
 uint8_t* segmetationIIR_Back(uint8_t* current, uint8_t* previous, void* /*unused*/, int frameCount) {
-  return smooth<5>(current, previous, frameCount);
+  return smooth(current, previous, frameCount, kernels().network.smooth_back);
 }
 
 uint8_t* normalizeInput(uint8_t* bytes, float* floats, int n) {
@@ -70,8 +61,7 @@ float* normalizeOutput(float* floats, uint8_t* bytes, int n) {
 }
 
 int getOutputArr(float* floats, uint8_t* bytes, int channels) {
-  const int64_t count = int64_t{NETSIZE} * channels * NETSIZE;
-  for (int64_t i = 0; i < count; ++i) bytes[i] = score_byte(floats[i]);
+  kernels().network.to_bytes(floats, bytes, ptrdiff_t{NETSIZE} * channels * NETSIZE);
   return 0;
 }
 

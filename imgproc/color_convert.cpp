@@ -4,7 +4,7 @@
 #include <cstddef>
 
 #include "imgproc/color_image.h"
-#include "imgproc/nv21_sample.h"
+#include "kernels/kernel_set.h"
 
 namespace morvale {
 namespace {
@@ -22,31 +22,34 @@ Nv21Rows contiguous(const uint8_t* image, int width, int height) {
   return {image, image + static_cast<ptrdiff_t>(width) * height, width};
 }
 
-/// Converts whole rows by the block rule. The last block of a row runs past a width that is no multiple of 8.
-template <class Image>
-void convert_blocks(const Nv21Rows& src, const Image& dst, int width, int height) {
-  for (int row = 0; row < height; ++row) {
-    const uint8_t* luma = src.luma(row);
-    const uint8_t* chroma = src.chroma(row);
-    for (int x = 0; x < width; x += 8) {
-      for (int i = x; i < x + 8; ++i) {
-        dst.put(row, i, block_rule(rgb_sums<VuOrder>(luma[i], chroma + (i & ~1))));
-      }
-    }
-  }
+template <YuvFormat kFormat, YuvRounding kRounding, class Image>
+void decode(const Nv21Rows& src, const Image& dst, int row, int count, int first, int columns) {
+  const YuvRows from = {src.luma(row) + first, src.width, src.chroma(row) + first, src.width, count};
+  kernels().color.decode[kFormat][kRounding](from, dst.from(row, first), columns);
 }
 
-/// One row of the padded converters, without its margin. A picture narrower than two columns has no pair to
-/// convert and no column to repeat.
-template <class Order, class Image>
-void convert_row(const uint8_t* luma, const uint8_t* chroma, const Image& dst, int row, int width) {
+/// Whole blocks of eight run past a width that is no multiple of 8. The next row overwrites what they leave
+/// there, so only the last one is written in full.
+template <YuvFormat kFormat, class Image>
+void decode_blocks(const Nv21Rows& src, const Image& dst, int width, int height) {
+  decode<kFormat, kTruncate>(src, dst, 0, height, 0, width);
+  if (width & 7) decode<kFormat, kTruncate>(src, dst, height - 1, 1, width & ~7, 8);
+}
+
+/// Rows of the padded converters, without their margins. A picture narrower than two columns has
+/// no pair to convert and no column to repeat.
+template <YuvFormat kFormat, class Image>
+void decode_padded(const Nv21Rows& src, const Image& dst, int row, int count, int width) {
   const int blocks_end = width & ~7;
   const int pairs_end = width & ~1;
   if (pairs_end < 2) return;
-  int x = 0;
-  for (; x < blocks_end; ++x) dst.put(row, x, block_rule(rgb_sums<Order>(luma[x], chroma + (x & ~1))));
-  for (; x < pairs_end; ++x) dst.put(row, x, pixel_rule(rgb_sums<Order>(luma[x], chroma + (x & ~1))));
-  if (width & 1) dst.copy_column(row, width - 1, width - 2);
+  decode<kFormat, kTruncate>(src, dst, row, count, 0, blocks_end);
+  if (pairs_end > blocks_end) {
+    decode<kFormat, kRound>(src, dst, row, count, blocks_end, pairs_end - blocks_end);
+  }
+  if (width & 1) {
+    for (int k = 0; k < count; ++k) dst.copy_column(row + k, width - 1, width - 2);
+  }
 }
 
 /// Fills the columns right of the picture by mirroring: blocks of eight for as long as one begins below the
@@ -63,49 +66,41 @@ void mirror_right(const Image& dst, int row, int width, int margin, int tail_ste
   for (int c = blocks_end; c < end; c += tail_step) dst.copy_column(row, c, 2 * width - 1 - c);
 }
 
-/// The road of all padded converters. They differ in chroma order, in the image they fill, and in the step of
-/// the right margin's last columns.
-template <class Order, class Image>
+/// Whether no row reaches the one below, which is converted after it: what it writes there is lost, and what
+/// it reads there is still the old. Only such rows may be converted together, before any margin.
+bool rows_stay_apart(int width, int margin, int out_width) {
+  const int end = width + margin;
+  const int blocks_end = end & ~7;
+  const int margin_end = blocks_end > width ? width + ((blocks_end - width + 7) & ~7) : width;
+  const int read_end = end > blocks_end ? 2 * width - blocks_end : width;
+  return std::max({margin_end, end, read_end}) <= out_width;
+}
+
+/// The road of all padded converters. They differ in format, in the image they fill, and in the step of the
+/// right margin's last columns.
+template <YuvFormat kFormat, class Image>
 int convert_padded(const uint8_t* src, const Image& dst, int width, int height, int right_margin,
                    int bottom_margin, int tail_step = 1) {
   const Nv21Rows rows = contiguous(src, width, height);
   const int even_height = height & ~1;
-  for (int row = 0; row < even_height; ++row) {
-    convert_row<Order>(rows.luma(row), rows.chroma(row), dst, row, width);
-    mirror_right(dst, row, width, right_margin, tail_step);
+  const int step = rows_stay_apart(width, right_margin, dst.width()) ? even_height : 1;
+  for (int row = 0; row < even_height; row += step) {
+    decode_padded<kFormat>(rows, dst, row, step, width);
+    for (int k = 0; k < step; ++k) mirror_right(dst, row + k, width, right_margin, tail_step);
   }
   if (height & 1) dst.copy_row(height - 1, even_height - 1);
   for (int k = 0; k < bottom_margin; ++k) dst.copy_row(height + k, height - 1 - k);
   return 0;
 }
 
-uint8_t luma_byte(int r, int g, int b) {
-  const float y =
-      0.299f * static_cast<float>(r) + 0.587f * static_cast<float>(g) + 0.114f * static_cast<float>(b);
-  return static_cast<uint8_t>(std::min(y, 255.0f));
-}
-
-/// Rounds half away from zero and moves -128..127 to 0..255; 128 (from 127.5) is clamped.
-uint8_t chroma_byte(double value) {
-  const float v = static_cast<float>(value);
-  const int rounded = static_cast<int>(v > 0 ? v + 0.5f : v - 0.5f);
-  return static_cast<uint8_t>(std::clamp(rounded, -128, 127) + 128);
-}
-
-template <int kRed, int kBlue>
-int to_nv21(const uint8_t* pixels, uint8_t* luma, uint8_t* vu, int width, int height) {
+int to_nv21(ColorRows::Encode encode, const uint8_t* pixels, uint8_t* luma, uint8_t* vu, int width,
+            int height) {
   if (width < 1 || height < 1) return 0;
   const ptrdiff_t stride = width;
   for (int y = 0; y < height; ++y) {
-    for (int x = 0; x < width; ++x) {
-      const uint8_t* p = pixels + 3 * (y * stride + x);
-      const int r = p[kRed], g = p[1], b = p[kBlue];
-      luma[y * stride + x] = luma_byte(r, g, b);
-      if ((x | y) & 1) continue;  // chroma is the top-left pixel's, not the block's mean
-      uint8_t* pair = vu + (y / 2) * stride + x;
-      pair[0] = chroma_byte(0.5 * r - 0.418688 * g - 0.081312 * b);
-      pair[1] = chroma_byte(-0.168736 * r - 0.331264 * g + 0.5 * b);
-    }
+    // Chroma is the top-left pixel's, not the block's mean.
+    uint8_t* const pairs = y & 1 ? nullptr : vu + (y / 2) * stride;
+    encode(pixels + 3 * stride * y, luma + stride * y, pairs, stride);
   }
   return 0;
 }
@@ -117,43 +112,39 @@ using namespace morvale;
 
 int NV21toRGB(const uint8_t* luma, const uint8_t* vu, uint8_t* rgb, int width, int height) {
   if (width < 1 || height < 1) return 0;
-  const Nv21Rows rows{luma, vu, width};
-  const RgbImage dst(rgb, width);
-  for (int y = 0; y < height; ++y) {
-    const uint8_t* chroma = rows.chroma(y);
-    for (int x = 0; x < width; ++x) {
-      dst.put(y, x, pixel_rule(rgb_sums<VuOrder>(rows.luma(y)[x], chroma + (x & ~1))));
-    }
-  }
+  decode<kVuToRgb, kRound>(Nv21Rows{luma, vu, width}, PixelImage(rgb, width, height), 0, height, 0, width);
   return 0;
 }
 
 int NV21toBGR(const uint8_t* nv21, uint8_t* bgr, int width, int height) {
   if (width < 1 || height < 1) return 0;
-  convert_blocks(contiguous(nv21, width, height), BgrImage(bgr, width), width, height);
+  decode_blocks<kVuToBgr>(contiguous(nv21, width, height), PixelImage(bgr, width, height), width, height);
   return 0;
 }
 
 int NV21toBGR_planar(const uint8_t* nv21, uint8_t* const planes[3], int width, int height) {
   if (width < 1 || height < 1) return 0;
   const PlanarBgrImage dst(planes[0], planes[1], planes[2], width);
-  convert_blocks(contiguous(nv21, width, height), dst, width, height);
+  decode_blocks<kVuToBgrPlanes>(contiguous(nv21, width, height), dst, width, height);
   return 0;
 }
 
 int NV21toRGB_pad(const uint8_t* src, uint8_t* dst, int width, int height, int outWidth, int /*outHeight*/,
                   int rightMargin, int bottomMargin) {
-  return convert_padded<VuOrder>(src, RgbImage(dst, outWidth), width, height, rightMargin, bottomMargin);
+  const PixelImage image(dst, outWidth, height);
+  return convert_padded<kVuToRgb>(src, image, width, height, rightMargin, bottomMargin);
 }
 
 int NV21toBGR_pad(const uint8_t* src, uint8_t* dst, int width, int height, int outWidth, int /*outHeight*/,
                   int rightMargin, int bottomMargin) {
-  return convert_padded<VuOrder>(src, BgrImage(dst, outWidth), width, height, rightMargin, bottomMargin);
+  const PixelImage image(dst, outWidth, height);
+  return convert_padded<kVuToBgr>(src, image, width, height, rightMargin, bottomMargin);
 }
 
 int NV12toRGB_pad(const uint8_t* src, uint8_t* dst, int width, int height, int outWidth, int /*outHeight*/,
                   int rightMargin, int bottomMargin) {
-  return convert_padded<UvOrder>(src, RgbImage(dst, outWidth), width, height, rightMargin, bottomMargin);
+  const PixelImage image(dst, outWidth, height);
+  return convert_padded<kUvToRgb>(src, image, width, height, rightMargin, bottomMargin);
 }
 
 int NV21toBGR_pad_lsi(const uint8_t* src, uint8_t* dst, int width, int height, int outWidth, int outHeight,
@@ -162,23 +153,20 @@ int NV21toBGR_pad_lsi(const uint8_t* src, uint8_t* dst, int width, int height, i
   const PlanarBgrImage planes(dst, dst + plane, dst + 2 * plane, outWidth);
   // Of the margin's last columns only every eighth is written: the gap is part of the output.
   constexpr int kTailStep = 8;
-  return convert_padded<VuOrder>(src, planes, width, height, rightMargin, bottomMargin, kTailStep);
+  return convert_padded<kVuToBgrPlanes>(src, planes, width, height, rightMargin, bottomMargin, kTailStep);
 }
 
 int RGBtoNV21(const uint8_t* rgb, uint8_t* luma, uint8_t* vu, int width, int height) {
-  return to_nv21<0, 2>(rgb, luma, vu, width, height);
+  return to_nv21(kernels().color.rgb_to_nv21, rgb, luma, vu, width, height);
 }
 
 int BGRtoNV21(const uint8_t* bgr, uint8_t* nv21, int width, int height) {
-  return to_nv21<2, 0>(bgr, nv21, nv21 + static_cast<ptrdiff_t>(width) * height, width, height);
+  return to_nv21(kernels().color.bgr_to_nv21, bgr, nv21, nv21 + static_cast<ptrdiff_t>(width) * height, width,
+                 height);
 }
 
 int BGR2GRAY(const uint8_t* bgr, uint8_t* grey, int width, int height) {
   if (width < 1 || height < 1) return 0;
-  const ptrdiff_t pixels = static_cast<ptrdiff_t>(width) * height;
-  for (ptrdiff_t i = 0; i < pixels; ++i) {
-    const uint8_t* p = bgr + 3 * i;
-    grey[i] = static_cast<uint8_t>((4732 * p[0] + 46871 * p[1] + 13933 * p[2]) >> 16);
-  }
+  kernels().color.bgr_to_grey(bgr, grey, static_cast<ptrdiff_t>(width) * height);
   return 0;
 }

@@ -63,7 +63,10 @@ MORVALE_API int NV21toBGR_planar(const uint8_t* nv21, uint8_t* const planes[3], 
 ///    (the row before the image when height is 1).
 /// 4. Bottom margin: row height + k becomes a copy of row height - 1 - k, k = 0 .. bottomMargin - 1.
 /// A positive right margin must not exceed the width, the bottom margin not the height. Nothing else is
-/// written.
+/// written. What is read besides the picture: blocks that end past column 2 * width - 1 (width 12 with margin
+/// 12) mirror up to 7 columns from before the row, and where E8 lies below the width (width 12 with margin 3)
+/// the single columns mirror up to 7 columns from behind it. Provide that room before the first and behind
+/// the last row.
 MORVALE_API int NV21toRGB_pad(const uint8_t* src, uint8_t* dst, int width, int height, int outWidth,
                               int outHeight, int rightMargin, int bottomMargin);
 
@@ -77,7 +80,8 @@ MORVALE_API int NV12toRGB_pad(const uint8_t* src, uint8_t* dst, int width, int h
 
 /// As NV21toRGB_pad into three planes B, G, R of outWidth x outHeight bytes, one behind the other, with one
 /// difference in step 2: of the columns E8 .. E - 1 only every eighth, beginning with E8, is written. The
-/// others keep what they held.
+/// others keep what they held. Each row is converted in all three planes before the next one, then the row
+/// copies follow: where a plane's overrun falls on the next plane, this order decides.
 MORVALE_API int NV21toBGR_pad_lsi(const uint8_t* src, uint8_t* dst, int width, int height, int outWidth,
                                   int outHeight, int rightMargin, int bottomMargin);
 

@@ -1,4 +1,4 @@
-/// Where a converter puts its pixels: three layouts with the same operations, so that one converter serves
+/// Where a converter puts its pixels: two layouts with the same operations, so that one converter serves
 /// all. Columns and rows may lie outside the picture where a converter's contract says so; hence signed
 /// offsets.
 #pragma once
@@ -7,35 +7,36 @@
 #include <cstdint>
 #include <cstring>
 
-#include "imgproc/nv21_sample.h"
+#include "kernels/color_rows.h"
 
 namespace morvale {
 
-/// Three bytes a pixel, red first or blue first.
-template <int kRed, int kBlue>
-class InterleavedImage {
+/// Three bytes a pixel.
+class PixelImage {
  public:
-  InterleavedImage(uint8_t* data, int width) : data_(data), row_bytes_(ptrdiff_t{3} * width) {}
+  PixelImage(uint8_t* data, int width, int height)
+      : data_(data), width_(width), row_bytes_(ptrdiff_t{3} * width), large_(row_bytes_ * height > kLarge) {}
 
-  void put(int row, int column, Rgb c) const {
-    uint8_t* p = at(row, column);
-    p[kRed] = c.r;
-    p[1] = c.g;
-    p[kBlue] = c.b;
-  }
+  int width() const { return width_; }
+  /// Where a decoder writes from there on.
+  ColorRowsOut from(int row, int column) const { return {{at(row, column)}, row_bytes_, large_}; }
   void copy_column(int row, int to, int from) const { std::memmove(at(row, to), at(row, from), 3); }
   void copy_row(int to, int from) const {
     std::memcpy(at(to, 0), at(from, 0), static_cast<size_t>(row_bytes_));
   }
 
  private:
+  /// Larger images leave little in the caches for whoever reads them next; below, going around them gains
+  /// nothing.
+  static constexpr ptrdiff_t kLarge = ptrdiff_t{8} << 20;
+
   uint8_t* at(int row, int column) const { return data_ + row * row_bytes_ + ptrdiff_t{3} * column; }
 
   uint8_t* data_;
+  int width_;
   ptrdiff_t row_bytes_;
+  bool large_;
 };
-using RgbImage = InterleavedImage<0, 2>;
-using BgrImage = InterleavedImage<2, 0>;
 
 /// Three planes, blue first.
 class PlanarBgrImage {
@@ -43,10 +44,9 @@ class PlanarBgrImage {
   PlanarBgrImage(uint8_t* blue, uint8_t* green, uint8_t* red, int width)
       : planes_{blue, green, red}, width_(width) {}
 
-  void put(int row, int column, Rgb c) const {
-    *at(0, row, column) = c.b;
-    *at(1, row, column) = c.g;
-    *at(2, row, column) = c.r;
+  int width() const { return width_; }
+  ColorRowsOut from(int row, int column) const {
+    return {{at(0, row, column), at(1, row, column), at(2, row, column)}, width_, false};
   }
   void copy_column(int row, int to, int from) const {
     for (int k = 0; k < 3; ++k) *at(k, row, to) = *at(k, row, from);
@@ -56,10 +56,12 @@ class PlanarBgrImage {
   }
 
  private:
-  uint8_t* at(int plane, int row, int column) const { return planes_[plane] + row * width_ + column; }
+  uint8_t* at(int plane, int row, int column) const {
+    return planes_[plane] + ptrdiff_t{row} * width_ + column;
+  }
 
   uint8_t* planes_[3];
-  ptrdiff_t width_;
+  int width_;
 };
 
 }  // namespace morvale

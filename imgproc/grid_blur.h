@@ -26,6 +26,7 @@ MORVALE_API int GFilterCreation(float sigma, int radius, int bits, uint16_t* wei
 ///                    the picture repeat its edge, neighbours in unmarked cells take part as they are
 ///   unmarked pixels  copied
 ///   src, dst         width x height bytes, stride width; dst all written, nothing beyond; must not overlap
+///   weights          2 * radius + 1 of them, their sum at most 1 << bits; as GFilterCreation makes them
 /// A blur in both directions is _Hori into a buffer, then _Vert from it. Writes nothing when a size is
 /// below 1.
 MORVALE_API void GaussianBlur_Grid_Hori(const uint8_t* src, uint8_t* dst, const uint8_t* grid, int width,

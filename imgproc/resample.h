@@ -1,5 +1,5 @@
-/// The resampling rules that NV21 and single-plane scaling share. A sample has kChannels bytes: one for luma,
-/// two for a chroma pair.
+/// The resampling rules that NV21 and single-plane scaling share, over whole planes; the row loops are
+/// kernels/resample_rows.h. A sample has kChannels bytes: one for luma, two for a chroma pair.
 #pragma once
 
 #include <algorithm>
@@ -7,16 +7,9 @@
 #include <cstdint>
 #include <limits>
 
+#include "kernels/kernel_set.h"
+
 namespace morvale {
-
-/// One row to read from. A column past `last` reads as `last`.
-template <int kChannels>
-struct SourceRow {
-  const uint8_t* data;
-  int last;
-
-  int at(int column, int channel) const { return data[kChannels * std::min(column, last) + channel]; }
-};
 
 /// A plane to read from. Samples right of a row or below the plane are read as they lie in memory, up to
 /// `end`; past it the last sample or row before it stands in. Without an end the caller vouches for the
@@ -27,17 +20,31 @@ struct SourcePlane {
   const uint8_t* end = nullptr;
 
   template <int kChannels>
-  SourceRow<kChannels> row(int index) const {
-    constexpr ptrdiff_t kFar = std::numeric_limits<int>::max();
-    if (end == nullptr) return {data + index * stride, static_cast<int>(kFar)};
-    const ptrdiff_t last_row = std::max<ptrdiff_t>((end - data) / stride - 1, 0);
-    const uint8_t* start = data + std::min<ptrdiff_t>(index, last_row) * stride;
-    return {start, static_cast<int>(std::min((end - start) / kChannels - 1, kFar))};
-  }
-  template <int kChannels>
   bool empty() const {
     return end != nullptr && end - data < kChannels;
   }
+};
+
+/// The rows of a plane that is not empty.
+template <int kChannels>
+class SourceRows {
+ public:
+  explicit SourceRows(const SourcePlane& plane)
+      : plane_(plane),
+        last_row_(plane.end == nullptr
+                      ? kFar
+                      : std::max<ptrdiff_t>((plane.end - plane.data) / plane.stride - 1, 0)) {}
+
+  SourceRow operator[](int index) const {
+    const uint8_t* start = plane_.data + std::min<ptrdiff_t>(index, last_row_) * plane_.stride;
+    if (plane_.end == nullptr) return {start, kFar};
+    return {start, static_cast<int>(std::min<ptrdiff_t>((plane_.end - start) / kChannels - 1, kFar))};
+  }
+
+ private:
+  static constexpr int kFar = std::numeric_limits<int>::max();
+  SourcePlane plane_;
+  ptrdiff_t last_row_;
 };
 
 /// A packed plane to fill: `rows` rows of `width` bytes. A row may end inside a sample: the bytes that do not
@@ -47,14 +54,6 @@ struct TargetPlane {
   int width, rows;
 
   uint8_t* row(int index) const { return data + static_cast<ptrdiff_t>(index) * width; }
-  template <int kChannels>
-  int columns() const {
-    return (width + kChannels - 1) / kChannels;
-  }
-  template <int kChannels>
-  int channels(int column) const {
-    return std::min(kChannels, width - kChannels * column);
-  }
 };
 
 /// Q8 steps of source position per output sample.
@@ -74,21 +73,15 @@ inline bool is_half_ratio(Steps s) { return (s.x & 255) == 128 && (s.y & 255) ==
 /// so that the source needs no extra row and column: the sample itself stands in, which changes nothing.
 template <int kChannels>
 void resample_bilinear(const SourcePlane& src, const TargetPlane& dst, Steps step) {
+  const ResampleRows& loops = kernels().resample;
+  const auto fill_row = kChannels == 1 ? loops.bilinear_bytes : loops.bilinear_pairs;
+  const SourceRows<kChannels> source(src);
   for (int y = 0, py = 0; y < dst.rows; ++y, py += step.y) {
     const int fy = py & 255;
-    const SourceRow<kChannels> top = src.row<kChannels>(py >> 8);
-    const SourceRow<kChannels> below = fy == 0 ? top : src.row<kChannels>((py >> 8) + 1);
-    uint8_t* out = dst.row(y);
-    for (int x = 0, px = 0; x < dst.columns<kChannels>(); ++x, px += step.x) {
-      const int fx = px & 255;
-      const int left = px >> 8;
-      const int right = left + (fx != 0);
-      for (int k = 0; k < dst.channels<kChannels>(x); ++k) {
-        const int v = ((256 - fx) * top.at(left, k) + fx * top.at(right, k)) * (256 - fy) +
-                      ((256 - fx) * below.at(left, k) + fx * below.at(right, k)) * fy;
-        *out++ = static_cast<uint8_t>(v >> 16);  // v is at most 255 << 16: no clamp
-      }
-    }
+    const SourceRow top = source[py >> 8];
+    const SourceRow below = fy == 0 ? top : source[(py >> 8) + 1];
+    const ptrdiff_t ahead = y + 1 < dst.rows ? source[(py + step.y) >> 8].data - top.data : 0;
+    fill_row({top, below, fy, step.x, ahead}, 0, dst.row(y), dst.width);
   }
 }
 
@@ -96,29 +89,12 @@ void resample_bilinear(const SourcePlane& src, const TargetPlane& dst, Steps ste
 /// end with the row.
 template <int kChannels>
 void resample_half_ratio(const SourcePlane& src, const TargetPlane& dst, Steps step) {
+  const ResampleRows& loops = kernels().resample;
+  const auto fill_rows = kChannels == 1 ? loops.half_ratio_bytes : loops.half_ratio_pairs;
+  const SourceRows<kChannels> source(src);
   const int ix = step.x >> 8, iy = step.y >> 8;
   for (int y = 0, r = 0; y < dst.rows; y += 2, r += 2 * iy + 1) {
-    const SourceRow<kChannels> first = src.row<kChannels>(r);
-    const SourceRow<kChannels> upper = src.row<kChannels>(r + iy);
-    const SourceRow<kChannels> lower = src.row<kChannels>(r + iy + 1);
-    uint8_t* out0 = dst.row(y);
-    uint8_t* out1 = dst.row(y + 1);
-    for (int x = 0, c = 0; x < dst.columns<kChannels>(); ++x) {
-      if (x % 2 == 0) {
-        for (int k = 0; k < dst.channels<kChannels>(x); ++k) {
-          *out0++ = static_cast<uint8_t>(first.at(c, k));
-          *out1++ = static_cast<uint8_t>((upper.at(c, k) + lower.at(c, k)) >> 1);
-        }
-      } else {
-        const int a = c + ix, b = a + 1;
-        for (int k = 0; k < dst.channels<kChannels>(x); ++k) {
-          *out0++ = static_cast<uint8_t>((first.at(a, k) + first.at(b, k)) >> 1);
-          *out1++ =
-              static_cast<uint8_t>((upper.at(a, k) + upper.at(b, k) + lower.at(a, k) + lower.at(b, k)) >> 2);
-        }
-        c += 2 * ix + 1;
-      }
-    }
+    fill_rows({source[r], source[r + iy], source[r + iy + 1], ix}, 0, dst.row(y), dst.row(y + 1), dst.width);
   }
 }
 

@@ -27,7 +27,9 @@
 /// Chroma has dstHeight / 2 rows and (dstWidth + 1) / 2 pairs (an odd width keeps only the V of the last
 /// one); none when dstHeight < 2. Neighbours right of the last column or below the last row are read as they
 /// lie in memory when their weight is not 0; a neighbour of weight 0 is not read. A shrink of an even-sized
-/// picture reads nothing outside it.
+/// picture reads nothing outside it, with two exceptions: an odd dstWidth above half of srcWidth may read one
+/// pair behind the last chroma row, and an extra row of the half-ratio rule one row behind its plane. Source
+/// and destination are both empty or both not.
 MORVALE_API void resize_NV21_opt(const uint8_t* luma, const uint8_t* vu, uint8_t* dst, int srcWidth,
                                  int srcHeight, int dstWidth, int dstHeight);
 

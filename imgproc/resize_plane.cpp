@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "imgproc/resample.h"
+#include "kernels/kernel_set.h"
 
 namespace morvale {
 namespace {
@@ -21,7 +22,6 @@ struct Blend {
 
 // A full weight of 256 does not fit a byte, so the first output of each group is a 255 : 1 blend of its
 // neighbours, not a copy. The output depends on it.
-constexpr std::array<Blend, 4> kFourfold = {{{255, 1, 1}, {192, 64, 1}, {128, 128, 1}, {64, 192, 1}}};
 constexpr std::array<Blend, 6> kSixfold = {
     {{255, 1, 0}, {213, 43, 0}, {171, 85, 0}, {128, 128, 0}, {85, 171, 0}, {43, 213, 0}}};
 constexpr std::array<Blend, 8> kEightfold = {{{255, 1, 0},
@@ -84,7 +84,17 @@ void resize_Y_1(const uint8_t* src, uint8_t* dst, int srcWidth, int srcHeight, i
 }
 
 void resize_y_4x_up(const uint8_t* src, uint8_t* dst, int width, int height) {
-  enlarge_plane(src, dst, width, height, {kFourfold.data(), 4});
+  if (width < 1 || height < 1) return;
+  const PlaneRows& rows = kernels().plane;
+  const ptrdiff_t stride = ptrdiff_t{4} * width;
+  for (ptrdiff_t j = 0; j < height; ++j) {
+    uint8_t* row = dst + 4 * j * stride;
+    rows.quadruple_row(src + j * width, row, width);
+    // The rows between follow at once, while both their neighbours are near.
+    if (j > 0) rows.quarter_rows(row - 4 * stride, row, row - 3 * stride, stride, stride);
+  }
+  uint8_t* last = dst + 4 * (height - ptrdiff_t{1}) * stride;
+  for (ptrdiff_t k = 1; k < 4; ++k) std::memcpy(last + k * stride, last, static_cast<size_t>(stride));
 }
 
 void resize_y_6x_up(const uint8_t* src, uint8_t* dst, int width, int height) {

@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "kernels/kernel_set.h"
+
 namespace morvale {
 namespace {
 
@@ -40,19 +42,45 @@ Place destination(int x, int y, Size s, Turn turn) {
   return {right, up};
 }
 
-void turn_plane(const uint8_t* src, uint8_t* dst, Size size, Turn turn) {
-  const ptrdiff_t stride = turned(size, turn).width;
-  for (int y = 0; y < size.height; ++y) {
-    for (int x = 0; x < size.width; ++x) {
-      const Place to = destination(x, y, size, turn);
-      dst[to.row * stride + to.column] = *src++;
+/// A quarter turn is a transposition with the rows of one side or both taken from the last one up.
+void turn_quarter(const uint8_t* src, uint8_t* dst, Size size, int sample, Turn turn) {
+  ptrdiff_t src_stride = ptrdiff_t{size.width} * sample, dst_stride = ptrdiff_t{size.height} * sample;
+  if (turn != Turn::kCounterClockwise) {
+    src += (size.height - 1) * src_stride;
+    src_stride = -src_stride;
+  }
+  if (turn != Turn::kClockwise) {
+    dst += (size.width - 1) * dst_stride;
+    dst_stride = -dst_stride;
+  }
+  const RotateBlocks& blocks = kernels().rotate;
+  const auto transpose = sample == 1 ? blocks.transpose_bytes : blocks.transpose_pairs;
+  transpose(src, src_stride, dst, dst_stride, size.width, size.height);
+}
+
+/// A plane of samples of one byte or two. Its rows are packed, so a half turn is all of it backwards.
+void turn_samples(const uint8_t* src, uint8_t* dst, Size size, int sample, Turn turn) {
+  const RotateBlocks& blocks = kernels().rotate;
+  const ptrdiff_t stride = ptrdiff_t{size.width} * sample;
+  if (turn == Turn::kHalf) {
+    const auto reverse = sample == 1 ? blocks.reverse_bytes : blocks.reverse_pairs;
+    reverse(src, dst, ptrdiff_t{size.width} * size.height);
+  } else if (turn == Turn::kMirror) {
+    for (ptrdiff_t y = 0; y < size.height; ++y) {
+      std::memcpy(dst + (size.height - 1 - y) * stride, src + y * stride, static_cast<size_t>(stride));
     }
+  } else {
+    turn_quarter(src, dst, size, sample, turn);
   }
 }
 
-/// Copies the chroma pair of every luma pixel, row by row. Even sizes write each pair four times with one
-/// value; with odd sizes this order decides which pair stays.
-void turn_chroma(const uint8_t* src, uint8_t* dst, Size size, Turn turn) {
+void turn_plane(const uint8_t* src, uint8_t* dst, Size size, Turn turn) {
+  turn_samples(src, dst, size, 1, turn);
+}
+
+/// Copies the chroma pair of every luma pixel, row by row. With odd sizes a pair is reached from several
+/// source pairs, and this order decides which of them stays.
+void turn_odd_chroma(const uint8_t* src, uint8_t* dst, Size size, Turn turn) {
   const ptrdiff_t stride = turned(size, turn).width;
   for (int y = 0; y < size.height; ++y) {
     const uint8_t* row = src + static_cast<ptrdiff_t>(y / 2) * size.width;
@@ -66,7 +94,12 @@ void turn_chroma(const uint8_t* src, uint8_t* dst, Size size, Turn turn) {
 void turn_nv21(const uint8_t* src, uint8_t* dst, Size size, Turn turn) {
   turn_plane(src, dst, size, turn);
   const ptrdiff_t luma_bytes = static_cast<ptrdiff_t>(size.width) * size.height;
-  turn_chroma(src + luma_bytes, dst + luma_bytes, size, turn);
+  if (size.width % 2 == 0 && size.height % 2 == 0) {
+    // Every pair would be written four times with one value: once will do.
+    turn_samples(src + luma_bytes, dst + luma_bytes, {size.width / 2, size.height / 2}, 2, turn);
+  } else {
+    turn_odd_chroma(src + luma_bytes, dst + luma_bytes, size, turn);
+  }
 }
 
 Turn plane_turn(int mode, Turn third) {

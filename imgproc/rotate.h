@@ -18,7 +18,8 @@
 MORVALE_API void rotate_y(const uint8_t* src, uint8_t* dst, int width, int height, int mode);
 
 /// Modes 0 and 2 as rotate_y. Any other mode is a half turn, D(W-1-x, H-1-y) = S(x, y), and first writes the
-/// line "roatetasdf asd 180....................................................." to standard output.
+/// line "roatetasdf asd 180....................................................." to standard output,
+/// also for an empty plane.
 MORVALE_API void rotate_y_opt(const uint8_t* src, uint8_t* dst, int width, int height, int mode);
 
 /// mode 0  D(H-1-y, x) = S(x, y): a quarter turn clockwise

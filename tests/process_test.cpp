@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "fakes/core_fixture.h"
+#include "fakes/guarded_bytes.h"
 
 namespace {
 
@@ -207,6 +208,87 @@ TEST_F(Process, ASmallFrameIsNotReadPastItsEnd) {
       set_frame(width, height, 100);
       EXPECT_EQ(run_frame(), 0);
       EXPECT_EQ(red(10, 10), 100);
+    }
+  }
+}
+
+// Enlarging blends the last luma row with the row below it, and the last column with the column right of it,
+// as they lie in memory: the start of the next row, the first chroma row, the padding. Where the frame says
+// nothing of that memory the edge stands in. Luma is 40, chroma pairs are 200 and 100, padding is 240.
+TEST_F(Process, TheRowBelowTheLumaOfASmallFrameIsTheFirstOfItsChroma) {
+  struct Pixel {
+    int column, row, value;
+  };
+  struct Case {
+    const char* why;
+    int camera, size, stride;
+    std::ptrdiff_t chroma;
+    bool named;
+    std::vector<Pixel> pixels;
+  };
+  const std::vector<Pixel> quarters = {{0, 124, 40},    {0, 125, 80},    {0, 126, 120},   {0, 127, 160},
+                                       {2, 127, 122},   {4, 127, 85},    {127, 122, 100}, {127, 123, 130},
+                                       {127, 124, 160}, {127, 127, 171}, {126, 124, 120}, {124, 124, 40}};
+  const std::vector<Pixel> halves = {{0, 254, 40},   {0, 255, 120},  {1, 255, 95},    {2, 255, 70},
+                                     {255, 252, 40}, {255, 253, 80}, {255, 254, 120}, {255, 255, 135}};
+  const std::vector<Pixel> edge = {{0, 125, 40}, {0, 127, 40}, {127, 124, 40}, {127, 127, 40}, {4, 127, 40}};
+  const Case cases[] = {{"quarter steps", 0, 32, 0, 32 * 32, false, quarters},
+                        {"the chroma is named, and follows", 0, 32, 0, 32 * 32, true, quarters},
+                        {"halves are averaged", 16, 128, 0, 128 * 128, false, halves},
+                        {"padding follows",
+                         0,
+                         32,
+                         40,
+                         40 * 32,
+                         false,
+                         {{0, 126, 140}, {0, 127, 190}, {4, 127, 190}, {127, 124, 190}, {127, 127, 227}}},
+                        {"a chroma plane elsewhere", 0, 32, 0, 1100, true, edge}};
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.why);
+    start(c.camera);
+    const auto pixels = static_cast<std::size_t>(c.size * c.size);
+    guarded::Bytes content(static_cast<std::size_t>(c.chroma) + pixels / 2, 240);
+    std::fill_n(content.begin(), pixels, uint8_t{40});
+    for (std::size_t i = 0; i < pixels / 2; ++i)
+      content[static_cast<std::size_t>(c.chroma) + i] = i % 2 == 0 ? 200 : 100;
+    content[content.size() - static_cast<std::size_t>(c.size)] = 60;  // V of the last chroma row's first pair
+    guarded::GuardedBytes frame(content, guarded::Edge::kBack);
+    record_.width = record_.height = c.size;
+    record_.stride = c.stride;
+    record_.yPlane = frame.data();
+    record_.uvPlane = frame.data() + (c.named ? c.chroma : 0);
+    ASSERT_EQ(core_.Morvale_process(), 0);
+    for (const Pixel& p : c.pixels)
+      EXPECT_EQ(int{core_.resizedFrame[p.row * PADSIZE + p.column]}, p.value) << p.column << ", " << p.row;
+    // Below the last chroma row there is nothing: it repeats.
+    EXPECT_EQ(int{core_.resizedFrame[PADSIZE * (PADSIZE + PADSIZE / 2 - 1)]}, 60);
+  }
+}
+
+// 257 steps of 257 / 256: the last column and row are 255 / 256 of their right and lower neighbours. A row of
+// chroma ends in a V whose U is the next row's first byte; the frame's last V has none, and its left
+// neighbour stands in.
+TEST_F(Process, AnOddFrameIsReadToItsLastByteAndNoFurther) {
+  start(16);
+  guarded::Bytes content(257 * 257, 100);
+  for (std::size_t i = 0; i < 257; ++i) content[i * 257 + 256] = content[256 * 257 + i] = 228;
+  for (int row = 0; row < 128; ++row)
+    for (int i = 0; i < 257; ++i) content.push_back(i % 2 == 0 ? 150 : 90);
+  for (const guarded::Edge edge : guarded::kEdges) {
+    guarded::GuardedBytes frame(content, edge);
+    record_.width = record_.height = 257;
+    record_.yPlane = record_.uvPlane = frame.data();
+    ASSERT_EQ(core_.Morvale_process(), 0);
+    const uint8_t* luma = core_.resizedFrame;
+    EXPECT_EQ(int{luma[0]}, 100);
+    EXPECT_EQ(int{luma[255]}, 227);
+    EXPECT_EQ(int{luma[255 * 256]}, 227);
+    EXPECT_EQ(int{luma[255 * 256 + 255]}, 227);
+    const uint8_t* last_pair = core_.resizedFrame + 256 * 256 + 254;
+    for (const auto& [row, u] :
+         {std::pair{0, 119}, std::pair{1, 119}, std::pair{126, 105}, std::pair{127, 90}}) {
+      EXPECT_EQ(int{last_pair[row * 256]}, 150);
+      EXPECT_EQ(int{last_pair[row * 256 + 1]}, u) << row;
     }
   }
 }

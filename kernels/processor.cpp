@@ -1,0 +1,35 @@
+#include "kernels/processor.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <vector>
+
+namespace morvale {
+namespace {
+
+std::vector<std::string_view> find_runnable() {
+  std::vector<std::string_view> names{"portable"};
+#if defined(__x86_64__)
+  if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma")) names.push_back("avx2");
+#elif defined(__aarch64__)
+  names.push_back("neon");
+#endif
+  return names;
+}
+
+}  // namespace
+
+std::span<const std::string_view> runnable_kernel_names() {
+  static const std::vector<std::string_view> names = find_runnable();
+  return names;
+}
+
+KernelChoice choose_kernels() {
+  const std::span<const std::string_view> names = runnable_kernel_names();
+  const char* wish = std::getenv("MORVALE_KERNELS");
+  if (wish == nullptr || *wish == '\0') return {names.back(), {}};
+  const auto found = std::find(names.begin(), names.end(), std::string_view(wish));
+  return found != names.end() ? KernelChoice{*found, {}} : KernelChoice{names.back(), wish};
+}
+
+}  // namespace morvale

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <arm_neon.h>
+
+#include <cstddef>
+#include <cstdint>
+
+namespace morvale::MORVALE_VARIANT {
+
+constexpr ptrdiff_t kBytes = 16;
+using Bytes = uint8x16_t;
+using Words = int16x8_t;
+
+inline Bytes load(const uint8_t* p) { return vld1q_u8(p); }
+inline void store(uint8_t* p, Bytes v) { vst1q_u8(p, v); }
+inline Bytes all_bytes(int v) { return vdupq_n_u8(static_cast<uint8_t>(v)); }
+
+inline Bytes add(Bytes a, Bytes b) { return vaddq_u8(a, b); }
+inline Bytes subtract(Bytes a, Bytes b) { return vsubq_u8(a, b); }
+inline Bytes add_saturating(Bytes a, Bytes b) { return vqaddq_u8(a, b); }
+inline Bytes subtract_saturating(Bytes a, Bytes b) { return vqsubq_u8(a, b); }
+inline Bytes equal(Bytes a, Bytes b) { return vceqq_u8(a, b); }
+inline Bytes bit_and(Bytes a, Bytes b) { return vandq_u8(a, b); }
+inline Bytes bit_xor(Bytes a, Bytes b) { return veorq_u8(a, b); }
+inline Bytes smaller(Bytes a, Bytes b) { return vminq_u8(a, b); }
+
+/// (a + b) >> 1.
+inline Bytes average_down(Bytes a, Bytes b) { return vhaddq_u8(a, b); }
+
+/// Stores a0 b0 c0 d0 a1 b1 c1 d1 ...: 4 * kBytes bytes.
+inline void store4(uint8_t* p, Bytes a, Bytes b, Bytes c, Bytes d) {
+  const uint8x16x4_t v = {{a, b, c, d}};
+  vst4q_u8(p, v);  // a macro in clang: it takes no braces
+}
+
+}  // namespace morvale::MORVALE_VARIANT
