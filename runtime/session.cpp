@@ -1,4 +1,5 @@
 /// The workstation's libvexa_vndk: sessions with the device runtime's binary interface.
+#include <algorithm>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
@@ -6,6 +7,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -40,6 +42,25 @@ std::filesystem::path model_file(const std::string& device_path) {
   return file;
 }
 
+/// VEXA_ENGINE chooses what answers: "onnx" (or nothing) runs the model; the others need none.
+enum class EngineKind { kOnnx, kFixed, kRecorded };
+EngineKind engine_kind() {
+  const char* name = std::getenv("VEXA_ENGINE");
+  if (name == nullptr || *name == '\0' || std::string_view(name) == "onnx") return EngineKind::kOnnx;
+  if (std::string_view(name) == "fixed") return EngineKind::kFixed;
+  if (std::string_view(name) == "recorded") return EngineKind::kRecorded;
+  throw std::runtime_error("VEXA_ENGINE is \"" + std::string(name) +
+                           "\", not \"onnx\", \"fixed\" or \"recorded\"");
+}
+
+std::filesystem::path bundle_folder() {
+  const char* folder = std::getenv("VEXA_BUNDLE");
+  if (folder == nullptr || *folder == '\0') {
+    throw std::runtime_error("no recorded session: VEXA_BUNDLE is not set");
+  }
+  return folder;
+}
+
 const std::string& only_name(const std::vector<std::string>& names, const char* what) {
   if (names.size() != 1) throw std::runtime_error(std::string("one ") + what + " name is expected");
   return names[0];
@@ -54,14 +75,24 @@ class Session final : public vexa::VexaSession {
   void reserved7() override {}
 
   int32_t open(vexa::VexaOptionsV2 options) override {
+    std::string advice;
     try {
       engine_.reset();
-      open_engine(model_file(options.modelPath), options);
-      return kSuccess;
+      switch (engine_kind()) {
+        case EngineKind::kFixed:
+          engine_ = make_fixed_engine();
+          return kSuccess;
+        case EngineKind::kRecorded:
+          return open_recorded();
+        case EngineKind::kOnnx:
+          advice = " (./dev network makes the models)";
+          open_engine(model_file(options.modelPath), options);
+          return kSuccess;
+      }
     } catch (const std::exception& error) {
-      report(std::string(error.what()) + " (./dev network makes the models)");
+      report(error.what() + advice);
     } catch (...) {
-      report("the model " + options.modelPath + " could not be opened (./dev network makes the models)");
+      report("the model " + options.modelPath + " could not be opened" + advice);
     }
     return kFailure;
   }
@@ -91,6 +122,16 @@ class Session final : public vexa::VexaSession {
       throw std::runtime_error("the model file " + file.string() + " cannot be used: " + error.what());
     }
     engine_ = std::move(engine);
+  }
+
+  int32_t open_recorded() {
+    const std::filesystem::path folder = bundle_folder();
+    RecordedSession recorded = open_recorded_session(folder);
+    if (recorded.open_result == kFailure) {
+      throw std::runtime_error("the model did not open when " + folder.string() + " was recorded");
+    }
+    engine_ = std::move(recorded.engine);
+    return std::max(recorded.open_result, kSuccess);
   }
 
   std::unique_ptr<Engine> engine_;

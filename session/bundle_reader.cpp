@@ -1,0 +1,200 @@
+#include <algorithm>
+#include <cstdlib>
+#include <system_error>
+
+#include "session/file.h"
+#include "session/frame_files.h"
+#include "session/metadata.h"
+#include "session/npy.h"
+
+namespace morvale::session {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr size_t kRecordBytes = sizeof(PersonWholeMeta);
+
+std::string frame_name(size_t index) { return "frame " + std::to_string(index); }
+
+SessionInfo read_session(const fs::path& file) {
+  const std::string text = read_text(file);
+  try {
+    return parse_session(text);
+  } catch (const std::runtime_error& error) {
+    throw BundleError(file.string() + ": " + error.what());
+  }
+}
+
+struct Metadata {
+  std::vector<FrameLine> frames;
+  bool cut = false;  ///< the file ends within a line
+};
+
+Metadata read_metadata(const fs::path& file) {
+  const std::string text = read_text(file);
+  Metadata metadata;
+  size_t begin = 0;
+  for (size_t end; (end = text.find('\n', begin)) != std::string::npos; begin = end + 1) {
+    const size_t index = metadata.frames.size();
+    try {
+      metadata.frames.push_back(parse_frame(static_cast<int>(index), text.substr(begin, end - begin)));
+    } catch (const std::runtime_error& error) {
+      throw BundleError(file.string() + ": " + frame_name(index) + ": " + error.what());
+    }
+  }
+  metadata.cut = begin < text.size();
+  return metadata;
+}
+
+/// Whether a file of frame `first` or a later one lies in `folder`.
+bool holds_frames_from(const fs::path& folder, size_t first) {
+  std::error_code error;
+  for (const fs::directory_entry& entry : fs::directory_iterator(folder, error)) {
+    const std::string name = entry.path().filename().string();
+    char* end = nullptr;
+    const unsigned long long number = std::strtoull(name.c_str(), &end, 10);
+    if (end != name.c_str() && number >= first) return true;
+  }
+  return false;
+}
+
+/// Runs `action`; its BundleError names the file already and gets the frame.
+template <class Action>
+auto about(size_t index, Action action) {
+  try {
+    return action();
+  } catch (const BundleError& error) {
+    throw BundleError(std::string(error.what()) + " (" + frame_name(index) + ")");
+  }
+}
+
+}  // namespace
+
+struct BundleReader::Files {
+  fs::path folder;
+  SessionInfo info;
+  std::vector<FrameLine> frames;
+  std::vector<PersonWholeMeta> records;
+  std::string warning;
+
+  explicit Files(const fs::path& path) : folder(path), info(read_session(folder / kSessionFile)) {
+    Metadata metadata = read_metadata(folder / kMetadataFile);
+    frames = std::move(metadata.frames);
+    const bool extra_record = read_records();
+    for (size_t i = 0; i < frames.size(); ++i) check_frame(i);
+    const size_t next = frames.size();
+    if (metadata.cut || extra_record || holds_frames_from(folder / "frames", next) ||
+        holds_frames_from(folder / "logits", next) || holds_frames_from(folder / "labels", next)) {
+      warning = (folder / kMetadataFile).string() + ": " + frame_name(next) +
+                " was still being written when the recording ended; it is left out";
+    }
+  }
+
+  /// Returns whether the file goes on behind the last frame. A crash leaves at most one record there, since
+  /// each is followed by its line; more mean that lines were lost.
+  bool read_records() {
+    const fs::path file = folder / kRecordsFile;
+    const uintmax_t size = size_of_file(file), count = frames.size();
+    if (size < count * kRecordBytes) {
+      throw BundleError(file.string() + ": " + frame_name(size / kRecordBytes) + ": the file ends here, " +
+                        kMetadataFile + " goes on");
+    }
+    if (size > (count + 1) * kRecordBytes) {
+      throw BundleError((folder / kMetadataFile).string() + ": " + frame_name(count) +
+                        ": the file ends here, " + kRecordsFile + " goes on");
+    }
+    records.resize(count);
+    if (count > 0) read_bytes(file, 0, records.data(), count * kRecordBytes);
+    return size > count * kRecordBytes;
+  }
+
+  void check_frame(size_t index) {
+    FrameLine& line = frames[index];
+    if (!line.pixels.empty()) expect_size(index, line.pixels, pixel_bytes(line.input.record));
+    if (!line.labels.empty()) {
+      const uintmax_t size = sized(index, line.labels);
+      if (!is_label_map(info, size))
+        refuse(index, line.labels, std::to_string(size) + " bytes are no label map");
+    }
+    if (line.logits.empty()) return;
+    if (line.execute_result.value_or(1) != 0)
+      refuse(index, kMetadataFile, "has scores of a run that gave none");
+    const NpyHead head = about(index, [&] { return read_npy_head(folder / line.logits); });
+    if (head.shape != std::vector<int32_t>{info.net_size, info.net_size, kLabels}) {
+      refuse(index, line.logits, "the scores are not those of the session's model");
+    }
+  }
+
+  void expect_size(size_t index, const std::string& name, uint64_t expected) const {
+    const uintmax_t size = sized(index, name);
+    if (size != expected || expected == 0) {
+      refuse(index, name, "holds " + std::to_string(size) + " bytes, not " + std::to_string(expected));
+    }
+  }
+
+  uintmax_t sized(size_t index, const std::string& name) const {
+    return about(index, [&] { return size_of_file(folder / name); });
+  }
+
+  [[noreturn]] void refuse(size_t index, const std::string& name, const std::string& what) const {
+    throw BundleError((folder / name).string() + ": " + frame_name(index) + ": " + what);
+  }
+
+  size_t checked(int index) const {
+    if (index < 0 || static_cast<size_t>(index) >= frames.size()) {
+      throw BundleError(folder.string() + ": there is no frame " + std::to_string(index) + " among " +
+                        std::to_string(frames.size()));
+    }
+    return static_cast<size_t>(index);
+  }
+
+  std::vector<uint8_t> bytes(size_t index, const std::string& name) const {
+    if (name.empty()) return {};
+    return about(index, [&] {
+      std::vector<uint8_t> content(size_of_file(folder / name));
+      read_bytes(folder / name, 0, content.data(), content.size());
+      return content;
+    });
+  }
+};
+
+BundleReader::BundleReader(const fs::path& folder) : files_(std::make_unique<Files>(folder)) {}
+
+BundleReader::~BundleReader() = default;
+
+const SessionInfo& BundleReader::info() const { return files_->info; }
+int BundleReader::frame_count() const { return static_cast<int>(files_->frames.size()); }
+const std::string& BundleReader::warning() const { return files_->warning; }
+const FrameInput& BundleReader::metadata(int index) const {
+  return files_->frames[files_->checked(index)].input;
+}
+bool BundleReader::has_pixels(int index) const {
+  return !files_->frames[files_->checked(index)].pixels.empty();
+}
+std::optional<int32_t> BundleReader::execute_result(int index) const {
+  return files_->frames[files_->checked(index)].execute_result;
+}
+
+FrameInput BundleReader::input(int index) const {
+  const size_t i = files_->checked(index);
+  FrameInput input = files_->frames[i].input;
+  input.nv21 = files_->bytes(i, files_->frames[i].pixels);
+  return input;
+}
+
+FrameOutput BundleReader::output(int index) const {
+  const size_t i = files_->checked(index);
+  const FrameLine& line = files_->frames[i];
+  FrameOutput output;
+  output.process_result = line.process_result;
+  output.execute_result = line.execute_result;
+  output.result = files_->records[i];
+  output.labels = files_->bytes(i, line.labels);
+  output.network_ms = line.network_ms;
+  if (!line.logits.empty()) {
+    output.logits = about(i, [&] { return read_npy(files_->folder / line.logits).values; });
+  }
+  return output;
+}
+
+}  // namespace morvale::session

@@ -1,0 +1,205 @@
+#include "session/metadata.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <nlohmann/json.hpp>
+#include <string_view>
+
+namespace morvale::session {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr const char* kFormat = "morvale-session";
+
+[[noreturn]] void refuse(const std::string& what) { throw std::runtime_error(what); }
+
+/// Text that is not UTF-8 (a folder's name, say) must not stop a recording.
+std::string text_of(const Json& json, int indent) {
+  return json.dump(indent, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+Json parse_object(const std::string& text) {
+  Json json = Json::parse(text, nullptr, false);
+  if (!json.is_object()) refuse("is no JSON object");
+  return json;
+}
+
+const Json& member(const Json& json, const char* key) {
+  const auto found = json.find(key);
+  if (found == json.end()) refuse(std::string("\"") + key + "\" is missing");
+  return *found;
+}
+
+/// The library would turn 1.5 or 2^40 into some int32; a bundle is refused instead.
+int32_t to_int32(const Json& value, const char* key) {
+  using Limits = std::numeric_limits<int32_t>;
+  const bool fits = value.is_number_unsigned()
+                        ? value.get<uint64_t>() <= static_cast<uint64_t>(Limits::max())
+                        : value.is_number_integer() && value.get<int64_t>() >= Limits::min();
+  if (!fits) refuse(std::string("\"") + key + "\" is no 32-bit integer");
+  return value.get<int32_t>();
+}
+
+int32_t int32_at(const Json& json, const char* key) { return to_int32(member(json, key), key); }
+
+std::optional<int32_t> int32_if_any(const Json& json, const char* key) {
+  return json.contains(key) ? std::optional(int32_at(json, key)) : std::nullopt;
+}
+
+bool bool_at(const Json& json, const char* key) {
+  const Json& value = member(json, key);
+  if (!value.is_boolean()) refuse(std::string("\"") + key + "\" is neither true nor false");
+  return value.get<bool>();
+}
+
+/// JSON has no NaN and no infinity: they are strings, which Python's float() takes as they are. A finite
+/// float is written as the double of the same value and so comes back bit for bit.
+Json float_json(float value) {
+  if (std::isnan(value)) return "nan";
+  if (std::isinf(value)) return value > 0 ? "inf" : "-inf";
+  return static_cast<double>(value);
+}
+
+float float_at(const Json& json, const char* key) {
+  const Json& value = member(json, key);
+  if (value == "nan") return std::numeric_limits<float>::quiet_NaN();
+  if (value == "inf") return std::numeric_limits<float>::infinity();
+  if (value == "-inf") return -std::numeric_limits<float>::infinity();
+  if (!value.is_number() || std::abs(value.get<double>()) > std::numeric_limits<float>::max()) {
+    refuse(std::string("\"") + key + "\" is no 32-bit float");
+  }
+  return value.get<float>();
+}
+
+std::string string_at(const Json& json, const char* key) {
+  const Json& value = member(json, key);
+  if (!value.is_string()) refuse(std::string("\"") + key + "\" is no text");
+  return value.get<std::string>();
+}
+
+/// A bundle from elsewhere must not make its reader open files outside it.
+std::string file_at(const Json& json, const char* key, std::string_view folder) {
+  if (!json.contains(key)) return {};
+  const std::string name = string_at(json, key);
+  const bool inside = name.size() > folder.size() && name.starts_with(folder) &&
+                      name.find('/', folder.size()) == std::string::npos &&
+                      name.find('\0') == std::string::npos;
+  if (!inside || name == std::string(folder) + "." || name == std::string(folder) + "..") {
+    refuse(std::string("\"") + key + "\" names no file in " + std::string(folder));
+  }
+  return name;
+}
+
+Json faces_json(const MorvaleData_t& record) {
+  Json faces = Json::array();
+  for (int i = 0; i < std::min(record.faceCount, kMaxFaces); ++i) {
+    const FaceRect& face = record.faces[i];
+    faces.push_back({face.x, face.y, face.w, face.h});
+  }
+  return faces;
+}
+
+void read_faces(const Json& faces, MorvaleData_t& record) {
+  const int count = std::clamp(record.faceCount, 0, kMaxFaces);
+  if (!faces.is_array() || faces.size() != static_cast<size_t>(count)) {
+    refuse("\"faces\" does not hold " + std::to_string(count) + " rectangles");
+  }
+  for (int i = 0; i < count; ++i) {
+    const Json& face = faces[static_cast<size_t>(i)];
+    if (!face.is_array() || face.size() != 4) refuse("\"faces\" holds something that is no [x, y, w, h]");
+    record.faces[i] = {to_int32(face[0], "faces"), to_int32(face[1], "faces"), to_int32(face[2], "faces"),
+                       to_int32(face[3], "faces")};
+  }
+}
+
+}  // namespace
+
+std::string session_text(const SessionInfo& info) {
+  return text_of({{"format", kFormat},
+                  {"version", kBundleVersion},
+                  {"camera_type", info.camera_type},
+                  {"pad_size", info.pad_size},
+                  {"net_size", info.net_size},
+                  {"open_result", info.open_result},
+                  {"made_by", info.made_by}},
+                 2);
+}
+
+SessionInfo parse_session(const std::string& text) {
+  const Json json = parse_object(text);
+  if (string_at(json, "format") != kFormat) refuse("describes no session");
+  const int32_t version = int32_at(json, "version");
+  if (version != kBundleVersion) {
+    refuse("is of version " + std::to_string(version) + "; this program reads version " +
+           std::to_string(kBundleVersion));
+  }
+  SessionInfo info;
+  info.camera_type = int32_at(json, "camera_type");
+  info.pad_size = int32_at(json, "pad_size");
+  info.net_size = int32_at(json, "net_size");
+  info.open_result = int32_at(json, "open_result");
+  info.made_by = string_at(json, "made_by");
+  constexpr int32_t kLargestNetSize = 256;  // what a slot of the label-map rings holds
+  if (info.net_size < 1 || info.net_size > kLargestNetSize || info.pad_size != 4 * info.net_size) {
+    refuse("a model of " + std::to_string(info.pad_size) + " pixels and " + std::to_string(info.net_size) +
+           " cells a side is none of the library's");
+  }
+  return info;
+}
+
+std::string frame_text(int index, const FrameLine& line) {
+  const MorvaleData_t& record = line.input.record;
+  Json json{{"frame", index},
+            {"camera_type", record.cameraType},
+            {"width", record.width},
+            {"height", record.height},
+            {"stride", record.stride},
+            {"gate_level", float_json(record.gateLevel)},
+            {"face_count", record.faceCount},
+            {"faces", faces_json(record)},
+            {"qerm_hint", record.qermHint},
+            {"is_udc", record.isUDC},
+            {"has_planes", line.input.has_planes},
+            {"chroma_follows", line.input.chroma_follows},
+            {"after_process", line.input.after_process},
+            {"process", line.process_result}};
+  if (line.execute_result) json["execute"] = *line.execute_result;
+  if (line.network_ms) json["network_ms"] = *line.network_ms;
+  if (!line.pixels.empty()) json["nv21"] = line.pixels;
+  if (!line.logits.empty()) json["logits"] = line.logits;
+  if (!line.labels.empty()) json["labels"] = line.labels;
+  return text_of(json, -1);
+}
+
+FrameLine parse_frame(int index, const std::string& text) {
+  const Json json = parse_object(text);
+  if (int32_at(json, "frame") != index) refuse("\"frame\" is not " + std::to_string(index));
+  FrameLine line;
+  MorvaleData_t& record = line.input.record;
+  record.cameraType = int32_at(json, "camera_type");
+  record.width = int32_at(json, "width");
+  record.height = int32_at(json, "height");
+  record.stride = int32_at(json, "stride");
+  record.gateLevel = float_at(json, "gate_level");
+  record.faceCount = int32_at(json, "face_count");
+  read_faces(member(json, "faces"), record);
+  record.qermHint = int32_at(json, "qerm_hint");
+  record.isUDC = int32_at(json, "is_udc");
+  line.input.has_planes = bool_at(json, "has_planes");
+  line.input.chroma_follows = bool_at(json, "chroma_follows");
+  line.input.after_process = bool_at(json, "after_process");
+  line.process_result = int32_at(json, "process");
+  line.execute_result = int32_if_any(json, "execute");
+  if (json.contains("network_ms")) {
+    if (!json["network_ms"].is_number()) refuse("\"network_ms\" is no number");
+    line.network_ms = json["network_ms"].get<double>();
+  }
+  line.pixels = file_at(json, "nv21", "frames/");
+  line.logits = file_at(json, "logits", "logits/");
+  line.labels = file_at(json, "labels", "labels/");
+  return line;
+}
+
+}  // namespace morvale::session

@@ -1,0 +1,30 @@
+/// The text of a bundle's session.json and of its lines in metadata.jsonl.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "session/bundle.h"
+
+namespace morvale::session {
+
+/// One line of metadata.jsonl. The file names are relative to the bundle's folder; empty: the frame has no
+/// such file.
+struct FrameLine {
+  FrameInput input;  ///< without pixels
+  int32_t process_result = 0;
+  std::optional<int32_t> execute_result;
+  std::optional<double> network_ms;
+  std::string pixels, logits, labels;
+};
+
+/// Both texts end with a newline; the frame's has no other.
+std::string session_text(const SessionInfo& info);
+std::string frame_text(int index, const FrameLine& line);
+
+/// Throw std::runtime_error with what is wrong, without the file's name.
+SessionInfo parse_session(const std::string& text);
+FrameLine parse_frame(int index, const std::string& text);
+
+}  // namespace morvale::session

@@ -1,0 +1,236 @@
+"""`morvale analyze` from outside: its complaints, its data stream, two photographs through the real network.
+
+Environment: MORVALE_PROGRAM, the program; MORVALE_MODEL_DIR and MORVALE_PHOTO_DIR, the network and the
+photographs. Without those two the tests that need them are skipped, or fail if MORVALE_REQUIRE_NETWORK is 1.
+"""
+import json
+import os
+import pathlib
+import struct
+import subprocess
+import sys
+import tempfile
+import unittest
+import zlib
+
+PROGRAM = os.environ.get("MORVALE_PROGRAM", "build/tools/morvale/morvale")
+MODELS = pathlib.Path(os.environ.get("MORVALE_MODEL_DIR", "~/.cache/morvale/network")).expanduser()
+PHOTOS = pathlib.Path(os.environ.get("MORVALE_PHOTO_DIR", "~/.cache/morvale/photos")).expanduser()
+HOPPER, ASTRONAUT = PHOTOS / "grace_hopper_512x512.jpg", PHOTOS / "astronaut.png"
+
+
+def analyze(*arguments, **environment):
+    return subprocess.run([PROGRAM, "analyze", *map(str, arguments)], capture_output=True, text=True,
+                          env={**os.environ, "VEXA_MODEL_DIR": str(MODELS), **environment}, timeout=120)
+
+
+def grey_png(width, height):
+    """A PNG file of one grey."""
+    def chunk(kind, data):
+        return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
+    rows = (b"\0" + b"\x80" * width) * height
+    return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, 8, 0, 0, 0, 0)) +
+            chunk(b"IDAT", zlib.compress(rows)) + chunk(b"IEND", b""))
+
+
+def overlap(a, b):
+    """Intersection over union of two boxes."""
+    w = min(a["x"] + a["w"], b["x"] + b["w"]) - max(a["x"], b["x"])
+    h = min(a["y"] + a["h"], b["y"] + b["h"]) - max(a["y"], b["y"])
+    shared = max(w, 0) * max(h, 0)
+    return shared / (a["w"] * a["h"] + b["w"] * b["h"] - shared)
+
+
+class InFolder(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+
+    def file(self, name, content=b""):
+        path = self.folder / name
+        path.write_bytes(content if isinstance(content, bytes) else content.encode())
+        return path
+
+
+class Complaints(InFolder):
+    """Every mistake: exit status 2, one sentence, no data, no picture."""
+
+    def assert_refused(self, arguments, *fragments, status=2, **environment):
+        out = self.folder / "out"
+        done = analyze("--out", out, *arguments, **environment)
+        self.assertEqual((done.returncode, done.stdout), (status, ""), (arguments, done.stderr))
+        self.assertRegex(done.stderr, r"\Amorvale: [^\n]+\.\n\Z")
+        for fragment in fragments:
+            self.assertIn(str(fragment), done.stderr)
+        self.assertFalse(out.exists(), f"{arguments}: left {out}")
+
+    def test_flags(self):
+        picture = self.file("grey.png", grey_png(64, 64))
+        self.assert_refused([], "INPUT")
+        for flags, fragment in [(["--sharpen"], "--sharpen"), (["--camera", "side"], "--camera"),
+                                (["--repeat", "0"], "--repeat"), (["--repeat", "many"], "--repeat"),
+                                (["--format", "xml"], "--format"), (["--size", "640"], "640"),
+                                (["--size", "641x480"], "even"), (["--size", "-2x2"], "-2x2"),
+                                (["--size", "99999999999x2"], "--size"), (["--stride", "62"], "stride 62"),
+                                (["--cascade", "/none.xml"], "/none.xml"),
+                                (["--model-dir", "/none"], "./dev network")]:
+            with self.subTest(flags=flags):
+                self.assert_refused([*flags, picture], fragment)
+
+    def test_the_second_input_is_checked_before_the_first_is_analysed(self):
+        good = self.file("grey.png", grey_png(64, 64))
+        self.assert_refused([good, self.folder / "missing.jpg"], "missing.jpg")
+        self.assert_refused([good, self.folder], "not a file")
+        self.assert_refused([good, self.file("note.jpg", "no picture")], "note.jpg")
+        self.assert_refused([good, self.file("grey.jpg", grey_png(64, 64))], "same picture")
+
+    def test_damaged_picture(self):
+        self.assert_refused(["--faces", "none", self.file("cut.png", grey_png(64, 64)[:40])], "decoded")
+
+    def test_raw_frames_state_the_bytes_they_need(self):
+        cut = b"\0" * 95
+        for name, flags, fragments in [
+                ("a_8x4.nv21", [], ["48", "95"]), ("b_8x4_s16.nv21", [], ["8x4", "stride 16", "96", "95"]),
+                ("8x4_s16.nv21", [], ["96"]), ("c_s16.nv21", [], ["unknown", "--size"]),
+                ("take28x4.nv21", [], ["unknown"]), ("d_7x4.nv21", [], ["even"]),
+                ("e_8x4_s6.nv21", [], ["stride 6", "width 8"]), ("f.nv21", ["--size", "8x4"], ["48"]),
+                ("g_8x4_s16.nv21", ["--stride", "32"], ["192"]),
+                ("h_8x4_s16.nv21", ["--size", "16x8"], ["16x8", "stride 16", "192"])]:
+            with self.subTest(name=name, flags=flags):
+                self.assert_refused([*flags, self.file(name, cut)], name, *fragments)
+
+    def test_faces_files_are_read_strictly(self):
+        picture = self.file("grey.png", grey_png(64, 64))
+        face = '{"x": 1, "y": 2, "w": 3, "h": 4}'
+        for text in ["", "[", "7", f"[{face}" + f", {face}" * 5 + "]", '[{"x": 1, "y": 2, "w": 3}]',
+                     '[{"x": 1, "y": 2, "w": 3, "height": 4}]', '[{"x": 1.5, "y": 2, "w": 3, "h": 4}]',
+                     '[{"x": 1, "y": 2, "w": 0, "h": 4}]', '[{"x": 3000000000, "y": 2, "w": 1, "h": 4}]',
+                     f'{{"other.png": [{face}]}}', f'{{"grey.png": {face}}}']:
+            with self.subTest(text=text):
+                self.assert_refused(["--faces", self.file("faces.json", text), picture], "faces.json")
+        self.assert_refused(["--faces", self.folder / "none.json", picture], "none.json")
+
+    def test_without_a_network(self):
+        picture = self.file("grey.png", grey_png(64, 64))
+        self.assert_refused([picture], "./dev network", status=1, VEXA_MODEL_DIR=str(self.folder))
+
+    def test_program(self):
+        def morvale(*arguments):
+            done = subprocess.run([PROGRAM, *arguments], capture_output=True, text=True)
+            return done.returncode, done.stdout, done.stderr
+        self.assertRegex(morvale("--version")[1], r"\Amorvale \d+\.\d+\.\d+\n\Z")
+        self.assertIn("analyze", morvale("--help")[1])
+        self.assertIn("Examples:", morvale("analyze", "--help")[1])
+        for arguments in [(), ("analyse",)]:
+            status, out, err = morvale(*arguments)
+            self.assertEqual((status, out, err.count("\n")), (2, "", 1))
+
+
+class WithNetwork(InFolder):
+    def setUp(self):
+        super().setUp()
+        missing = [str(path) for path in [HOPPER, ASTRONAUT] if not path.exists()]
+        if not any(MODELS.glob("*.onnx")):
+            missing.append(f"{MODELS}/*.onnx")
+        if missing and os.environ.get("MORVALE_REQUIRE_NETWORK") == "1":
+            self.fail(f"missing: {missing}")
+        if missing:
+            print(f"\nNOT TESTED, missing: {', '.join(missing)}", file=sys.stderr)
+            self.skipTest(f"missing: {missing}")
+
+    def frames(self, *arguments):
+        """The parsed lines; anything on standard output that is not JSON fails here."""
+        done = analyze(*arguments)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        return [json.loads(line) for line in done.stdout.splitlines()]
+
+    def test_front_measures_the_one_face(self):
+        for frame in self.frames(HOPPER, ASTRONAUT):
+            with self.subTest(frame["input"]):
+                record = frame["record"]
+                self.assertEqual((record["ver"], frame["measuredFaces"], frame["process"]), (1, 1, 0))
+                self.assertTrue(record["meta"][0]["skinRatio"] > 0)
+                for meta in record["meta"][1:]:
+                    self.assertFalse(any(any(v) if isinstance(v, list) else v for v in meta.values()))
+                self.assertGreaterEqual(overlap(frame["personBoxes"][0], frame["cameraFaces"][0]), 0.4)
+
+    def test_back_finds_the_head(self):
+        for frame in self.frames("--camera", "back", HOPPER, ASTRONAUT):
+            with self.subTest(frame["input"]):
+                face, box, geometry = frame["cameraFaces"][0], frame["personBox"], frame["geometry"]
+                self.assertEqual((frame["record"]["ver"], frame["personCount"]), (5, 1))
+                self.assertEqual(box, frame["personBoxes"][0])
+                self.assertGreaterEqual(overlap(box, face), 0.3)
+                self.assertTrue(10 <= frame["record"]["humanRatio"] <= 80)
+                centres = [((x + 0.5) * geometry["width"] / 19, (y + 0.5) * geometry["height"] / 15)
+                           for y, row in enumerate(frame["grid"])
+                           for x, cell in enumerate(row) if cell == "1"]
+                # A head is the face and as much again of hair on every side.
+                on_head = [abs(x - face["x"] - face["w"] / 2) <= face["w"] and
+                           abs(y - face["y"] - face["h"] / 2) <= face["h"] for x, y in centres]
+                self.assertGreaterEqual(len(centres), 4)
+                self.assertGreaterEqual(sum(on_head), 0.8 * len(centres))
+
+    def test_the_same_command_gives_the_same_bytes(self):
+        for camera in ["front", "back"]:
+            runs = []
+            for run in ["first", "second"]:
+                out = self.folder / camera / run
+                done = analyze("--camera", camera, "--repeat", 3, "--out", out, ASTRONAUT)
+                names = sorted(path.name for path in out.iterdir())
+                runs.append((done.returncode, done.stdout, [(out / name).read_bytes() for name in names]))
+            self.assertEqual(runs[0], runs[1])
+            self.assertEqual(names, [f"astronaut_{camera}_{index:02}.png" for index in range(3)])
+            width, height = struct.unpack(">II", runs[0][2][0][16:24])
+            self.assertTrue(1000 <= width <= 1400 and height >= 600, (width, height))
+            self.assertEqual([json.loads(line)["frameCount"] for line in runs[0][1].splitlines()], [1, 2, 3])
+
+    def test_no_input_leaves_a_trace_in_the_next(self):
+        alone, together = self.frames(HOPPER), self.frames(ASTRONAUT, HOPPER)
+        self.assertEqual(alone, together[1:])
+
+    def test_the_library_keeps_off_standard_output(self):
+        quiet, verbose = analyze(HOPPER), analyze("--verbose", HOPPER)
+        self.assertEqual(quiet.stdout, verbose.stdout)
+        self.assertEqual(quiet.stderr, "")
+        self.assertIn("init Time", verbose.stderr)
+
+    def test_geometry_of_raw_frames(self):
+        sizes = {(192, 108): (256, 144, 36), (108, 192): (144, 256, 64), (64, 48): (256, 192, 48),
+                 (200, 100): (256, 128, 28)}
+        files = [self.file(f"raw_{w}x{h}.nv21", bytes(w * h * 3 // 2)) for w, h in sizes]
+        frames = self.frames("--faces", "none", *files)
+        self.assertEqual([(g["shrunkWidth"], g["shrunkHeight"], g["segFactor"])
+                          for g in (frame["geometry"] for frame in frames)], list(sizes.values()))
+        self.assertEqual([frame["cameraFaces"] for frame in frames], [[]] * 4)
+
+    def test_padded_rows_are_noted(self):
+        done = analyze("--faces", "none", self.file("grey_64x48_s80.nv21", b"\x80" * (80 * 72)))
+        geometry = json.loads(done.stdout)["geometry"]
+        self.assertEqual((geometry["width"], geometry["height"], geometry["stride"]), (64, 48, 80))
+        self.assertIn("sheared", done.stderr)
+
+    def test_cut_off_jpeg_is_not_analysed_as_half_a_picture(self):
+        done = analyze(self.file("cut.jpg", HOPPER.read_bytes()[:30000]))
+        self.assertEqual((done.returncode, done.stdout, done.stderr.count("\n")), (2, "", 1))
+        self.assertIn("cut.jpg", done.stderr)
+
+    def test_a_still_picture_keeps_its_record(self):
+        # Equal maps blend into themselves, so every frame gives the first one's record.
+        for camera in ["front", "back"]:
+            frames = self.frames("--camera", camera, "--repeat", 4, HOPPER)
+            self.assertEqual([frame["record"] for frame in frames], [frames[0]["record"]] * 4)
+
+    def test_odd_photograph_faces_file_and_table(self):
+        picture = self.file("odd.png", grey_png(65, 49))
+        faces = self.file("faces.json", '{"odd.png": [{"x": 4, "y": 6, "w": 20, "h": 30}]}')
+        frame, = self.frames("--faces", faces, picture)
+        self.assertEqual((frame["geometry"]["width"], frame["geometry"]["height"]), (64, 48))
+        self.assertEqual(frame["cameraFaces"], [{"x": 4, "y": 6, "w": 20, "h": 30}])
+        table = analyze("--faces", faces, "--format", "table", picture).stdout.splitlines()
+        self.assertIn("64x48", table[1])
+
+
+if __name__ == "__main__":
+    unittest.main()

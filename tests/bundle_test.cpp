@@ -1,0 +1,304 @@
+/// Session bundles: what is written comes back bit for bit, and what a crash or a careless copy left is
+/// named.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <bit>
+#include <cmath>
+#include <csignal>
+#include <cstring>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <limits>
+
+#include "session/bundle.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace morvale::session;
+
+const SessionInfo kInfo{kFrontCamera, 16, 4, 2, "bundle_test \"quoted\" \xff"};
+constexpr size_t kScores = 4 * 4 * 5;
+
+FrameInput frame_input(int seed) {
+  FrameInput input;
+  MorvaleData_t& record = input.record;
+  record.cameraType = seed % 2 == 0 ? kFrontCamera : std::numeric_limits<int32_t>::min();
+  record.width = 6;
+  record.height = 5;
+  record.stride = seed % 2 == 0 ? 0 : 8;
+  record.gateLevel = std::nextafter(0.1f, 1.0f) * static_cast<float>(seed + 1);
+  record.faceCount = seed % 3;
+  for (int i = 0; i < record.faceCount; ++i)
+    record.faces[i] = {seed, -1, std::numeric_limits<int32_t>::max(), std::numeric_limits<int32_t>::min()};
+  record.qermHint = -seed;
+  record.isUDC = seed;
+  input.chroma_follows = seed % 2 == 0;
+  input.after_process = seed % 2 == 1;
+  input.nv21.assign(static_cast<size_t>(record.stride == 0 ? 6 : 8) * 7, static_cast<uint8_t>(seed));
+  return input;
+}
+
+FrameOutput frame_output(int seed) {
+  FrameOutput output;
+  output.logits.assign(kScores, 0.1f * static_cast<float>(seed));
+  output.logits[1] = std::numeric_limits<float>::quiet_NaN();
+  output.logits[2] = -0.0f;
+  std::memset(&output.result, seed + 1, sizeof output.result);
+  output.labels.assign(4 * 3 * 5, static_cast<uint8_t>(seed));
+  output.network_ms = 1.0 / 3 * seed;
+  return output;
+}
+
+std::vector<uint32_t> bits(const std::vector<float>& values) {
+  std::vector<uint32_t> result;
+  for (const float value : values) result.push_back(std::bit_cast<uint32_t>(value));
+  return result;
+}
+
+void expect_frame(const BundleReader& bundle, int index, const FrameInput& input, const FrameOutput& output) {
+  SCOPED_TRACE("frame " + std::to_string(index));
+  const FrameInput read = bundle.input(index);
+  EXPECT_EQ(std::memcmp(&read.record, &input.record, sizeof read.record), 0);
+  EXPECT_EQ(read.nv21, input.nv21);
+  EXPECT_EQ(read.chroma_follows, input.chroma_follows);
+  EXPECT_EQ(read.has_planes, input.has_planes);
+  EXPECT_EQ(read.after_process, input.after_process);
+  EXPECT_EQ(bundle.metadata(index).record.width, input.record.width);
+  EXPECT_EQ(bundle.has_pixels(index), !input.nv21.empty());
+  const FrameOutput made = bundle.output(index);
+  EXPECT_EQ(made.process_result, output.process_result);
+  EXPECT_EQ(made.execute_result, output.logits.empty() ? output.execute_result : std::optional(0));
+  EXPECT_EQ(bits(made.logits), bits(output.logits));
+  EXPECT_EQ(std::memcmp(&made.result, &output.result, sizeof made.result), 0);
+  EXPECT_EQ(made.labels, output.labels);
+  EXPECT_EQ(made.network_ms, output.network_ms);
+}
+
+class BundleTest : public testing::Test {
+ protected:
+  BundleTest() {
+    std::string pattern = (fs::temp_directory_path() / "bundle_test_XXXXXX").string();
+    folder_ = mkdtemp(pattern.data());
+  }
+  ~BundleTest() override { fs::remove_all(folder_); }
+
+  fs::path three_frames(const std::string& name) {
+    BundleWriter writer(folder_ / name, kInfo);
+    for (int i = 0; i < 3; ++i) writer.add(frame_input(i), frame_output(i));
+    return folder_ / name;
+  }
+
+  /// What the reader says of `bundle`; "" when it takes it without a word.
+  static std::string complaint(const fs::path& bundle) {
+    try {
+      return BundleReader(bundle).warning();
+    } catch (const BundleError& error) {
+      return error.what();
+    }
+  }
+
+  fs::path folder_;
+};
+
+TEST_F(BundleTest, EverythingComesBackBitForBit) {
+  std::vector<FrameInput> inputs;
+  std::vector<FrameOutput> outputs;
+  for (int i = 0; i < 3; ++i) {
+    inputs.push_back(frame_input(i));
+    outputs.push_back(frame_output(i));
+  }
+  for (const float gate : {std::numeric_limits<float>::infinity(), -std::numeric_limits<float>::infinity(),
+                           std::numeric_limits<float>::quiet_NaN(), -0.0f,
+                           std::numeric_limits<float>::denorm_min(), std::numeric_limits<float>::max()}) {
+    inputs.emplace_back().record.gateLevel = gate;
+    inputs.back().has_planes = false;
+    outputs.emplace_back().process_result = -1;
+  }
+  outputs.back().execute_result = 7;
+  inputs[4].record.faceCount = -1;
+
+  {
+    BundleWriter writer(folder_ / "new" / "bundle", kInfo);
+    for (size_t i = 0; i < inputs.size(); ++i) writer.add(inputs[i], outputs[i]);
+  }
+  const BundleReader bundle(folder_ / "new" / "bundle");
+  EXPECT_EQ(bundle.warning(), "");
+  EXPECT_EQ(bundle.info().camera_type, kInfo.camera_type);
+  EXPECT_EQ(bundle.info().pad_size, 16);
+  EXPECT_EQ(bundle.info().net_size, 4);
+  EXPECT_EQ(bundle.info().open_result, 2);
+  EXPECT_EQ(bundle.info().made_by, "bundle_test \"quoted\" \xef\xbf\xbd");  // the replacement character
+  ASSERT_EQ(bundle.frame_count(), static_cast<int>(inputs.size()));
+  for (size_t i = 0; i < inputs.size(); ++i) expect_frame(bundle, static_cast<int>(i), inputs[i], outputs[i]);
+  EXPECT_THROW(bundle.input(-1), BundleError);
+  EXPECT_THROW(bundle.output(bundle.frame_count()), BundleError);
+}
+
+TEST_F(BundleTest, TheWriterRefusesWhatWouldNotReadAndGoesOn) {
+  const fs::path bundle = folder_ / "bundle";
+  {
+    BundleWriter writer(bundle, kInfo);
+    FrameInput input = frame_input(0);
+    input.nv21.pop_back();
+    EXPECT_THROW(writer.add(input, frame_output(0)), BundleError);
+    FrameOutput output = frame_output(0);
+    output.logits.resize(kScores + 5);
+    EXPECT_THROW(writer.add(frame_input(0), output), BundleError);
+    writer.add(frame_input(0), frame_output(0));
+  }
+  EXPECT_EQ(complaint(bundle), "");
+  expect_frame(BundleReader(bundle), 0, frame_input(0), frame_output(0));
+  EXPECT_THROW(BundleWriter(bundle, kInfo), BundleError) << "a bundle must not be written over";
+}
+
+/// Each file of a bundle cut at every length that could matter: the text names the file and the frame.
+TEST_F(BundleTest, EachTruncatedFileIsNamedWithItsFrame) {
+  struct Cut {
+    const char* file;
+    uintmax_t size;
+    std::vector<std::string> says;
+  };
+  const uintmax_t line = [&] {
+    std::ifstream file(three_frames("measured") / "metadata.jsonl");
+    std::string first;
+    std::getline(file, first);
+    return first.size() + 1;
+  }();
+  const Cut cuts[] = {
+      {"session.json", 20, {"session.json", "no JSON"}},
+      {"session.json", 0, {"session.json", "no JSON"}},
+      {"records.bin", 2 * 288, {"records.bin: frame 2"}},
+      {"records.bin", 288 + 287, {"records.bin: frame 1"}},
+      {"records.bin", 0, {"records.bin: frame 0"}},
+      {"metadata.jsonl", 0, {"metadata.jsonl: frame 0"}},
+      {"metadata.jsonl", line, {"metadata.jsonl: frame 1"}},
+      {"metadata.jsonl", line + 5, {"metadata.jsonl: frame 1"}},
+      {"frames/000001_6x5_s8.nv21", 55, {"frames/000001_6x5_s8.nv21: frame 1", "55 bytes, not 56"}},
+      {"logits/000002.npy",
+       128 + kScores * 4 - 1,
+       {"logits/000002.npy", "79 values, not (4, 4, 5)", "frame 2"}},
+      {"logits/000002.npy", 100, {"logits/000002.npy", "within the head", "frame 2"}},
+      {"logits/000002.npy", 0, {"logits/000002.npy", "within the head", "frame 2"}},
+      {"labels/000000_4x3x5.bin", 59, {"labels/000000_4x3x5.bin: frame 0", "59 bytes"}},
+  };
+  int number = 0;
+  for (const Cut& cut : cuts) {
+    const fs::path bundle = three_frames("cut" + std::to_string(number++));
+    fs::resize_file(bundle / cut.file, cut.size);
+    for (const std::string& part : cut.says) {
+      EXPECT_NE(complaint(bundle).find(part), std::string::npos) << part << " in: " << complaint(bundle);
+    }
+    fs::remove(bundle / cut.file);
+    EXPECT_NE(complaint(bundle).find(cut.file), std::string::npos) << complaint(bundle);
+  }
+}
+
+/// The states that a crash within add() leaves, in the order in which the files are written.
+TEST_F(BundleTest, AHalfWrittenLastFrameIsLeftOutAndToldOf) {
+  const std::string told = "frame 2 was still being written";
+  const auto lose_line = [](const fs::path& bundle, uintmax_t keep) {
+    const fs::path file = bundle / "metadata.jsonl";
+    std::ifstream stream(file);
+    std::string a, b;
+    std::getline(stream, a);
+    std::getline(stream, b);
+    fs::resize_file(file, a.size() + b.size() + 2 + keep);
+  };
+  const std::vector<std::function<void(const fs::path&)>> crashes{
+      [&](const fs::path& b) { lose_line(b, 30); },
+      [&](const fs::path& b) { lose_line(b, 0); },
+      [&](const fs::path& b) { lose_line(b, 0), fs::resize_file(b / "records.bin", 2 * 288 + 100); },
+      [&](const fs::path& b) { lose_line(b, 0), fs::resize_file(b / "records.bin", 2 * 288); },
+  };
+  for (size_t i = 0; i < crashes.size(); ++i) {
+    const fs::path path = three_frames("crash" + std::to_string(i));
+    crashes[i](path);
+    const BundleReader bundle(path);
+    EXPECT_NE(bundle.warning().find(told), std::string::npos) << bundle.warning();
+    ASSERT_EQ(bundle.frame_count(), 2);
+    expect_frame(bundle, 1, frame_input(1), frame_output(1));
+  }
+}
+
+TEST_F(BundleTest, LinesFromElsewhereAreRefusedByFrame) {
+  const std::pair<const char*, const char*> edits[] = {
+      {"\"width\":6", "\"width\":6.5"},
+      {"\"width\":6", "\"width\":4294967302"},
+      {"\"width\":6", "\"width\":null"},
+      {"\"width\":6,", ""},
+      {"\"height\":5", "\"height\":2147483647"},
+      {"\"face_count\":1", "\"face_count\":3"},
+      {"\"frame\":1", "\"frame\":2"},
+      {"logits/000001.npy", "logits/../../../secret"},
+      {"logits/000001.npy", "/etc/passwd"},
+      {"\"execute\":0", "\"execute\":1"},
+      {"{\"frame\":1", "[{\"frame\":1"},
+  };
+  int number = 0;
+  for (const auto& [from, to] : edits) {
+    const fs::path bundle = three_frames("edit" + std::to_string(number++));
+    std::ifstream stream(bundle / "metadata.jsonl");
+    std::string text(std::istreambuf_iterator<char>(stream), {});
+    const size_t at = text.find(from, text.find('\n'));
+    ASSERT_NE(at, std::string::npos) << from;
+    std::ofstream(bundle / "metadata.jsonl") << text.replace(at, std::strlen(from), to);
+    EXPECT_NE(complaint(bundle).find("frame 1"), std::string::npos) << to << ": " << complaint(bundle);
+  }
+}
+
+/// Kills a writer that has just reported its frame number `frames`: that frame and all before it are there.
+TEST_F(BundleTest, AKilledWriterLosesAtMostTheFrameInHand) {
+  for (const int frames : {1, 5, 40}) {
+    const fs::path path = folder_ / std::to_string(frames);
+    int pipe_ends[2];
+    ASSERT_EQ(pipe(pipe_ends), 0);
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+      BundleWriter writer(path, kInfo);
+      for (int i = 0;; ++i) {
+        writer.add(frame_input(i), frame_output(i));
+        if (write(pipe_ends[1], "x", 1) != 1) _exit(1);
+      }
+    }
+    char byte;
+    for (int i = 0; i < frames; ++i) ASSERT_EQ(read(pipe_ends[0], &byte, 1), 1);
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    close(pipe_ends[1]);
+    int reported = frames;
+    while (read(pipe_ends[0], &byte, 1) == 1) ++reported;
+    close(pipe_ends[0]);
+
+    const BundleReader bundle(path);
+    EXPECT_GE(bundle.frame_count(), reported);
+    EXPECT_LE(bundle.frame_count(), reported + 1);
+    for (int i = 0; i < bundle.frame_count(); ++i) expect_frame(bundle, i, frame_input(i), frame_output(i));
+  }
+}
+
+TEST_F(BundleTest, NpyHeadsOfOtherWriters) {
+  const auto with_head = [&](std::string head) {
+    const fs::path file = folder_ / "array.npy";
+    std::string text{"\x93NUMPY\x01\x00", 8};
+    text += {static_cast<char>(head.size()), '\0'};
+    std::ofstream(file, std::ios::binary) << text + head << std::string("\0\0\x80\x3f\0\0\0\x40", 8);
+    return file;
+  };
+  const NpyArray array = read_npy(with_head("{'shape':(2,),'fortran_order':False,'descr':'<f4'}\n"));
+  EXPECT_EQ(array.shape, std::vector<int32_t>{2});
+  EXPECT_EQ(array.values, (std::vector<float>{1, 2}));
+  for (const char* head : {"{'descr': '<f8', 'fortran_order': False, 'shape': (1,), }\n",
+                           "{'descr': '<f4', 'fortran_order': True, 'shape': (1, 2), }\n",
+                           "{'descr': '<f4', 'fortran_order': False, 'shape': (2147483647, 2147483647), }\n",
+                           "{'descr': '<f4', 'fortran_order': False, 'shape': (-2,), }\n",
+                           "{'descr': '<f4', 'fortran_order': False, 'shape': (2,", "{}"}) {
+    EXPECT_THROW(read_npy(with_head(head)), BundleError) << head;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <vector>
+
+namespace tool {
+
+/// Writes a file under a temporary name beside it and renames it, so that nobody ever sees half of it. Throws
+/// RunError, and leaves nothing behind, when that fails.
+void write_file(const std::filesystem::path& path, const std::vector<uint8_t>& bytes);
+
+}  // namespace tool

@@ -1,0 +1,29 @@
+/// What the subcommands of `morvale` share: how they are called and how they fail.
+#pragma once
+
+#include <stdexcept>
+
+namespace tool {
+
+constexpr int kExitDone = 0;
+constexpr int kExitFailed = 1;  ///< the work failed: a model that does not open, a failed frame, a full disk
+constexpr int kExitUsage = 2;   ///< what the caller gave cannot be used: flags, files, sizes
+
+/// Ends the command with kExitUsage. The text is one sentence that says what is wrong and what to do.
+struct UsageError : std::runtime_error {
+  using runtime_error::runtime_error;
+};
+
+/// Ends the command with kExitFailed.
+struct RunError : std::runtime_error {
+  using runtime_error::runtime_error;
+};
+
+/// The subcommands. argv[0] is the subcommand's name; the result is the exit status. They may throw.
+int analyze_main(int argc, char** argv);
+int convert_main(int argc, char** argv);
+int compare_main(int argc, char** argv);
+int bench_main(int argc, char** argv);
+int doctor_main(int argc, char** argv);
+
+}  // namespace tool

@@ -1,0 +1,60 @@
+/// The program `morvale`: finds the subcommand and runs it.
+#include <cstdio>
+#include <exception>
+#include <string_view>
+
+#include "command.h"
+
+namespace {
+
+struct Command {
+  std::string_view name;
+  const char* summary;
+  int (*run)(int argc, char** argv);
+};
+
+constexpr Command kCommands[] = {
+    {"analyze", "analyse photographs or raw camera frames and print the result records", tool::analyze_main},
+    {"convert", "run one image kernel, by its name, over a raw file or a photograph", tool::convert_main},
+    {"compare", "measure how far two pictures are apart: PSNR, SSIM, largest difference", tool::compare_main},
+    {"bench", "time the library's stages over many frames, without the network", tool::bench_main},
+    {"doctor", "print what a bug report needs, and check that the library works here", tool::doctor_main},
+};
+
+void print_help() {
+  std::puts("morvale: Morvale Capture on the command line\n\nUsage: morvale COMMAND [OPTIONS]\n\nCommands:");
+  for (const Command& command : kCommands) std::printf("  %-10s %s\n", command.name.data(), command.summary);
+  std::puts(
+      "\nmorvale COMMAND --help explains a command with examples; morvale --version prints the version.\n"
+      "Exit status: 0 done, 1 failed (compare: different), 2 the command line or a file cannot be used.");
+}
+
+int usage_error(const char* sentence) {
+  std::fprintf(stderr, "morvale: %s\n", sentence);
+  return tool::kExitUsage;
+}
+
+int run(const Command& command, int argc, char** argv) {
+  try {
+    return command.run(argc, argv);
+  } catch (const tool::UsageError& error) {
+    return usage_error(error.what());
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "morvale: %s\n", error.what());
+    return tool::kExitFailed;
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 2) return usage_error("a command is missing; morvale --help lists them.");
+  const std::string_view name = argv[1];
+  if (name == "--help" || name == "-h" || name == "help") return print_help(), tool::kExitDone;
+  if (name == "--version") return std::puts("morvale " MORVALE_VERSION), tool::kExitDone;
+  for (const Command& command : kCommands) {
+    if (command.name == name) return run(command, argc - 1, argv + 1);
+  }
+  std::fprintf(stderr, "morvale: there is no command '%s'; morvale --help lists them.\n", argv[1]);
+  return tool::kExitUsage;
+}
