@@ -1,0 +1,53 @@
+# What `cmake --install` lays down, in three components: `capture` (the library, its headers, CMake package and
+# pkg-config file), `standins` (a workstation's log, properties and neural runtime, and the recording shim) and
+# `tools` (the program).
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/morvale)
+set(public_headers
+  core/export.h core/globals.h core/morvale_core.h core/records.h core/segmentation.h core/vexa_runtime.h
+  analysis/hsv.h analysis/regions.h
+  imgproc/color_convert.h imgproc/grid_blur.h imgproc/resize_nv21.h imgproc/resize_plane.h imgproc/rotate.h
+  morvale.h checked.h)
+
+# target, name behind morvale::, component
+function(morvale_install target name component)
+  set_target_properties(${target} PROPERTIES EXPORT_NAME ${name} INSTALL_RPATH "$ORIGIN")
+  install(TARGETS ${target} EXPORT morvale_${component}
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${component} NAMELINK_COMPONENT ${component})
+endfunction()
+
+morvale_install(morvale_capture capture capture)
+target_include_directories(morvale_capture INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+foreach(header IN LISTS public_headers)
+  cmake_path(GET header PARENT_PATH folder)
+  install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/morvale/${folder} COMPONENT capture)
+endforeach()
+
+morvale_install(morvale_host host standins)
+install(TARGETS vexa_record LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT standins)
+if(MORVALE_TOOLS)
+  morvale_install(vexa_vndk vexa_vndk standins)
+  set_target_properties(morvale PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+  install(TARGETS morvale RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+endif()
+
+foreach(component IN ITEMS capture standins)
+  install(EXPORT morvale_${component} NAMESPACE morvale:: DESTINATION ${package_dir}
+    FILE morvale_${component}.cmake COMPONENT ${component})
+endforeach()
+configure_package_config_file(cmake/morvaleConfig.cmake.in morvaleConfig.cmake INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(morvaleConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/morvaleConfig.cmake ${PROJECT_BINARY_DIR}/morvaleConfigVersion.cmake
+  DESTINATION ${package_dir} COMPONENT capture)
+
+set(standin_libs "-lmorvale_host")
+if(MORVALE_TOOLS)
+  string(APPEND standin_libs " -lvexa_vndk")
+endif()
+configure_file(cmake/morvale.pc.in morvale.pc @ONLY)
+configure_file(cmake/morvale-standins.pc.in morvale-standins.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/morvale.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT capture)
+install(FILES ${PROJECT_BINARY_DIR}/morvale-standins.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+  COMPONENT standins)
