@@ -23,6 +23,8 @@ struct RunError : std::runtime_error {
 int analyze_main(int argc, char** argv);
 int convert_main(int argc, char** argv);
 int compare_main(int argc, char** argv);
+int scene_main(int argc, char** argv);
+int score_main(int argc, char** argv);
 int bench_main(int argc, char** argv);
 int doctor_main(int argc, char** argv);
 

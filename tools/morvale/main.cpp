@@ -17,6 +17,8 @@ constexpr Command kCommands[] = {
     {"analyze", "analyse photographs or raw camera frames and print the result records", tool::analyze_main},
     {"convert", "run one image kernel, by its name, over a raw file or a photograph", tool::convert_main},
     {"compare", "measure how far two pictures are apart: PSNR, SSIM, largest difference", tool::compare_main},
+    {"scene", "make a scene up, as a session bundle with the truth beside it", tool::scene_main},
+    {"score", "compare what the library finds in made-up scenes with the truth", tool::score_main},
     {"bench", "time the library's stages over many frames, without the network", tool::bench_main},
     {"doctor", "print what a bug report needs, and check that the library works here", tool::doctor_main},
 };
