@@ -26,9 +26,9 @@ foreach(header IN LISTS public_headers)
 endforeach()
 
 morvale_install(morvale_host host standins)
+morvale_install(vexa_vndk vexa_vndk standins)
 install(TARGETS vexa_record LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT standins)
 if(MORVALE_TOOLS)
-  morvale_install(vexa_vndk vexa_vndk standins)
   set_target_properties(morvale PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
   install(TARGETS morvale RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 endif()
@@ -42,10 +42,6 @@ write_basic_package_version_file(morvaleConfigVersion.cmake COMPATIBILITY SameMa
 install(FILES ${PROJECT_BINARY_DIR}/morvaleConfig.cmake ${PROJECT_BINARY_DIR}/morvaleConfigVersion.cmake
   DESTINATION ${package_dir} COMPONENT capture)
 
-set(standin_libs "-lmorvale_host")
-if(MORVALE_TOOLS)
-  string(APPEND standin_libs " -lvexa_vndk")
-endif()
 configure_file(cmake/morvale.pc.in morvale.pc @ONLY)
 configure_file(cmake/morvale-standins.pc.in morvale-standins.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/morvale.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT capture)
