@@ -35,7 +35,7 @@ class ScoreMap {
   std::vector<float> network_scores(int net_size) const;
 
  private:
-  int width_, height_;
+  int width_;
   Bytes bytes_;
 };
 
