@@ -16,7 +16,11 @@
 namespace bench {
 namespace {
 
-std::string best_set() { return std::string(morvale::runnable_kernels().back()->name); }
+/// The set that the library chose for this processor, or the one that MORVALE_KERNELS asked for.
+std::string best_set() {
+  static const std::string name(morvale::kernels().name);
+  return name;
+}
 
 void add(const std::string& name, const Way& way, const std::string& kernel_set,
          const GrowthPoint* point = nullptr) {

@@ -55,8 +55,7 @@ Bytes nv21_picture(int width, int height, uint32_t seed) {
   return bytes;
 }
 
-ScoreMap::ScoreMap(int width, int height)
-    : width_(width), bytes_(bytes_of(width, height, kScores) + 1) {
+ScoreMap::ScoreMap(int width, int height) : width_(width), bytes_(bytes_of(width, height, kScores) + 1) {
   Noise noise(7);
   for (size_t i = 0; i + 1 < bytes_.size(); ++i) {
     bytes_[i] = static_cast<uint8_t>((i % kScores == 0 ? 200 : 20) + noise.below(40));

@@ -79,9 +79,37 @@ inline ColorTerms decode_chroma(const uint8_t* chroma) {
           split(scaled_product<kRounding>(kVFirst ? second : first, 28384))};
 }
 
-/// Stores a0 b0 c0 a1 b1 c1 ...: 3 * kBytes bytes. Around the caches p must be aligned.
-template <bool kAroundCaches>
-inline void store_pixels(uint8_t* p, Bytes a, Bytes b, Bytes c) {
+/// Bytes a0 b0 c0 a1 b1 c1 ... of 32 pixels, in three registers.
+struct Pixels {
+  __m256i part[3];
+};
+
+#if defined(__AVX512VBMI__)
+
+/// Where output byte first + i comes from: a holds 0 .. 31, b 32 .. 63, c 64 .. 95.
+struct alignas(64) WideIndex {
+  uint8_t of[64];
+};
+constexpr WideIndex interleaved(int first) {
+  WideIndex index{};
+  for (int i = 0; i < 64; ++i) {
+    index.of[i] = static_cast<uint8_t>(((first + i) % 3 * 32 + (first + i) / 3) % 128);
+  }
+  return index;
+}
+
+inline Pixels interleave(Bytes a, Bytes b, Bytes c) {
+  static constexpr WideIndex kFirst = interleaved(0), kRest = interleaved(64);
+  const __m512i ab = _mm512_inserti64x4(_mm512_castsi256_si512(a), b, 1);
+  const __m512i only_c = _mm512_castsi256_si512(c);
+  const __m512i first = _mm512_permutex2var_epi8(ab, _mm512_load_si512(kFirst.of), only_c);
+  const __m512i rest = _mm512_permutex2var_epi8(ab, _mm512_load_si512(kRest.of), only_c);
+  return {{_mm512_castsi512_si256(first), _mm512_extracti64x4_epi64(first, 1), _mm512_castsi512_si256(rest)}};
+}
+
+#else
+
+inline Pixels interleave(Bytes a, Bytes b, Bytes c) {
   // Of each half's 16 pixels every byte goes to its place modulo 16; no two places of a channel meet.
   static constexpr Index kA = both_halves({0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9, 4, 15, 10, 5});
   static constexpr Index kB = both_halves({5, 0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9, 4, 15, 10});
@@ -97,14 +125,22 @@ inline void store_pixels(uint8_t* p, Bytes a, Bytes b, Bytes c) {
     return _mm256_blendv_epi8(_mm256_blendv_epi8(x, y, second), z, third);
   };
   const __m256i p0 = pick(a, b, c), p1 = pick(b, c, a), p2 = pick(c, a, b);
-  const __m256i out[3] = {_mm256_permute2x128_si256(p0, p1, 0x20), _mm256_blend_epi32(p2, p0, 0xF0),
-                          _mm256_permute2x128_si256(p1, p2, 0x31)};
+  return {{_mm256_permute2x128_si256(p0, p1, 0x20), _mm256_blend_epi32(p2, p0, 0xF0),
+           _mm256_permute2x128_si256(p1, p2, 0x31)}};
+}
+
+#endif
+
+/// Stores a0 b0 c0 a1 b1 c1 ...: 3 * kBytes bytes. Around the caches p must be aligned.
+template <bool kAroundCaches>
+inline void store_pixels(uint8_t* p, Bytes a, Bytes b, Bytes c) {
+  const Pixels pixels = interleave(a, b, c);
   for (int i = 0; i < 3; ++i) {
     __m256i* const at = reinterpret_cast<__m256i*>(p + 32 * i);
     if constexpr (kAroundCaches) {
-      _mm256_stream_si256(at, out[i]);
+      _mm256_stream_si256(at, pixels.part[i]);
     } else {
-      _mm256_storeu_si256(at, out[i]);
+      _mm256_storeu_si256(at, pixels.part[i]);
     }
   }
 }

@@ -14,6 +14,9 @@ extern const KernelSet kPortableKernels;
 namespace avx2 {
 extern const KernelSet kKernels;
 }
+namespace avx512 {
+extern const KernelSet kKernels;
+}
 #elif defined(__aarch64__)
 namespace neon {
 extern const KernelSet kKernels;
@@ -26,6 +29,7 @@ constexpr const KernelSet* kBuilt[] = {
     &kPortableKernels,
 #if defined(__x86_64__)
     &avx2::kKernels,
+    &avx512::kKernels,
 #elif defined(__aarch64__)
     &neon::kKernels,
 #endif

@@ -8,6 +8,9 @@
   }                                           \
   namespace avx2 {                            \
   declaration;                                \
+  }                                           \
+  namespace avx512 {                          \
+  declaration;                                \
   }
 #elif defined(__aarch64__)
 #define MORVALE_FOR_EACH_VARIANT(declaration) \
