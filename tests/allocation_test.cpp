@@ -63,16 +63,18 @@ TEST(Allocation, ProcessAllocatesOnlyTheCopyOfTheInputShape) {
 
 }  // namespace
 
-void* operator new(std::size_t size) {
+// Not inlined: GCC would see malloc behind new and free behind delete, and take the pair for a mistake.
+#define MORVALE_REPLACED __attribute__((noinline))
+MORVALE_REPLACED void* operator new(std::size_t size) {
   allocations += counting;
   if (void* memory = std::malloc(size)) return memory;
   throw std::bad_alloc();
 }
-void* operator new[](std::size_t size) { return operator new(size); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+MORVALE_REPLACED void* operator new[](std::size_t size) { return operator new(size); }
+MORVALE_REPLACED void operator delete(void* memory) noexcept { std::free(memory); }
+MORVALE_REPLACED void operator delete[](void* memory) noexcept { std::free(memory); }
+MORVALE_REPLACED void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+MORVALE_REPLACED void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
 
 extern "C" {
 vexa::VexaSession* CreateVexaSession() {
