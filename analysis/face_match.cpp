@@ -51,10 +51,11 @@ FaceList matched_faces(const FaceRect& box, const FaceList& faces, const Morvale
 }
 
 /// The camera's face, cut at the frame. The bottom edge is limited by the frame's width, not its height; kept
-/// on purpose, callers' tuning is built on it.
+/// on purpose.
 Edges clipped(const Edges& face, int32_t frame_width) {
-  return {std::max<int64_t>(face.left, 0), std::max<int64_t>(face.top, 0),
-          std::min<int64_t>(face.right, frame_width - 1), std::min<int64_t>(face.bottom, frame_width - 1)};
+  const int64_t last = int64_t{frame_width} - 1;
+  return {std::max<int64_t>(face.left, 0), std::max<int64_t>(face.top, 0), std::min(face.right, last),
+          std::min(face.bottom, last)};
 }
 
 /// Grows one direction of a face toward a larger box, on both sides by the gap at the far side, at most by a

@@ -15,8 +15,7 @@ namespace {
 /// Debug view: copies a plane into the top-left corner of the caller's luma plane, up to the plane's end. A
 /// stride of 0 lets every row land on row 0.
 void paint(const uint8_t* plane, int width, int height, const MorvaleData_t& record) {
-  if (record.yPlane == nullptr || record.stride < 0) return;
-  const int64_t plane_bytes = int64_t{row_bytes(record)} * record.height;
+  const int64_t plane_bytes = luma_plane_bytes(record);
   for (int r = 0; r < height; ++r) {
     const int64_t offset = int64_t{r} * record.stride;
     const int64_t bytes = std::min<int64_t>(width, plane_bytes - offset);

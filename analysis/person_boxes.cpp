@@ -49,7 +49,7 @@ void draw_outline(const MorvaleData_t* data, Outline box, uint8_t value) {
   if (data == nullptr) return;
   const MorvaleData_t& record = *data;
   const int stride = row_bytes(record);
-  if (record.yPlane == nullptr || record.height < 1 || stride < 1) return;
+  if (luma_plane_bytes(record) == 0) return;
   const int left = std::min(box.left, stride - 1), right = std::min(box.right, stride - 1);
   const int top = std::min(box.top, record.height - 1), bottom = std::min(box.bottom, record.height - 1);
   for (int y = std::max(top, 0); y < bottom; ++y) {

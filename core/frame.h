@@ -23,4 +23,8 @@ inline int32_t row_bytes(const MorvaleData_t& record) {
   return record.stride == 0 ? record.width : record.stride;
 }
 
+/// Bytes of the record's luma plane that debug drawings may touch; 0 when there is no plane or it is none
+/// that a frame could have.
+int64_t luma_plane_bytes(const MorvaleData_t& record);
+
 }  // namespace morvale

@@ -129,6 +129,10 @@ int MorvaleCore::Morvale_core_setModel(int cameraType) {
   const Model& model = cameraType == kFrontCamera ? kFrontModel : kBackModel;
   MORVALE_DEBUG("[Morvale] cameraType  %d in %s", cameraType, model.side);
   const vexa::VexaOptionsV2 options = open_options(model);
+  // Until the new model is open no frame may run, and no analysis on a map of the former model's size: also
+  // when one of the allocations below fails.
+  status = -1;
+  segFactor = 0;
   PADSIZE = model.pad_size;
   NETSIZE = model.net_size;
   const int32_t pixels = PADSIZE * PADSIZE, cells = NETSIZE * NETSIZE;
@@ -139,8 +143,6 @@ int MorvaleCore::Morvale_core_setModel(int cameraType) {
   replace_buffer(labelMapA, cells);
   replace_buffer(labelMapB, cells);
   replace_buffer(labelMapWide, cells);
-  segFactor = 0;  // no analysis may run on a map of the former model's size
-
   if (cameraType == kFrontCamera) rehearse_front(*this);
 
   input.shape = {1, PADSIZE, PADSIZE, 3};

@@ -14,7 +14,7 @@
 
 class MORVALE_API MorvaleCore {
  public:
-  /// Clears firstWord, inputData, frameCount and the buffer pointers; the rest is set by Morvale_core_init.
+  /// Clears everything and sets status to -1. Morvale_core_init must follow.
   MorvaleCore();
   /// Frees the work buffers. Does not close the runtime session: Morvale_core_deinit does.
   ~MorvaleCore();

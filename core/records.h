@@ -28,7 +28,7 @@ struct MorvaleData_t {
   int32_t unread1[2];         ///<  24  the caller's own
   float gateLevel;            ///<  32  above 25.0 the frame is not analysed and the result is cleared
   int32_t unread2;            ///<  36  alignment of the pointer
-  uint8_t* yPlane;            ///<  40  luma plane; written only by debug drawings
+  uint8_t* yPlane;            ///<  40  luma plane; written by debug views and box drawings only
   uint8_t* uvPlane;           ///<  48  chroma plane, V first; equal to yPlane: it follows the luma plane
   int32_t unread3[4];         ///<  56  the caller's own
   int32_t faceCount;          ///<  72  valid entries of faces, 0..5; further ones are ignored
@@ -54,7 +54,8 @@ struct PersonMeta {
   int32_t hsv[3];           ///< 24  per H, S, V: trimmed mean; H of 0 or less is written with 360 added
   int32_t skinRatio;        ///< 36  visited face rectangle per thousand of the enlarged label map
   int32_t box[4];           ///< 40  back camera, element 0: x, w, y, h (this order), frame pixels;
-                            ///<     back camera, elements 1..4: words of the packed occupancy grid;
+                            ///<     back camera, elements 1..4: words of the packed occupancy grid, but the
+                            ///     last of element 3 (offset 228) is the resource hint;
                             ///<     front camera: [0..2] per H, S, V: distance from the mean to the high band
 };
 static_assert(sizeof(PersonMeta) == 56 && offsetof(PersonMeta, faceYavg) == 8);
@@ -64,8 +65,9 @@ static_assert(offsetof(PersonMeta, skinRatio) == 36 && offsetof(PersonMeta, box)
 /// The result of a frame, 288 bytes. A word that the current camera's analysis does not write keeps the value
 /// it last had; the whole record is zero after Morvale_core_init and after a gated frame.
 struct PersonWholeMeta {
-  int32_t ver;                 ///<   0  front: faces measured; back: 5 once a person candidate was seen
-  int32_t humanRatio;          ///<   4  share of the label map classed as person, per cent
+  int32_t ver;         ///<   0  front: faces measured, or the camera's faces (0..5) where the map has none;
+                       ///      back: 5 once a person candidate was seen
+  int32_t humanRatio;  ///<   4  share of the label map classed as person, per cent
   PersonMeta meta[kMaxFaces];  ///<   8, 64, 120, 176, 232
 };
 static_assert(sizeof(PersonWholeMeta) == 288 && std::is_trivially_copyable_v<PersonWholeMeta>);

@@ -33,7 +33,7 @@ class SourceRows {
       : plane_(plane),
         last_row_(plane.end == nullptr
                       ? kFar
-                      : std::max<ptrdiff_t>((plane.end - plane.data) / plane.stride - 1, 0)) {}
+                      : std::max<ptrdiff_t>((plane.end - plane.data - kChannels) / plane.stride, 0)) {}
 
   SourceRow operator[](int index) const {
     const uint8_t* start = plane_.data + std::min<ptrdiff_t>(index, last_row_) * plane_.stride;

@@ -121,7 +121,7 @@ void rotate_y(const uint8_t* src, uint8_t* dst, int width, int height, int mode)
 void rotate_y_opt(const uint8_t* src, uint8_t* dst, int width, int height, int mode) {
   const Size size{width, height};
   const Turn turn = plane_turn(mode, Turn::kHalf);
-  // Callers' test benches look for this line, spelt like this.
+  // The line is part of the interface, spelt like this.
   if (turn == Turn::kHalf)
     std::puts("roatetasdf asd 180.....................................................");
   if (!empty(size)) turn_plane(src, dst, size, turn);

@@ -307,7 +307,7 @@ void bilinear(const BilinearRows& rows, int position, uint8_t* dst, int width) {
   const int columns = width / kChannels;  // a sample that does not fit is left to the portable loop
   int done = 0;
   if (columns >= kLanes / kChannels) {
-    const int last = positions.right((width - 1) / kChannels), span = last - positions.left(0) + 1;
+    const int last = positions.right(columns - 1), span = last - positions.left(0) + 1;
     const int inside = lesser(rows.top.last, rows.below.last), limit = lesser(last, inside);
     if (rows.fy == 0 && ((position | rows.step) & 255) == 0 && last <= inside) {
       sample_row<kChannels>(rows.top.data + ptrdiff_t{kChannels} * positions.left(0),

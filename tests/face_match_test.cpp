@@ -72,6 +72,15 @@ class FaceMatch : public CoreFixture {
   std::vector<uint8_t> scores_, luma_, mask_, rgb_;
 };
 
+TEST_F(FaceMatch, AFrameWidthAtTheEndOfItsTypeClipsTheFaceAway) {
+  record_.width = INT_MIN;
+  boxes({{180, 180, 67, 67}});
+  faces({{164, 164, 99, 99}});
+  match();
+  EXPECT_EQ(core_.result.ver, 1);
+  EXPECT_EQ(visited(0), kNothing);
+}
+
 TEST_F(FaceMatch, WithoutBoxesEveryCameraFaceIsTaken) {
   std::memset(static_cast<void*>(&core_.result), 0x11, sizeof core_.result);
   match();

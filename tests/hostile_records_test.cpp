@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "fakes/core_fixture.h"
+#include "fakes/guarded_bytes.h"
 
 namespace {
 
@@ -161,6 +162,42 @@ TEST_F(HostileRecords, ScoresThatAreNoNumbersBecomeZero) {
     EXPECT_EQ(std::count(ring, ring + 983'040, 0), 983'040);
     EXPECT_EQ(core_.personCount, 0);
   }
+}
+
+/// Rows of one byte hold no chroma pair, but the plane does: the last pair that it has stands in.
+TEST_F(HostileRecords, AFrameOneColumnWideIsReadInsideItsPlanes) {
+  start(16);
+  for (const int height : {4, 5, 1000}) {
+    for (const guarded::Edge edge : guarded::kEdges) {
+      guarded::GuardedBytes luma(std::vector<uint8_t>(static_cast<size_t>(height), 90), edge);
+      guarded::GuardedBytes chroma(std::vector<uint8_t>(static_cast<size_t>(height / 2), 128), edge);
+      record_ = {};
+      record_.cameraType = 16;
+      record_.width = 1;
+      record_.height = height;
+      record_.yPlane = luma.data();
+      record_.uvPlane = chroma.data();
+      EXPECT_EQ(core_.Morvale_process(), 0) << height;
+    }
+  }
+}
+
+/// After-processing follows a failed frame too, and draws at debug level 1: never past what a frame could
+/// have.
+TEST_F(HostileRecords, TheDebugPaintStaysInsideAnUnusableFrame) {
+  start(16);
+  VISUALDEBUG = 1;
+  set_frame(256, 256, 100);
+  ASSERT_EQ(run_frame(), 0);
+  const MorvaleData_t sound = record_;
+  for (const int stride : {1 << 30, INT_MAX, INT_MIN}) {
+    record_ = sound;
+    record_.stride = stride;
+    EXPECT_EQ(run_frame(), -1) << stride;
+  }
+  record_ = sound;
+  record_.height = INT_MAX;
+  EXPECT_EQ(run_frame(), -1);
 }
 
 }  // namespace

@@ -260,6 +260,19 @@ Bytes fixed_ratio_by_the_rule(const FixedRatio& k, const Bytes& src, Bytes dst, 
   return dst;
 }
 
+/// An odd width asks the last pair for its V alone: at the end of the image the byte behind it is not there.
+TEST(ResizeNV21, AnOddWidthReadsHalfOfItsLastPair) {
+  for (const int width : {35, 37, 39}) {
+    const size_t size = static_cast<size_t>(width) * 12;
+    guarded::GuardedBytes src(guarded::random_bytes(size, 5), guarded::Edge::kBack);
+    std::vector<uint8_t> roomy(size + 64, 0), expected(size), actual(size);
+    std::copy(src.bytes().begin(), src.bytes().end(), roomy.begin());
+    resize_NV21(roomy.data(), expected.data(), width, 8, width, 7);
+    resize_NV21(src.data(), actual.data(), width, 8, width, 7);
+    EXPECT_EQ(expected, actual) << width;
+  }
+}
+
 TEST(ResizeNV21Fixed, EverySizeMatchesTheRuleInsideTheImages) {
   uint32_t seed = 1;
   for (const FixedRatio& k : kFixedRatios)
