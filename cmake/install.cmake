@@ -1,6 +1,6 @@
 # What `cmake --install` lays down, in three components: `capture` (the library, its headers, CMake package and
 # pkg-config file), `standins` (a workstation's log, properties and neural runtime, and the recording shim) and
-# `tools` (the program).
+# `tools` (the program, its manual page and completion scripts).
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -31,6 +31,7 @@ install(TARGETS vexa_record LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONEN
 if(MORVALE_TOOLS)
   set_target_properties(morvale PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
   install(TARGETS morvale RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+  include(cmake/manual.cmake)
 endif()
 
 foreach(component IN ITEMS capture standins)

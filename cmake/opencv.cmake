@@ -1,7 +1,7 @@
 # morvale_opencv: the OpenCV modules that the tools and the runtime stand-in use. Debian's module packages bring no
 # OpenCVConfig.cmake (only the far larger libopencv-dev does), so without it each module is found by its header and
 # library.
-set(morvale_opencv_modules core imgproc imgcodecs objdetect dnn)
+set(morvale_opencv_modules core imgproc imgcodecs videoio objdetect dnn)
 add_library(morvale_opencv INTERFACE)
 
 find_package(OpenCV QUIET COMPONENTS ${morvale_opencv_modules})

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "core/export.h"
+#include "platform/host/log_observer.h"
 
 namespace {
 
@@ -16,6 +17,12 @@ constexpr int kVerbose = 2;
 constexpr int kError = 6;
 constexpr int kSilent = 8;
 constexpr std::string_view kLetters = "VDIWEFS";  // priorities 2 (verbose) to 8 (silent)
+
+struct Observer {
+  morvale_log_observer call = nullptr;
+  void* context = nullptr;
+};
+Observer log_observer;
 
 /// The lowest priority that MORVALE_LOG lets through. Read at every call, so that a program may change its
 /// mind.
@@ -46,13 +53,20 @@ std::string format_text(const char* format, va_list arguments) {
 
 /// Returns the number of bytes written, 0 for a message that the filter holds back.
 extern "C" MORVALE_API int __android_log_print(int priority, const char* tag, const char* format, ...) {
-  if (priority < lowest_shown()) return 0;
+  const bool shown = priority >= lowest_shown();
+  if (!shown && log_observer.call == nullptr) return 0;
   va_list arguments;
   va_start(arguments, format);
-  std::string line =
-      std::string{priority_letter(priority), ' '} + tag + ": " + format_text(format, arguments);
+  std::string text = format_text(format, arguments);
   va_end(arguments);
-  if (line.back() != '\n') line += '\n';
+  while (!text.empty() && text.back() == '\n') text.pop_back();
+  if (log_observer.call != nullptr) log_observer.call(priority, text.c_str(), log_observer.context);
+  if (!shown) return 0;
+  const std::string line = std::string{priority_letter(priority), ' '} + tag + ": " + text + '\n';
   // One write a line keeps lines of several threads whole.
   return static_cast<int>(std::fwrite(line.data(), 1, line.size(), stderr));
+}
+
+extern "C" MORVALE_API void morvale_host_observe_log(morvale_log_observer observer, void* context) {
+  log_observer = {observer, context};
 }

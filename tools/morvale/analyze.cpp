@@ -16,6 +16,7 @@
 #include "faces.h"
 #include "progress.h"
 #include "report.h"
+#include "trace.h"
 
 namespace tool {
 namespace {
@@ -71,6 +72,7 @@ class Analysis {
 
   int run() {
     for (const std::string& path : options_.inputs) analyze(read_input(path, options_.shape));
+    if (!options_.trace.empty()) trace_.write(options_.trace);
     return failed_ ? kExitFailed : kExitDone;
   }
 
@@ -83,7 +85,9 @@ class Analysis {
     const std::vector<FaceRect> faces = faces_->faces(frame);
     for (int index = 0; index < options_.repeat; ++index) {
       progress_.next(frame.input);
+      const Trace::Time begin = std::chrono::steady_clock::now();
       const FrameReport report = service.analyze(frame, faces);
+      if (!options_.trace.empty()) trace_.add(index, frame.input, begin, report);
       progress_.clear();
       if (report.process != 0) note_failure(frame, index);
       if (!options_.out.empty() && report.process == 0) draw(frame, index, report);
@@ -120,6 +124,7 @@ class Analysis {
   /// descriptor is diverted before the first call into the library, and only write_past reaches its old end.
   DivertedOutput data_;
   Progress progress_;
+  Trace trace_;
   bool failed_ = false;
 };
 

@@ -74,6 +74,8 @@ void declare(CLI::App& app, AnalyzeOptions& options, Texts& texts) {
   app.add_option("--format", texts.format, "One JSON object a frame (default) or a readable table")
       ->type_name("json|table")
       ->check(one_of({"json", "table"}));
+  app.add_option("--trace", options.trace, "Write the stages of each frame for Perfetto (ui.perfetto.dev)")
+      ->type_name("FILE");
   app.add_flag("--verbose", options.verbose, "Show the library's own messages on standard error");
   app.footer(kExamples);
 }

@@ -14,7 +14,8 @@ struct AnalyzeOptions {
   std::string faces = "auto";
   std::string cascade = "/usr/share/opencv4/haarcascades/haarcascade_frontalface_alt2.xml";
   std::optional<std::string> model_dir;
-  std::string out;  ///< folder of the annotated pictures; empty: none
+  std::string out;    ///< folder of the annotated pictures; empty: none
+  std::string trace;  ///< empty: none
   FrameShape shape;
   int repeat = 1;
   bool table = false;

@@ -177,7 +177,7 @@ int bench_main(int argc, char** argv) {
   TimedSession session(front ? kFrontCamera : 0);
   Progress progress(static_cast<size_t>(options.frames));
   for (int i = 0; i < options.frames; ++i) {
-    if (i % 100 == 0) progress.next(options.size);
+    progress.next(options.size);
     session.run(frames[static_cast<size_t>(i) % frames.size()]);
   }
   progress.clear();

@@ -1,13 +1,35 @@
 /// What the subcommands of `morvale` share: how they are called and how they fail.
 #pragma once
 
+#include <span>
 #include <stdexcept>
+#include <string_view>
 
 namespace tool {
 
 constexpr int kExitDone = 0;
 constexpr int kExitFailed = 1;  ///< the work failed: a model that does not open, a failed frame, a full disk
 constexpr int kExitUsage = 2;   ///< what the caller gave cannot be used: flags, files, sizes
+
+/// What `morvale --help` and the manual say alike.
+constexpr const char* kProgramSummary = "Morvale Capture on the command line";
+struct ExitMeaning {
+  int status;
+  const char* text;
+};
+constexpr ExitMeaning kExitMeanings[] = {
+    {kExitDone, "done"},
+    {kExitFailed, "failed (compare and diff: different)"},
+    {kExitUsage, "the command line or a file cannot be used"},
+};
+
+/// A subcommand as main finds it. Completion and manual take theirs from the same list.
+struct Command {
+  std::string_view name;
+  const char* summary;
+  int (*run)(int argc, char** argv);
+};
+std::span<const Command> commands();
 
 /// Ends the command with kExitUsage. The text is one sentence that says what is wrong and what to do.
 struct UsageError : std::runtime_error {
@@ -21,11 +43,16 @@ struct RunError : std::runtime_error {
 
 /// The subcommands. argv[0] is the subcommand's name; the result is the exit status. They may throw.
 int analyze_main(int argc, char** argv);
+int replay_main(int argc, char** argv);
 int convert_main(int argc, char** argv);
 int compare_main(int argc, char** argv);
 int scene_main(int argc, char** argv);
 int score_main(int argc, char** argv);
 int bench_main(int argc, char** argv);
+int diff_main(int argc, char** argv);
+int inspect_main(int argc, char** argv);
 int doctor_main(int argc, char** argv);
+int completion_main(int argc, char** argv);
+int manual_main(int argc, char** argv);
 
 }  // namespace tool

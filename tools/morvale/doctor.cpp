@@ -1,10 +1,18 @@
 /// `morvale doctor`: what a bug report needs, and whether the library works here.
+#include <sys/utsname.h>
+
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <nlohmann/json.hpp>
 #include <opencv2/core/version.hpp>
+#include <sstream>
 #include <string>
+#include <thread>
+#include <utility>
+#include <vector>
 
 #include "camera_service.h"
 #include "command.h"
@@ -12,33 +20,65 @@
 #include "diverted_output.h"
 #include "kernels/processor.h"
 #include "morvale.h"
+#include "sha256.h"
 
 namespace tool {
 namespace {
 
 namespace fs = std::filesystem;
+using nlohmann::ordered_json;
 
 constexpr const char* kIntroduction =
     "Prints what a bug report needs: versions, processor, kernels, runtime, models, and a check of the "
     "library.\n";
+
+constexpr const char* kExamples = R"(Examples:
+  morvale doctor
+  morvale doctor --json > doctor.json
+      The same as one JSON object, for a bug report or to compare two machines.
+
+A model's SHA-256 is what sha256sum prints for the file.
+
+Exit status: 0 the check passed, 1 it did not.
+)";
 
 std::string variable(const char* name) {
   const char* value = std::getenv(name);
   return value != nullptr && *value != '\0' ? value : "(not set)";
 }
 
-std::string processor_name() {
+/// What the system says of its first processor under one of `keys`.
+std::string processor_line(std::initializer_list<const char*> keys) {
   std::ifstream file("/proc/cpuinfo");
   for (std::string line; std::getline(file, line);) {
-    if (line.rfind("model name", 0) == 0) return line.substr(line.find(':') + 2);
+    const size_t colon = line.find(':');
+    if (colon == std::string::npos || colon + 2 > line.size()) continue;
+    const std::string name = line.substr(0, line.find_first_of("\t:"));
+    if (std::find(keys.begin(), keys.end(), name) != keys.end()) return line.substr(colon + 2);
   }
   return "unknown";
 }
 
-std::string line(const char* name, const std::string& value) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%-18s", name);
-  return text + value + '\n';
+/// The features that kernels, the compiler or the network's runtime may use; the processor has many more.
+std::string processor_features() {
+  constexpr std::string_view kTelling[] = {
+      "ssse3",    "sse4_1",      "sse4_2",   "avx",         "f16c",     "fma",        "avx2",
+      "bmi2",     "avx512f",     "avx512bw", "avx512dq",    "avx512vl", "avx512vbmi", "avx512_vbmi2",
+      "gfni",     "avx512_vnni", "avx_vnni", "avx512_bf16", "asimd",    "asimdhp",    "asimddp",
+      "asimdfhm", "i8mm",        "bf16",     "sve",         "sve2"};
+  std::istringstream all(processor_line({"flags", "Features"}));
+  std::string telling;
+  for (std::string name; all >> name;) {
+    if (std::find(std::begin(kTelling), std::end(kTelling), name) == std::end(kTelling)) continue;
+    telling += (telling.empty() ? "" : " ") + name;
+  }
+  return telling.empty() ? "unknown" : telling;
+}
+
+std::string system_name() {
+  utsname name;
+  if (uname(&name) != 0) return "unknown";
+  return std::string(name.sysname) + " " + name.release + " " + name.machine;
 }
 
 std::string kernels() {
@@ -52,17 +92,90 @@ std::string kernels() {
   return text;
 }
 
-std::string models() {
-  std::string text;
+/// Which answers the runtime beside this program gives.
+std::string runtime() {
+  const std::string engine = variable("VEXA_ENGINE");
+  return engine == "(not set)" ? "the workstation's stand-in, engine onnx"
+                               : "the workstation's stand-in, engine " + engine;
+}
+
+struct Model {
+  std::string name, sha256;
+  uintmax_t bytes = 0;
+};
+
+std::string sha256_of(const fs::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  Sha256 digest;
+  std::vector<uint8_t> piece(1 << 16);
+  while (stream.read(reinterpret_cast<char*>(piece.data()), std::ssize(piece)) || stream.gcount() > 0)
+    digest.add(std::span(piece).first(static_cast<size_t>(stream.gcount())));
+  return stream.bad() || !stream.eof() ? "(cannot be read)" : digest.finish();
+}
+
+std::vector<Model> models_in(const std::string& folder) {
+  std::vector<Model> models;
   std::error_code error;
-  const std::string folder = variable("VEXA_MODEL_DIR");
   for (const fs::directory_entry& entry : fs::directory_iterator(folder, error)) {
     if (entry.path().extension() != ".onnx") continue;
-    text += line("  model",
-                 entry.path().filename().string() + ", " + std::to_string(entry.file_size(error)) + " bytes");
+    models.push_back({entry.path().filename().string(), sha256_of(entry.path()), entry.file_size(error)});
   }
-  return line("models in", folder) +
-         (text.empty() ? line("  model", "none: make them with ./dev network") : text);
+  std::sort(models.begin(), models.end(), [](const Model& a, const Model& b) { return a.name < b.name; });
+  return models;
+}
+
+/// Everything but the check, which may crash.
+struct Facts {
+  std::vector<std::pair<const char*, std::string>> lines;
+  std::string model_folder;
+  std::vector<Model> models;
+};
+
+Facts gather() {
+  Facts facts;
+  facts.lines = {{"morvale", MORVALE_VERSION},
+                 {"compiler", __VERSION__},
+                 {"OpenCV", CV_VERSION},
+                 {"system", system_name()},
+                 {"processor", processor_line({"model name", "CPU part"})},
+                 {"cores", std::to_string(std::thread::hardware_concurrency())},
+                 {"features", processor_features()},
+                 {"kernels", kernels()},
+                 {"runtime", runtime()},
+                 {"VEXA_ENGINE", variable("VEXA_ENGINE")},
+                 {"MORVALE_KERNELS", variable("MORVALE_KERNELS")},
+                 {"debug property", variable("PERSIST_MORVALE_CAPTURE_DEBUG")}};
+  facts.model_folder = variable("VEXA_MODEL_DIR");
+  facts.models = models_in(facts.model_folder);
+  return facts;
+}
+
+std::string line(const char* name, const std::string& value) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%-18s", name);
+  return text + value + '\n';
+}
+
+std::string text_of(const Facts& facts) {
+  std::string text;
+  for (const auto& [name, value] : facts.lines) text += line(name, value);
+  text += line("models in", facts.model_folder);
+  if (facts.models.empty()) text += line("  model", "none: make them with ./dev network");
+  for (const Model& model : facts.models) {
+    text += line("  model", model.name + ", " + std::to_string(model.bytes) + " bytes");
+    text += line("    SHA-256", model.sha256);
+  }
+  return text;
+}
+
+ordered_json json_of(const Facts& facts) {
+  ordered_json json;
+  for (const auto& [name, value] : facts.lines) json[name] = value;
+  json["models in"] = facts.model_folder;
+  json["models"] = ordered_json::array();
+  for (const Model& model : facts.models)
+    json["models"].push_back({{"name", model.name}, {"bytes", model.bytes}, {"sha256", model.sha256}});
+  return json;
 }
 
 /// A made-up portrait through the front road, whose figures are known.
@@ -82,24 +195,28 @@ bool library_works() {
 }  // namespace
 
 int doctor_main(int argc, char** argv) {
+  bool as_json = false;
   CLI::App app(kIntroduction, "morvale doctor");
-  app.footer("Exit status: 0 the check passed, 1 it did not.\n");
+  app.add_flag("--json", as_json, "One JSON object in place of the lines");
+  app.footer(kExamples);
   if (!parse_command_line(app, argc, argv)) return kExitDone;
   try {
     choose_model_folder(std::nullopt);
   } catch (const RunError&) {
     // Told below, as a fact among others.
   }
-  std::string text = line("morvale", MORVALE_VERSION) + line("compiler", __VERSION__) +
-                     line("OpenCV", CV_VERSION) + line("processor", processor_name()) +
-                     line("kernels", kernels());
-  text += models() + line("VEXA_ENGINE", variable("VEXA_ENGINE")) +
-          line("MORVALE_KERNELS", variable("MORVALE_KERNELS")) +
-          line("debug property", variable("PERSIST_MORVALE_CAPTURE_DEBUG"));
-  std::fputs(text.c_str(), stdout);
+  const Facts facts = gather();
+  // The facts stand before the check begins: should it crash, they are there.
+  if (!as_json) std::fputs(text_of(facts).c_str(), stdout);
   std::fflush(stdout);
   const bool works = library_works();
-  std::fputs(line("self-check", works ? "passed" : "FAILED").c_str(), stdout);
+  if (!as_json) {
+    std::fputs(line("self-check", works ? "passed" : "FAILED").c_str(), stdout);
+  } else {
+    ordered_json json = json_of(facts);
+    json["self-check"] = works;
+    std::puts(json.dump(2, ' ', false, ordered_json::error_handler_t::replace).c_str());
+  }
   return works ? kExitDone : kExitFailed;
 }
 

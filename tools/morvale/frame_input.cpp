@@ -74,23 +74,6 @@ void set_rows(Frame& frame, const std::vector<uint8_t>& packed) {
     std::copy_n(packed.data() + row * width, width, frame.nv21.data() + row * stride);
 }
 
-Frame read_photograph(const std::string& path, const FrameShape& flags) {
-  cv::Mat bgr = flags.size ? decode_photograph(path, *flags.size) : decode_photograph(path);
-  // NV21 has one chroma pair for each 2 x 2 block: the odd last column or row of a photograph is dropped.
-  const FrameSize size{bgr.cols & ~1, bgr.rows & ~1};
-  check_frame_size(path, size);
-  bgr = bgr(cv::Rect(0, 0, size.width, size.height)).clone();
-  Frame frame;
-  frame.input = path;
-  frame.width = size.width;
-  frame.height = size.height;
-  frame.stride = checked_stride(path, size, flags.stride);
-  std::vector<uint8_t> packed(bgr.total() * 3 / 2);
-  BGRtoNV21(bgr.data, packed.data(), size.width, size.height);
-  set_rows(frame, packed);
-  return frame;
-}
-
 }  // namespace
 
 FrameSize parse_size(const std::string& text) {
@@ -109,7 +92,25 @@ void check_input(const std::string& path, const FrameShape& flags) {
 }
 
 Frame read_input(const std::string& path, const FrameShape& flags) {
-  return is_raw(path) ? read_raw(path, flags) : read_photograph(path, flags);
+  if (is_raw(path)) return read_raw(path, flags);
+  return frame_from_bgr(path, flags.size ? decode_photograph(path, *flags.size) : decode_photograph(path),
+                        flags.stride);
+}
+
+Frame frame_from_bgr(const std::string& name, const cv::Mat& bgr, std::optional<int> stride) {
+  // NV21 has one chroma pair for each 2 x 2 block: an odd last column or row is dropped.
+  const FrameSize size{bgr.cols & ~1, bgr.rows & ~1};
+  check_frame_size(name, size);
+  const cv::Mat even = bgr(cv::Rect(0, 0, size.width, size.height)).clone();
+  Frame frame;
+  frame.input = name;
+  frame.width = size.width;
+  frame.height = size.height;
+  frame.stride = checked_stride(name, size, stride);
+  std::vector<uint8_t> packed(even.total() * 3 / 2);
+  BGRtoNV21(even.data, packed.data(), size.width, size.height);
+  set_rows(frame, packed);
+  return frame;
 }
 
 }  // namespace tool

@@ -1,34 +1,47 @@
 /// The program `morvale`: finds the subcommand and runs it.
 #include <cstdio>
 #include <exception>
+#include <span>
+#include <string>
 #include <string_view>
 
 #include "command.h"
 
 namespace {
 
-struct Command {
-  std::string_view name;
-  const char* summary;
-  int (*run)(int argc, char** argv);
-};
+using tool::Command;
 
 constexpr Command kCommands[] = {
     {"analyze", "analyse photographs or raw camera frames and print the result records", tool::analyze_main},
+    {"replay", "send recordings, videos or pictures through one session, and show what the library saw",
+     tool::replay_main},
     {"convert", "run one image kernel, by its name, over a raw file or a photograph", tool::convert_main},
     {"compare", "measure how far two pictures are apart: PSNR, SSIM, largest difference", tool::compare_main},
     {"scene", "make a scene up, as a session bundle with the truth beside it", tool::scene_main},
     {"score", "compare what the library finds in made-up scenes with the truth", tool::score_main},
     {"bench", "time the library's stages over many frames, without the network", tool::bench_main},
+    {"diff", "compare two recordings' records: the first frame and field that differ", tool::diff_main},
+    {"inspect", "say in words what a recording or its records hold", tool::inspect_main},
     {"doctor", "print what a bug report needs, and check that the library works here", tool::doctor_main},
+    {"completion", "print the completion script of a shell", tool::completion_main},
+    {"manual", "print the manual page", tool::manual_main},
 };
 
+std::string exit_status() {
+  std::string text;
+  for (const tool::ExitMeaning& meaning : tool::kExitMeanings)
+    text += (text.empty() ? "" : ", ") + std::to_string(meaning.status) + " " + meaning.text;
+  return text;
+}
+
 void print_help() {
-  std::puts("morvale: Morvale Capture on the command line\n\nUsage: morvale COMMAND [OPTIONS]\n\nCommands:");
+  std::printf("morvale: %s\n\nUsage: morvale COMMAND [OPTIONS]\n\nCommands:\n", tool::kProgramSummary);
   for (const Command& command : kCommands) std::printf("  %-10s %s\n", command.name.data(), command.summary);
-  std::puts(
+  std::printf(
       "\nmorvale COMMAND --help explains a command with examples; morvale --version prints the version.\n"
-      "Exit status: 0 done, 1 failed (compare: different), 2 the command line or a file cannot be used.");
+      "man morvale has all of it in one page.\n"
+      "Exit status: %s.\n",
+      exit_status().c_str());
 }
 
 int usage_error(const char* sentence) {
@@ -48,6 +61,8 @@ int run(const Command& command, int argc, char** argv) {
 }
 
 }  // namespace
+
+std::span<const Command> tool::commands() { return kCommands; }
 
 int main(int argc, char** argv) {
   if (argc < 2) return usage_error("a command is missing; morvale --help lists them.");

@@ -2,36 +2,36 @@
 /// the work is a single frame.
 #pragma once
 
-#include <unistd.h>
-
+#include <chrono>
 #include <cstddef>
-#include <cstdio>
+#include <optional>
 #include <string>
 
 namespace tool {
 
 class Progress {
  public:
-  explicit Progress(size_t frames) : frames_(frames), shown_(frames > 1 && isatty(STDERR_FILENO) != 0) {}
+  /// `frames` absent: their number is not known.
+  explicit Progress(std::optional<size_t> frames);
   ~Progress() { clear(); }
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
-  /// Announces the next frame.
-  void next(const std::string& name) {
-    ++frame_;
-    if (shown_) std::fprintf(stderr, "\r\033[K[%zu/%zu] %s", frame_, frames_, name.c_str());
-  }
+  /// Announces the next frame, with the rate and, where the number is known, the time left.
+  void next(const std::string& name);
 
   /// Takes the line away, before anything else is written to the terminal.
-  void clear() const {
-    if (shown_) std::fputs("\r\033[K", stderr);
-  }
+  void clear() const;
 
  private:
-  size_t frames_;
+  using Clock = std::chrono::steady_clock;
+
+  std::string rate() const;
+
+  std::optional<size_t> frames_;
   size_t frame_ = 0;
   bool shown_;
+  Clock::time_point start_ = Clock::now(), last_shown_ = {};
 };
 
 }  // namespace tool

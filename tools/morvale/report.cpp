@@ -80,7 +80,7 @@ int measured_faces(const FrameReport& report) {
   return report.camera == Camera::kFront ? std::clamp(report.record.ver, 0, kMeasuredBlocks) : 0;
 }
 
-std::string json_line(const std::string& name, int frame_index, const FrameReport& report) {
+nlohmann::ordered_json json_of(const std::string& name, int frame_index, const FrameReport& report) {
   const bool front = report.camera == Camera::kFront;
   ordered_json line = {{"input", name},
                        {"frame", frame_index},
@@ -100,8 +100,16 @@ std::string json_line(const std::string& name, int frame_index, const FrameRepor
     line["grid"] = occupancy_grid(report.record);
     line["qermHint"] = resource_hint(report.record);
   }
+  return line;
+}
+
+std::string text_line(const nlohmann::ordered_json& json) {
   // A file name need not be UTF-8; JSON must be.
-  return line.dump(-1, ' ', false, ordered_json::error_handler_t::replace) + "\n";
+  return json.dump(-1, ' ', false, ordered_json::error_handler_t::replace) + "\n";
+}
+
+std::string json_line(const std::string& name, int frame_index, const FrameReport& report) {
+  return text_line(json_of(name, frame_index, report));
 }
 
 Table::Table(const std::vector<std::string>& input_names) {

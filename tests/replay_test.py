@@ -1,0 +1,270 @@
+"""`morvale replay` from outside: recordings that come out as they went in, streams, selections, and what it writes.
+
+Environment: MORVALE_PROGRAM, the program; MORVALE_PHOTO_DIR and MORVALE_MODEL_DIR, photographs and the network (only
+for the test that needs them; it is skipped without). MORVALE_REQUIRE_NETWORK=1 makes their absence a failure.
+"""
+import base64
+import csv
+import io
+import json
+import os
+import pathlib
+import random
+import re
+import signal
+import struct
+import subprocess
+import tempfile
+import time
+import unittest
+
+PROGRAM = os.environ.get("MORVALE_PROGRAM", "build/tools/morvale/morvale")
+PHOTOS = pathlib.Path(os.environ.get("MORVALE_PHOTO_DIR", "/nonexistent"))
+MODELS = pathlib.Path(os.environ.get("MORVALE_MODEL_DIR", "/nonexistent"))
+
+
+def morvale(*arguments, stdin=None):
+    return subprocess.run([PROGRAM, *map(str, arguments)], capture_output=True, input=stdin, timeout=200)
+
+
+def picture(path, width, height, seed):
+    """A coarse random pattern as a PPM."""
+    noise = random.Random(seed)
+    cells = [[bytes(noise.randrange(256) for _ in range(3)) for _ in range(width // 16 + 1)] for _ in range(height // 16 + 1)]
+    rows = b"".join(b"".join(cells[y // 16][x // 16] for x in range(width)) for y in range(height))
+    path.write_bytes(b"P6 %d %d 255\n" % (width, height) + rows)
+
+
+def y4m(width, height, frames, header=b" C420jpeg"):
+    """The stream, and the planes of each frame."""
+    noise = random.Random(3)
+    chroma = (width + 1) // 2 * ((height + 1) // 2)
+    planes = [(noise.randbytes(width * height), noise.randbytes(chroma), noise.randbytes(chroma)) for _ in range(frames)]
+    body = b"".join(b"FRAME\n" + b"".join(three) for three in planes)
+    return b"YUV4MPEG2 W%d H%d F25:1 Ip%s\n" % (width, height, header) + body, planes
+
+
+class Replays(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+
+    def run_well(self, *arguments, status=0, stdin=None):
+        done = morvale("replay", *arguments, stdin=stdin)
+        self.assertEqual(done.returncode, status, done.stderr.decode())
+        return [json.loads(line) for line in done.stdout.splitlines()], done.stderr.decode()
+
+    def scene(self, name, *flags):
+        done = morvale("scene", "--out", self.folder / name, "--size", "160x120", *flags)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        return self.folder / name
+
+    def refused(self, part, *arguments, stdin=None):
+        """One sentence, exit status 2, nothing on standard output."""
+        done = morvale("replay", *arguments, stdin=stdin)
+        words = done.stderr.decode()
+        self.assertEqual((done.returncode, done.stdout), (2, b""), words)
+        self.assertRegex(words, r"\Amorvale: [^\n]*\n\Z")
+        self.assertIn(part, words)
+
+    def files(self, bundle):
+        return {str(path.relative_to(bundle)): path.read_bytes() for path in sorted(bundle.rglob("*")) if path.is_file()}
+
+
+class Recordings(Replays):
+    def test_a_recording_comes_out_as_it_went_in(self):
+        picture(self.folder / "photo.ppm", 333, 222, 1)
+        for camera in "front", "back":
+            first = self.folder / f"first_{camera}"
+            lines, words = self.run_well("--pan", self.folder / "photo.ppm", "--engine", "fixed", "--camera", camera,
+                                         "--frames", 30, "--size", "320x240", "--faces", "none", "--record", first)
+            self.assertEqual([line["frame"] for line in lines], list(range(30)))
+            again = self.folder / f"again_{camera}"
+            replayed, words = self.run_well(first, "--record", again)
+            self.assertIn("30 frames, all records as recorded", words)
+            strip = lambda lines: [{k: v for k, v in line.items() if k != "input"} for line in lines]
+            self.assertEqual(strip(replayed), strip(lines))
+            one, two = self.files(first), self.files(again)
+            for files in one, two:
+                files.pop("session.json")  # says how each was made
+            self.assertEqual(one, two)
+            self.assertEqual(len(one["records.bin"]), 30 * 288)
+
+    def test_the_network_is_not_asked_again(self):
+        photo = PHOTOS / "grace_hopper_512x512.jpg"
+        if not (photo.exists() and MODELS.is_dir()):
+            self.assertFalse(os.environ.get("MORVALE_REQUIRE_NETWORK"), "photographs or network are missing")
+            self.skipTest("needs the photographs and the network")
+        self.run_well("--pan", photo, "--frames", 5, "--model-dir", MODELS, "--record", self.folder / "pan")
+        os.environ["VEXA_MODEL_DIR"] = "/nonexistent"
+        self.addCleanup(os.environ.pop, "VEXA_MODEL_DIR")
+        lines, words = self.run_well(self.folder / "pan")
+        self.assertIn("5 frames, all records as recorded", words)
+        self.assertGreater(min(line["record"]["humanRatio"] for line in lines), 5)
+
+    def test_the_first_difference_is_named(self):
+        scene = self.scene("scene", "--frames", 6)
+        records = bytearray((scene / "records.bin").read_bytes())
+        for frame, offset in (3, 4), (5, 28):
+            value, = struct.unpack_from("<i", records, frame * 288 + offset)
+            struct.pack_into("<i", records, frame * 288 + offset, value + 9)
+        (scene / "records.bin").write_bytes(records)
+        _, words = self.run_well(scene, status=1)
+        self.assertRegex(words, r"2 not as recorded, the first: frame 3: humanRatio \(byte 4\) is (\d+), recorded as \d+")
+        _, words = self.run_well(scene, "--frames", 3)
+        self.assertIn("all records as recorded", words)
+
+    def test_other_frames_than_recorded_are_not_held_against_the_record(self):
+        scene = self.scene("scene", "--frames", 6)
+        for flags in ["--start", 2], ["--every", 2], ["--repeat", 2]:
+            _, words = self.run_well(scene, *flags)
+            self.assertIn("not compared", words)
+        lines, words = self.run_well(scene, "--gate", 25.5)
+        self.assertTrue(all(line["gated"] and line["record"]["humanRatio"] == 0 for line in lines))
+        self.assertIn("6 not as recorded", words)
+        self.refused("its own camera", scene, "--engine", "recorded", "--camera", "back")
+
+    def test_a_killed_recording_replays(self):
+        for sent, status in (signal.SIGKILL, -signal.SIGKILL), (signal.SIGINT, 130):
+            killed = self.folder / sent.name
+            scene = self.scene("scene_" + sent.name, "--frames", 30)
+            process = subprocess.Popen(
+                [PROGRAM, "replay", scene, "--repeat", "10000", "--format", "none", "--record", killed],
+                stderr=subprocess.PIPE)
+            deadline = time.monotonic() + 100
+            lines = killed / "metadata.jsonl"
+            while not (lines.exists() and lines.read_bytes().count(b"\n") > 40):
+                self.assertLess(time.monotonic(), deadline)
+                time.sleep(0.01)
+            process.send_signal(sent)
+            words = process.communicate(timeout=100)[1].decode()
+            self.assertEqual(process.returncode, status, words)
+            kept = lines.read_bytes().count(b"\n")
+            replayed, words = self.run_well(killed)
+            self.assertIn(f"{kept} frames, all records as recorded", words)
+            self.assertEqual(len(replayed), kept)
+
+
+class Sources(Replays):
+    def test_a_selection(self):
+        scene = self.scene("scene", "--frames", 12)
+        lines, _ = self.run_well(scene, "--start", 3, "--every", 4, "--repeat", 2)
+        self.assertEqual([line["frame"] for line in lines], [3, 7, 11] * 2)
+        lines, _ = self.run_well(scene, "--start", 3, "--every", 4, "--frames", 2)
+        self.assertEqual([line["frame"] for line in lines], [3, 7])
+        self.refused("no frame to replay", scene, "--start", 12)
+
+    def test_a_stream_keeps_its_samples(self):
+        for width, height in (64, 48), (65, 49):
+            stream, planes = y4m(width, height, 4)
+            out = self.folder / f"{width}"
+            flags = ["--engine", "fixed", "--faces", "none", "--record", out]
+            lines, _ = self.run_well("-", *flags, stdin=stream)
+            self.assertEqual([line["frame"] for line in lines], [0, 1, 2, 3])
+            frame = (out / "frames/000002_64x48_s64.nv21").read_bytes()
+            y, u, v = planes[2]
+            chroma = (width + 1) // 2
+            luma = b"".join(y[row * width:][:64] for row in range(48))
+            pairs = b"".join(bytes([v[row * chroma + x], u[row * chroma + x]]) for row in range(24) for x in range(32))
+            self.assertEqual(frame, luma + pairs)
+        (self.folder / "clip.y4m").write_bytes(stream)
+        lines, _ = self.run_well(self.folder / "clip.y4m", "--engine", "fixed", "--faces", "none", "--start", 3)
+        self.assertEqual([line["frame"] for line in lines], [3])
+
+    def test_streams_that_cannot_be_read(self):
+        stream, _ = y4m(64, 48, 2)
+        fixed = ["-", "--engine", "fixed", "--faces", "none", "--format", "none"]
+        self.refused("ends within frame 1", *fixed, stdin=stream[:-1])
+        self.refused("does not begin with FRAME", *fixed, stdin=stream + b"frame\n")
+        self.refused("no YUV4MPEG2", *fixed, stdin=b"RIFF....AVI ")
+        self.refused("no YUV4MPEG2", *fixed, stdin=b"")
+        for format in b" C422", b" C420p10", b" Cmono":
+            self.refused("4:2:0", *fixed, stdin=y4m(64, 48, 1, format)[0])
+        self.refused("names no size", *fixed, stdin=b"YUV4MPEG2 W64\nFRAME\n")
+        self.refused("pixels a side", *fixed, stdin=b"YUV4MPEG2 W64 H99999999999\nFRAME\n")
+        self.refused("passes by once", *fixed, "--repeat", 2, stdin=stream)
+
+    def test_a_folder_in_the_order_people_count(self):
+        for number in 1, 2, 10:
+            picture(self.folder / f"shot{number}.ppm", 64, 48, number)
+        (self.folder / "notes.txt").write_text("no picture")
+        lines, _ = self.run_well(self.folder, "--engine", "fixed", "--faces", "none")
+        self.assertEqual([line["picture"] for line in lines], ["shot1.ppm", "shot2.ppm", "shot10.ppm"])
+        self.assertEqual([line["frameCount"] for line in lines], [1, 2, 3], "one session, smoothed throughout")
+
+    def test_inputs_that_cannot_be_used(self):
+        empty = self.folder / "empty"
+        empty.mkdir()
+        junk = self.folder / "junk.mp4"
+        junk.write_bytes(b"no video")
+        self.refused("no such file", self.folder / "missing")
+        self.refused("neither pictures nor", empty, "--engine", "fixed")
+        self.refused("nor a video", junk, "--engine", "fixed")
+        self.refused("INPUT is missing")
+        self.refused("is no recording", junk, "--engine", "recorded")
+        scene = self.scene("scene", "--frames", 2)
+        self.refused("is not empty", scene, "--record", scene)
+        (scene / "logits/000001.npy").unlink()
+        self.refused("logits/000001.npy", scene)
+
+
+class Outputs(Replays):
+    def test_csv_has_every_word_of_the_record(self):
+        scene = self.scene("scene", "--frames", 3)
+        done = morvale("replay", scene, "--format", "csv")
+        rows = list(csv.DictReader(io.StringIO(done.stdout.decode())))
+        records = (scene / "records.bin").read_bytes()
+        self.assertEqual(len(rows), 3)
+        for frame, row in enumerate(rows):
+            words = [int(value) for value in list(row.values())[-72:]]
+            self.assertEqual(words[:2], list(struct.unpack_from("<2i", records, frame * 288)))
+            self.assertEqual([word & 0xFFFFFFFF for word in words], list(struct.unpack_from("<72I", records, frame * 288)))
+            self.assertEqual(int(row["meta[0].hsv[2]"]), words[10])
+
+    def test_many_recordings_at_a_time(self):
+        scenes = [self.scene(f"scene{seed}", "--seed", seed, "--frames", 4) for seed in range(5)]
+        alone = b"".join(morvale("replay", scene).stdout for scene in scenes)
+        records = bytearray((scenes[3] / "records.bin").read_bytes())
+        records[4] ^= 1
+        (scenes[3] / "records.bin").write_bytes(records)
+        done = morvale("replay", "--jobs", 3, "--report", self.folder / "reports", *scenes)
+        self.assertEqual((done.stdout, done.returncode), (alone, 1))
+        self.assertEqual(re.findall(r"scene(\d): 4 frames(, all|; 1 not)", done.stderr.decode()),
+                         [("0", ", all"), ("1", ", all"), ("2", ", all"), ("3", "; 1 not"), ("4", ", all")])
+        self.assertEqual(sorted(path.parent.name for path in self.folder.glob("reports/*/report.html")),
+                         [f"scene{seed}" for seed in range(5)])
+        self.refused("into the same folder", scenes[0], str(scenes[0]) + "/", "--report", self.folder / "r")
+
+    def test_the_report_holds_the_records(self):
+        scene = self.scene("scene", "--frames", 5, "--people", 2)
+        self.run_well(scene, "--report", self.folder / "report")
+        html = (self.folder / "report/report.html").read_text()
+        data = json.loads(re.search(r'<script[^>]*id="report-data"[^>]*>(.*?)</script>', html, re.DOTALL)[1])
+        self.assertEqual(base64.b64decode(data["records"]), (scene / "records.bin").read_bytes())
+        self.assertEqual(data["comparison"], {"same": True, "frames": 5})
+        self.assertEqual(len(data["pictures"]), 5)
+        self.assertTrue(all(base64.b64decode(jpeg).startswith(b"\xff\xd8") for jpeg in data["pictures"]))
+        labels = (next(iter((scene / "labels").glob("000004*")))).read_bytes()
+        winners = [max(range(5), key=lambda label: labels[cell + label]) for cell in range(0, len(labels), 5)]
+        runs = base64.b64decode(data["label_runs"][4])
+        self.assertEqual([run >> 5 for run in runs for _ in range((run & 31) + 1)], winners)
+        self.assertEqual([event["kind"] for event in data["events"]], ["found"])
+
+    def test_the_trace_tells_the_stages(self):
+        scene = self.scene("scene", "--frames", 3)
+        self.run_well(scene, "--trace", self.folder / "trace.json")
+        events = json.loads((self.folder / "trace.json").read_text())["traceEvents"]
+        spans = [event for event in events if event["ph"] == "X"]
+        frames = [span for span in spans if span["name"].startswith("frame ")]
+        self.assertEqual([frame["name"] for frame in frames], ["frame 0", "frame 1", "frame 2"])
+        for name in "source", "Morvale_process", "network", "Morvale_core_afterProcss":
+            stages = [span for span in spans if span["name"] == name]
+            self.assertEqual(len(stages), 3, name)
+            for stage, frame in zip(stages, frames):
+                self.assertGreaterEqual(stage["ts"], frame["ts"] - 0.01)
+                self.assertLessEqual(stage["ts"] + stage["dur"], frame["ts"] + frame["dur"] + 0.01)
+
+
+if __name__ == "__main__":
+    unittest.main()

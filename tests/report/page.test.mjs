@@ -1,0 +1,314 @@
+// The page in a real browser. MORVALE_REPORT_TEMPLATE names the built template (made here where it is not set);
+// MORVALE_REPORT_HTML, a list with commas, adds whole reports to the checks that hold for every report.
+import assert from 'node:assert/strict';
+import {execFileSync} from 'node:child_process';
+import {mkdtempSync, readFileSync, rmSync} from 'node:fs';
+import {tmpdir} from 'node:os';
+import {basename, join} from 'node:path';
+import {after, before, test} from 'node:test';
+import {kReportFolder, launch, open, pixel, plainPictures, require, shown} from './browser.mjs';
+import {emptyRecords, kFrontGeometry, leftOf, makeData, packRuns, putWords, readData, writePage} from './fixture.mjs';
+
+const kEvents = [{index: 4, kind: 'found', text: 'person found'}, {index: 12, kind: 'sluggish', text: 'network run of 40 ms'},
+                 {index: 12, kind: 'lost', text: 'person lost'}, {index: 30, kind: 'failed', text: 'failed'}];
+const folder = mkdtempSync(join(tmpdir(), 'morvale-report-'));
+const given = (process.env.MORVALE_REPORT_HTML ?? '').split(',').filter(Boolean);
+let browser, template, pictures, front, back, compared;
+
+const page = (name, options) => writePage(template, makeData({pictures, ...options}), join(folder, `${name}.html`));
+const near = (actual, expected, slack = 12) => actual.every((channel, i) => Math.abs(channel - expected[i]) <= slack);
+
+before(async () => {
+  browser = await launch();
+  template = process.env.MORVALE_REPORT_TEMPLATE;
+  if (!template) {
+    template = join(folder, 'template.html');
+    execFileSync(process.execPath, [join(kReportFolder, 'build.mjs'), template]);
+  }
+  pictures = await plainPictures(browser, ['#c04040', '#40c040', '#4040c0']);
+  const events = data => { data.events = kEvents; };
+  front = page('front', {change: events});
+  back = page('back', {camera: 'back', change: events});
+  compared = page('compared', {change: data => {
+    const base = makeData();
+    data.baseline = {name: 'before', records: base.records, label_runs: base.label_runs, boxes: base.frames.boxes};
+    putWords(data.records, 7, {1: 90});
+    data.label_runs[7] = packRuns(leftOf(40, kFrontGeometry));
+  }});
+});
+
+after(async () => {
+  await browser?.close();
+  rmSync(folder, {recursive: true});
+});
+
+// Whether the page needs no scrolling sideways, once it has followed the window's size.
+function fits(tab) {
+  return tab.evaluate(async () => {
+    const nextDrawing = () => new Promise(done => requestAnimationFrame(() => requestAnimationFrame(done)));
+    for (let i = 0; i < 60 && document.documentElement.scrollWidth > innerWidth; ++i) await nextDrawing();
+    return document.documentElement.scrollWidth <= innerWidth;
+  });
+}
+
+const everyReport = () => [front, back, compared, ...given];
+
+// The record as the page lists it, by offset.
+async function listedRecord(tab) {
+  const rows = await tab.$$eval('table.fields tbody tr', list => list.map(row => {
+    const figures = [...row.querySelectorAll('td.figure')].map(cell => cell.textContent);
+    return [Number(row.dataset.offset), figures];
+  }));
+  return new Map(rows);
+}
+
+test('every report opens without a complaint and shows what its records say', async () => {
+  for (const file of everyReport()) {
+    const data = readData(file), bytes = Buffer.from(data.records, 'base64'), last = data.frames.number.length - 1;
+    const {page: tab, complaints, close} = await open(browser, file);
+    await tab.click('#tab-record');
+    for (const [key, frame] of [['Home', 0], ['ArrowRight', Math.min(1, last)], ['End', last]]) {
+      await tab.focus('#scrubber');
+      await tab.keyboard.press(key);
+      await shown(tab, frame);
+      const listed = await listedRecord(tab), column = data.baseline ? 2 : 1;
+      assert.equal(listed.size, 72);
+      for (const {offset, signed} of data.fields) {
+        const value = signed ? bytes.readInt32LE(288 * frame + offset) : bytes.readUInt32LE(288 * frame + offset);
+        assert.equal(listed.get(offset)[column], `${value}`, `${basename(file)}: frame ${frame}, byte ${offset}`);
+      }
+    }
+    const analysed = Array.from({length: last + 1}, (_, frame) => frame)
+                         .filter(frame => data.frames.process[frame] === 0 && data.frames.gated[frame] === 0);
+    const shares = analysed.map(frame => bytes.readInt32LE(288 * frame + 4));
+    if (shares.length > 0) {
+      const mean = shares.reduce((sum, share) => sum + share, 0) / shares.length;
+      assert.equal(await tab.textContent('.card:nth-child(2) .big'), `${mean.toFixed(1)} %`);
+    }
+    assert.deepEqual(complaints, [], basename(file));
+    await close();
+  }
+});
+
+test('every jump mark lands on its frame', async () => {
+  for (const file of everyReport()) {
+    const data = readData(file);
+    const {page: tab, close} = await open(browser, file);
+    await tab.click('#tab-events');
+    const marks = await tab.$$('#panel-events button.jump');
+    for (const mark of marks.slice(0, 8).reverse()) {
+      const index = Number(await mark.getAttribute('data-index'));
+      await mark.click();
+      await shown(tab, index);
+      assert.equal(await tab.inputValue('#scrubber'), `${index}`);
+      assert.match(await tab.textContent('#where'), new RegExp(`^Frame ${data.frames.number[index]}\\D`));
+    }
+    await close();
+  }
+});
+
+test('the scrubber follows mouse and keys, and the picture is the frame\'s', async () => {
+  const {page: tab, complaints, close} = await open(browser, front);
+  for (const id of ['labels', 'boxes', 'faces']) await tab.uncheck(`#show-${id}`);
+  const box = await (await tab.$('#scrubber')).boundingBox();
+  await tab.mouse.click(box.x + box.width / 2, box.y + box.height / 2);
+  const middle = Number(await tab.inputValue('#scrubber'));
+  assert.ok(Math.abs(middle - 19.5) < 2, `the middle of 40 frames, not ${middle}`);
+  await shown(tab, middle);
+
+  await tab.keyboard.press('Home');
+  const steps = [['ArrowRight', 1], ['ArrowRight', 2], ['ArrowLeft', 1], ['PageDown', 11], ['n', 12], ['n', 30], ['n', 30],
+                 ['p', 12], ['p', 4], ['p', 4], ['PageUp', 0], ['End', 39]];
+  const colours = [[192, 64, 64], [64, 192, 64], [64, 64, 192]];
+  for (const [key, frame] of steps) {
+    await tab.keyboard.press(key);
+    await shown(tab, frame);
+    assert.ok(near(await pixel(tab, 0.5, 0.5), colours[frame % 3]), `${key}: frame ${frame}'s picture`);
+  }
+  await tab.selectOption('.speed', '2');
+  await tab.focus('#scrubber');
+  await tab.keyboard.press('Space');  // at the end: from the start again
+  await tab.waitForSelector('#play[aria-label="Pause"]');
+  await tab.keyboard.press('Space');
+  await tab.waitForSelector('#play[aria-label="Play"]');
+  assert.ok(Number(await tab.inputValue('#scrubber')) < 39);
+  assert.deepEqual(complaints, []);
+  await close();
+});
+
+test('keys stay with what uses them', async () => {
+  const {page: tab, close} = await open(browser, front);
+  await tab.click('#tab-log');
+  await tab.fill('input[type=search]', '');
+  await tab.type('input[type=search]', 'n p');
+  await tab.focus('#opacity');
+  await tab.keyboard.press('ArrowRight');
+  await tab.focus('#tab-log');
+  await tab.keyboard.press('ArrowLeft');
+  assert.equal(await tab.getAttribute('#tab-events', 'aria-selected'), 'true', 'arrows move between tabs');
+  assert.equal(await tab.inputValue('#scrubber'), '0');
+  await close();
+});
+
+test('a click on a chart goes to that frame', async () => {
+  const {page: tab, close} = await open(browser, front);
+  const plot = await tab.$('.u-over');
+  await plot.scrollIntoViewIfNeeded();
+  const box = await plot.boundingBox();
+  await tab.mouse.click(box.x + box.width * 10 / 39, box.y + box.height / 2);
+  await shown(tab, 10);
+  assert.match(await tab.textContent('.chart .readouts'), /humanRatio30 %/);
+  await close();
+});
+
+test('the label map lies over the picture as the network saw it', async () => {
+  // A portrait picture fills 144 of the network's 256 columns: cell columns left of 18 are its left half.
+  const geometry = {...kFrontGeometry, width: 180, height: 320, stride: 180, shrunkWidth: 144, shrunkHeight: 256, segFactor: 64};
+  const file = page('portrait', {count: 2, change: data => {
+    data.geometries = [geometry];
+    data.label_runs = [packRuns(leftOf(18, geometry)), packRuns(leftOf(18, geometry))];
+  }});
+  const {page: tab, close} = await open(browser, file);
+  for (const id of ['boxes', 'faces']) await tab.uncheck(`#show-${id}`);
+  const plain = [192, 64, 64];
+  assert.ok(!near(await pixel(tab, 0.4, 0.97), plain), 'left of the edge');
+  assert.ok(near(await pixel(tab, 0.6, 0.97), plain), 'right of the edge');
+  await tab.uncheck('#show-labels');
+  assert.ok(near(await pixel(tab, 0.4, 0.97), plain));
+  await close();
+});
+
+test('a frame without a picture borrows the last one and says so', async () => {
+  const {page: tab, close} = await open(browser, page('sparse', {pictureEvery: 5}), {hash: '#frame=116'});
+  await shown(tab, 8);
+  for (const id of ['labels', 'boxes', 'faces']) await tab.uncheck(`#show-${id}`);
+  assert.ok(near(await pixel(tab, 0.5, 0.5), [64, 192, 64]), 'the picture of the sixth frame');
+  assert.match(await tab.textContent('.note'), /Picture of frame 110/);
+  await close();
+});
+
+test('front camera: each measured face has its figures, in words and in the table', async () => {
+  const {page: tab, close} = await open(browser, front);
+  const faces = () => tab.$$eval('#figures .face', list => list.map(face => ({
+    cells: [...face.querySelectorAll('td')].map(cell => cell.textContent), text: face.textContent})));
+  const [first, ...others] = await faces();
+  assert.equal(others.length, 0);
+  assert.deepEqual(first.cells, ['19°', '23°', '28°', '75', '85', '100', '180', '200', '230']);
+  assert.match(first.text, /110 ‰.*Luma 150 · 500 pixels above 200, 30 above 230/);
+  await tab.keyboard.press('ArrowRight');
+  await shown(tab, 1);
+  assert.equal((await faces()).length, 2);
+  await tab.click('.data-table summary');
+  const row = await tab.$$eval('.data-table tbody tr:nth-child(2) > *', list => list.map(cell => cell.textContent));
+  assert.deepEqual(row, ['102', 'analysed', '21', '1', '2', '151', '23 (19–28)', '85 (75–100)', '200 (180–230)', '120',
+                         '40 (40–40)', '90 (90–90)', '170 (170–170)', '10.10', '1.50']);
+  await close();
+});
+
+test('back camera: person box and grid come from their words', async () => {
+  const {page: tab, close} = await open(browser, back);
+  assert.match(await tab.textContent('.sentence'), /A person, 90 × 100 at 40, 25; 30 %/);
+  const cells = await tab.$$eval('.occupancy i', list => list.map(cell => cell.className === 'on' ? 1 : 0));
+  assert.deepEqual(cells, Array.from({length: 285}, (_, cell) => cell % 19 < 9 ? 1 : 0));
+  assert.match(await tab.textContent('#figures'), /Resource hint 77/);
+  await close();
+});
+
+test('a comparison shows both records and marks the cells that differ', async () => {
+  const {page: tab, close} = await open(browser, compared);
+  await tab.keyboard.press('n');
+  await shown(tab, 7);
+  await tab.click('#tab-record');
+  assert.deepEqual((await listedRecord(tab)).get(4), ['4', '27', '90', '+63']);
+  for (const id of ['boxes', 'faces']) await tab.uncheck(`#show-${id}`);
+  const [red, green] = await pixel(tab, 36.5 / 64, 0.5, 'difference');
+  assert.ok(red - green > 40, 'columns 32 to 39 changed their label');
+  const [grey, same] = await pixel(tab, 0.2, 0.5, 'difference');
+  assert.ok(Math.abs(grey - same) < 8, 'column 12 did not');
+  assert.match(await tab.textContent('.card:last-child'), /1 frame/);
+  await close();
+
+  const banner = page('banner', {change: data => {
+    data.comparison = {same: false, index: 5, field: 'meta[0].hsv[0]', offset: 32, expected: 1, got: 2, differing: 7};
+  }});
+  const second = await open(browser, banner);
+  assert.match(await second.page.textContent('#comparison'), /meta\[0\]\.hsv\[0\] at byte 32: expected 1, got 2/);
+  await second.page.click('#comparison button');
+  await shown(second.page, 5);
+  await second.close();
+});
+
+test('names, texts and log lines are shown as they are, never run', async () => {
+  const evil = '<script>window.pwned = 1</script><img src=x onerror="window.pwned = 1"></script>@@MORVALE';
+  const file = page('hostile', {count: 3, change: data => {
+    Object.assign(data, {title: evil, command: evil, program: evil, engine: evil});
+    data.source = {kind: 'pictures', name: evil, made_by: evil};
+    data.frames.name = [evil, evil, evil];
+    data.labels[1].name = evil;
+    data.log = [[0, 'E', evil]];
+    data.events = [{index: 0, kind: '"><script>', text: evil}];
+    data.fields[0].meaning = evil;
+  }});
+  const {page: tab, complaints, close} = await open(browser, file, {width: 360});
+  for (const id of ['record', 'events', 'log']) {
+    await tab.click(`#tab-${id}`);
+    assert.ok((await tab.textContent(`#panel-${id}`)).includes(evil), id);
+  }
+  assert.equal(await tab.textContent('h1'), evil);
+  assert.equal(await tab.evaluate('window.pwned'), undefined);
+  assert.ok(await fits(tab), 'long words wrap');
+  assert.deepEqual(complaints, []);
+  await close();
+});
+
+test('the least a run can hold: one frame, no face, no picture, nothing analysed', async () => {
+  const lone = page('lone', {count: 1});
+  const bare = page('bare', {count: 5, pictures: [], change: data => {
+    data.records = emptyRecords(5);
+    data.frames.boxes = data.frames.camera_faces = data.frames.boxes.map(() => []);
+    data.log = [];
+  }});
+  const idle = page('idle', {count: 3, pictures: [], change: data => {
+    data.records = emptyRecords(3);
+    Object.assign(data.frames, {gated: [1, 1, 1], network_ms: [null, null, null]});
+    data.label_runs = ['', '', ''];
+  }});
+  for (const file of [lone, bare, idle]) {
+    const {page: tab, complaints, close} = await open(browser, file);
+    await tab.click('.data-table summary');
+    await tab.waitForSelector('.data-table tbody tr');
+    await tab.focus('#scrubber');
+    for (const key of ['Space', 'n', 'End', 'PageUp']) await tab.keyboard.press(key);
+    assert.deepEqual(complaints, [], basename(file));
+    if (file === bare) assert.match(await tab.textContent('#no-faces'), /No face was measured/);
+    if (file === idle) assert.match(await tab.textContent('.sentence'), /not analysed/);
+    await close();
+  }
+});
+
+test('both themes and every width: readable, within the window, accessible; the choice needs no storage', async () => {
+  const axe = readFileSync(require.resolve('axe-core/axe.min.js'), 'utf8');
+  const deny = () => Object.defineProperty(window, 'localStorage', {get() { throw new DOMException('denied', 'SecurityError'); }});
+  for (const file of everyReport()) {
+    const {page: tab, complaints, close} = await open(browser, file, {theme: 'dark', script: deny});
+    const background = () => tab.evaluate('getComputedStyle(document.body).backgroundColor');
+    const dark = await background();
+    await tab.evaluate(axe);
+    for (const [theme, ids] of [['dark', ['figures', 'record', 'events', 'log']], ['light', ['figures', 'record']]]) {
+      for (const id of ids) {
+        await tab.click(`#tab-${id}`);
+        const {violations} = await tab.evaluate('axe.run({resultTypes: ["violations"]})');
+        const found = violations.map(({id: rule, nodes}) => `${rule}: ${nodes.map(node => node.html.slice(0, 120)).join(' | ')}`);
+        assert.deepEqual(found, [], `${basename(file)}, ${theme}, ${id}`);
+      }
+      if (theme === 'dark') await tab.click('#theme');
+    }
+    assert.notEqual(await background(), dark);
+    for (const width of [1920, 1080, 760, 360]) {
+      await tab.setViewportSize({width, height: 800});
+      assert.ok(await fits(tab), `${basename(file)} at ${width}`);
+    }
+    assert.deepEqual(complaints, []);
+    await close();
+  }
+});

@@ -1,0 +1,26 @@
+/// A replayed frame as a line of text.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "camera_service.h"
+
+namespace tool {
+
+struct LineExtras {
+  std::string picture;               ///< the frame's own file; empty: none
+  bool times = false;                ///< add the milliseconds
+  std::optional<double> network_ms;  ///< absent: the network was not asked
+};
+
+/// One JSON object and a line end.
+std::string replay_json_line(const std::string& source_name, int frame, const FrameReport& report,
+                             const LineExtras& extras);
+
+/// The names of the columns, and a frame's: what stands beside the record, then its 72 words.
+std::string csv_heading(bool times);
+std::string csv_line(const std::string& source_name, int frame, const FrameReport& report,
+                     const LineExtras& extras);
+
+}  // namespace tool

@@ -1,0 +1,142 @@
+// Draws a frame as the library saw it, with what it found laid over. One painter serves the large view, the thumbs
+// and the views of a comparison.
+import {differingCells} from './difference.js';
+import {cellLayer, labelLayer, mapExtent} from './label_map.js';
+import {kGridColumns, kGridRows} from './records.js';
+
+export const kDifferenceColour = '#ff2d95';
+const kFaceColour = '#ffd60a';
+const kBoxColour = '#ffffff';
+const kGridColour = '#ffffff';
+const kKeptLayers = 32;
+
+export class FramePainter {
+  constructor(report, pictures) {
+    this.report_ = report;
+    this.pictures_ = pictures;
+    this.layers_ = new Map();
+  }
+
+  // Makes the frame's picture ready; true when it can be drawn at once.
+  ready(frame) {
+    const index = this.pictureIndex_(frame);
+    return index === null || this.pictures_.get(index) !== null;
+  }
+  load(frame) {
+    const index = this.pictureIndex_(frame);
+    return index === null ? Promise.resolve(null) : this.pictures_.load(index);
+  }
+
+  // `show`: labels (opacity, 0 for none), faces, boxes, grid; `side`: 'current', 'baseline' or 'difference'.
+  paint(canvas, frame, show, side = 'current') {
+    const context = canvas.getContext('2d');
+    const {width, height} = canvas;
+    const geometry = this.report_.geometry(frame);
+    const view = {context, width, height, frame, geometry, show, side, scale: width / geometry.width,
+                  down: height / geometry.height, line: Math.max(width / 420, 1)};
+    this.picture_(view);
+    this.labelMap_(view);
+    if (show.grid) this.grid_(view);
+    if (show.faces) this.rectangles_(view, this.report_.frames.camera_faces[frame], kFaceColour, true);
+    if (show.boxes) this.boxes_(view);
+  }
+
+  pictureIndex_(frame) {
+    const at = this.report_.pictureFrame(frame);
+    return at === null ? null : this.report_.frames.picture[at];
+  }
+
+  picture_({context, width, height, frame, side}) {
+    const index = this.pictureIndex_(frame);
+    const image = index === null ? null : this.pictures_.get(index);
+    context.globalAlpha = 1;
+    context.fillStyle = '#20242c';
+    context.fillRect(0, 0, width, height);
+    if (!image) return;
+    context.imageSmoothingQuality = 'high';
+    context.drawImage(image, 0, 0, width, height);
+    if (side !== 'difference') return;
+    // Grey and darker, so that the marked cells are the only colour.
+    context.globalCompositeOperation = 'saturation';
+    context.fillStyle = '#808080';
+    context.fillRect(0, 0, width, height);
+    context.globalCompositeOperation = 'source-over';
+    context.fillStyle = 'rgb(0 0 0 / 0.45)';
+    context.fillRect(0, 0, width, height);
+  }
+
+  labelMap_({context, width, height, frame, geometry, show, side}) {
+    if (show.labels <= 0 && side !== 'difference') return;
+    const layer = this.layer_(frame, side);
+    if (!layer) return;
+    const [across, down] = mapExtent(geometry);
+    context.globalAlpha = side === 'difference' ? 1 : show.labels;
+    context.imageSmoothingEnabled = side !== 'difference';
+    context.drawImage(layer, 0, 0, width * across, height * down);
+    context.imageSmoothingEnabled = true;
+    context.globalAlpha = 1;
+  }
+
+  layer_(frame, side) {
+    const key = `${side} ${frame}`;
+    if (!this.layers_.has(key)) {
+      if (this.layers_.size >= kKeptLayers) this.layers_.delete(this.layers_.keys().next().value);
+      this.layers_.set(key, this.makeLayer_(frame, side));
+    }
+    return this.layers_.get(key);
+  }
+
+  makeLayer_(frame, side) {
+    const geometry = this.report_.geometry(frame);
+    const current = side === 'baseline' ? null : this.report_.labels(frame);
+    const baseline = side === 'current' ? null : this.report_.baselineLabels(frame);
+    if (side === 'difference') {
+      const cells = differingCells(current, baseline);
+      return cells && cellLayer(cells, geometry, kDifferenceColour);
+    }
+    const map = current ?? baseline;
+    const colours = this.report_.data.labels.map(label => label.color);
+    return map && labelLayer(map, geometry, colours, this.report_.front);
+  }
+
+  boxes_(view) {
+    const baseline = this.report_.baseline?.boxes?.[view.frame] ?? [];
+    if (view.side === 'difference') this.rectangles_(view, baseline, kBoxColour, true);
+    const boxes = view.side === 'baseline' ? baseline : this.report_.frames.boxes[view.frame];
+    this.rectangles_(view, boxes, kBoxColour, false);
+  }
+
+  rectangles_({context, scale, down, line}, boxes, colour, dashed) {
+    for (const [x, y, w, h] of boxes) {
+      const place = [x * scale, y * down, w * scale, h * down];
+      context.setLineDash([]);
+      context.strokeStyle = 'rgb(0 0 0 / 0.4)';
+      context.lineWidth = 1.9 * line;
+      context.strokeRect(...place);
+      context.setLineDash(dashed ? [5 * line, 3.5 * line] : []);
+      context.strokeStyle = colour;
+      context.lineWidth = 1.1 * line;
+      context.strokeRect(...place);
+    }
+    context.setLineDash([]);
+  }
+
+  grid_({context, width, height, frame, side, line}) {
+    const records = side === 'baseline' ? this.report_.baseline.records : this.report_.records;
+    if (frame >= records.count) return;
+    const cells = records.grid(frame);
+    const across = width / kGridColumns, down = height / kGridRows;
+    context.lineWidth = 0.5 * line;
+    context.strokeStyle = kGridColour;
+    for (let i = 0; i < cells.length; ++i) {
+      const place = [(i % kGridColumns) * across, Math.floor(i / kGridColumns) * down, across, down];
+      context.globalAlpha = 0.22;
+      context.strokeRect(...place);
+      if (!cells[i]) continue;
+      context.globalAlpha = 0.38;
+      context.fillStyle = kGridColour;
+      context.fillRect(...place);
+    }
+    context.globalAlpha = 1;
+  }
+}

@@ -1,0 +1,114 @@
+// The analysed run: the page's data with what is derived from it. Frames are counted by their place in the run;
+// their number in the source is only shown.
+import {bytesOf, unpackRuns} from './bytes.js';
+import {differenceOf} from './difference.js';
+import {kMeasuredBlocks, Records} from './records.js';
+
+const kFormat = 'morvale-report';
+const kVersion = 1;
+const kKeptMaps = 64;
+
+export class Report {
+  constructor(data) {
+    if (data.format !== kFormat || data.version !== kVersion)
+      throw new Error(`this page shows ${kFormat} ${kVersion}, not ${data.format} ${data.version}`);
+    this.data = data;
+    this.frames = data.frames;
+    this.count = data.frames.number.length;
+    this.front = data.camera === 'front';
+    this.records = new Records(data.records);
+    this.pictureFrames_ = framesWithPicture(data.frames.picture);
+    this.maps_ = new Map();
+    this.logStart_ = firstLines(data.log, this.count);
+    this.baseline = data.baseline ? new Baseline(data.baseline) : null;
+    this.difference = this.baseline ? differenceOf(this) : null;
+    this.events = [...data.events, ...(this.difference ? this.difference.events : [])].sort(
+        (a, b) => a.index - b.index);
+  }
+
+  number(frame) { return this.frames.number[frame]; }
+  title(frame) { return this.frames.name ? this.frames.name[frame] : `Frame ${this.number(frame)}`; }
+  geometry(frame) { return this.data.geometries[this.frames.geometry[frame]]; }
+  personCount(frame) { return this.frames.boxes[frame].length; }
+
+  gated(frame) { return this.frames.gated[frame] !== 0; }
+  failed(frame) { return this.frames.process[frame] !== 0; }
+  // Whether the record tells about this very frame: a gated frame clears it, a failed one leaves an older map's.
+  analysed(frame) { return !this.gated(frame) && !this.failed(frame); }
+  sluggish(frame) {
+    const time = this.frames.network_ms[frame];
+    return time !== null && Math.floor(time) >= this.data.sluggish_ms;
+  }
+
+  measuredFaces(frame) {
+    return this.front ? Math.min(Math.max(this.records.ver(frame), 0), kMeasuredBlocks) : 0;
+  }
+
+  // The library's own time, without the network's run.
+  libraryMs(frame) {
+    const {process_ms, network_ms, analysis_ms} = this.frames;
+    return Math.max(process_ms[frame] - (network_ms[frame] ?? 0) + analysis_ms[frame], 0);
+  }
+
+  // One figure of every frame, null where `of` knows none or the frame was not analysed.
+  series(of) {
+    return Array.from({length: this.count}, (_, frame) => this.analysed(frame) ? of(frame) ?? null : null);
+  }
+
+  // The winning label of every cell, or null where the frame has no map.
+  labels(frame) { return this.kept_(`${frame}`, () => this.unpack_(this.data.label_runs[frame], frame)); }
+  baselineLabels(frame) {
+    return this.kept_(`baseline ${frame}`, () => this.unpack_(this.baseline.labelRuns[frame], frame));
+  }
+
+  // The last frame up to this one that has a picture; before the first, the first. null without pictures.
+  pictureFrame(frame) {
+    const at = this.pictureFrames_[frame];
+    return at < 0 ? null : at;
+  }
+
+  // Log lines of a frame: their range in data.log.
+  logRange(frame) { return [this.logStart_[frame], this.logStart_[frame + 1]]; }
+
+  unpack_(runs, frame) {
+    const {netSize, segFactor} = this.geometry(frame);
+    return runs ? unpackRuns(bytesOf(runs), netSize * segFactor) : null;
+  }
+
+  kept_(key, make) {
+    if (!this.maps_.has(key)) {
+      if (this.maps_.size >= kKeptMaps) this.maps_.delete(this.maps_.keys().next().value);
+      this.maps_.set(key, make());
+    }
+    return this.maps_.get(key);
+  }
+}
+
+class Baseline {
+  constructor({name, records, label_runs, boxes}) {
+    this.name = name;
+    this.records = new Records(records);
+    this.labelRuns = label_runs;
+    this.boxes = boxes;
+  }
+  has(frame) { return frame < this.records.count; }
+}
+
+function framesWithPicture(pictures) {
+  let last = pictures.findIndex(picture => picture !== null);
+  return Int32Array.from(pictures, (picture, frame) => {
+    if (picture !== null) last = frame;
+    return last;
+  });
+}
+
+// Where each frame's lines begin in the log, which is in the order of the frames; one entry more for the end.
+function firstLines(log, frames) {
+  const start = new Int32Array(frames + 1);
+  let line = 0;
+  for (let frame = 0; frame <= frames; ++frame) {
+    while (line < log.length && log[line][0] < frame) ++line;
+    start[frame] = line;
+  }
+  return start;
+}
