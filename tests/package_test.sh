@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the build into an empty folder and lets a stranger's project build against it, once with CMake and once with
-# pkg-config alone, and run a frame.
+# pkg-config alone, and run a frame. With the program come its manual page and completion scripts.
 # usage: package_test.sh BUILD_DIR CMAKE CXX EMULATOR... (an empty emulator runs the programs as they are)
 set -euo pipefail
 build=$1 cmake=$2 cxx=$3
@@ -11,9 +11,16 @@ trap 'rm -rf "$work"' EXIT
 prefix=$work/prefix
 
 "$cmake" --install "$build" --prefix "$prefix" >"$work/install.log"
+toolchain=$(sed -n 's/^CMAKE_TOOLCHAIN_FILE:[A-Z]*=//p' "$build/CMakeCache.txt")
+
+if [[ -x $prefix/bin/morvale && -z $toolchain ]]; then
+  echo "-- the program"
+  "$prefix/bin/morvale" manual | cmp - "$prefix/share/man/man1/morvale.1"
+  "$prefix/bin/morvale" completion bash | cmp - "$prefix/share/bash-completion/completions/morvale"
+  "$prefix/bin/morvale" completion zsh | cmp - "$prefix/share/zsh/site-functions/_morvale"
+fi
 
 echo "-- by CMake"
-toolchain=$(sed -n 's/^CMAKE_TOOLCHAIN_FILE:[A-Z]*=//p' "$build/CMakeCache.txt")
 "$cmake" -S "$source" -B "$work/build" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$cxx" \
   ${toolchain:+-DCMAKE_TOOLCHAIN_FILE="$toolchain"} -DCMAKE_FIND_ROOT_PATH="$prefix" >"$work/configure.log"
 "$cmake" --build "$work/build" >"$work/build.log" || { cat "$work/build.log"; exit 1; }

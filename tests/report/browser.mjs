@@ -7,8 +7,10 @@ export const kReportFolder = fileURLToPath(new URL('../../tools/report', import.
 const modules = process.env.MORVALE_NODE_MODULES ?? join(kReportFolder, 'node_modules');
 export const require = createRequire(join(modules, 'any.js'));
 
-const kFlags = ['--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run', '--disable-background-networking',
-                '--disable-component-update', '--disable-sync'];
+const kFlags = [
+  '--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run', '--disable-background-networking',
+  '--disable-component-update', '--disable-sync'
+];
 
 export function launch() {
   const executablePath = process.env.MORVALE_CHROMIUM ?? '/usr/bin/chromium';
@@ -16,8 +18,10 @@ export function launch() {
 }
 
 // Opens a page and waits until its first frame is drawn. `complaints` gathers what must not be.
-export async function open(browser, file, {width = 1280, height = 900, theme = 'light', script, hash = ''} = {}) {
-  const context = await browser.newContext({viewport: {width, height}, colorScheme: theme, reducedMotion: 'reduce'});
+export async function open(
+    browser, file, {width = 1280, height = 900, theme = 'light', script, hash = ''} = {}) {
+  const context =
+      await browser.newContext({viewport: {width, height}, colorScheme: theme, reducedMotion: 'reduce'});
   const page = await context.newPage();
   const complaints = [];
   page.on('console', message => complaints.push(`console: ${message.text()}`));
@@ -33,8 +37,8 @@ export async function open(browser, file, {width = 1280, height = 900, theme = '
 
 export const shown = (page, frame) => page.waitForSelector(`#stage[data-frame="${frame}"]`);
 
-// One pixel of the large view, by its place in shares of the picture; read from a copy, as the view's own canvas is
-// not made for it.
+// One pixel of the large view, by its place in shares of the picture; read from a copy, as the view's own
+// canvas is not made for it.
 export function pixel(page, across, down, side = 'current') {
   return page.evaluate(([x, y, which]) => {
     const canvas = document.querySelector(`canvas[data-side="${which}"]`);
@@ -48,13 +52,15 @@ export function pixel(page, across, down, side = 'current') {
 // Plain pictures, one for each colour, as base64 of a JPEG.
 export async function plainPictures(browser, colours) {
   const page = await browser.newPage();
-  const urls = await page.evaluate(list => list.map(colour => {
-    const canvas = Object.assign(document.createElement('canvas'), {width: 32, height: 24});
-    const context = canvas.getContext('2d');
-    context.fillStyle = colour;
-    context.fillRect(0, 0, 32, 24);
-    return canvas.toDataURL('image/jpeg', 0.95);
-  }), colours);
+  const urls = await page.evaluate(
+      list => list.map(colour => {
+        const canvas = Object.assign(document.createElement('canvas'), {width: 32, height: 24});
+        const context = canvas.getContext('2d');
+        context.fillStyle = colour;
+        context.fillRect(0, 0, 32, 24);
+        return canvas.toDataURL('image/jpeg', 0.95);
+      }),
+      colours);
   await page.close();
   return urls.map(url => url.slice(url.indexOf(',') + 1));
 }

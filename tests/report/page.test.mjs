@@ -1,22 +1,29 @@
-// The page in a real browser. MORVALE_REPORT_TEMPLATE names the built template (made here where it is not set);
-// MORVALE_REPORT_HTML, a list with commas, adds whole reports to the checks that hold for every report.
+// The page in a real browser. MORVALE_REPORT_TEMPLATE names the built template (made here where it is not
+// set); MORVALE_REPORT_HTML, a list with commas, adds whole reports to the checks that hold for every report.
 import assert from 'node:assert/strict';
 import {execFileSync} from 'node:child_process';
 import {mkdtempSync, readFileSync, rmSync} from 'node:fs';
 import {tmpdir} from 'node:os';
 import {basename, join} from 'node:path';
 import {after, before, test} from 'node:test';
-import {kReportFolder, launch, open, pixel, plainPictures, require, shown} from './browser.mjs';
-import {emptyRecords, kFrontGeometry, leftOf, makeData, packRuns, putWords, readData, writePage} from './fixture.mjs';
 
-const kEvents = [{index: 4, kind: 'found', text: 'person found'}, {index: 12, kind: 'sluggish', text: 'network run of 40 ms'},
-                 {index: 12, kind: 'lost', text: 'person lost'}, {index: 30, kind: 'failed', text: 'failed'}];
+import {kReportFolder, launch, open, pixel, plainPictures, require, shown} from './browser.mjs';
+import * as fixture from './fixture.mjs';
+
+const {emptyRecords, kFrontGeometry, leftOf, makeData, packRuns, putWords, readData, writePage} = fixture;
+const kEvents = [
+  {index: 4, kind: 'found', text: 'person found'},
+  {index: 12, kind: 'sluggish', text: 'network run of 40 ms'}, {index: 12, kind: 'lost', text: 'person lost'},
+  {index: 30, kind: 'failed', text: 'failed'}
+];
 const folder = mkdtempSync(join(tmpdir(), 'morvale-report-'));
 const given = (process.env.MORVALE_REPORT_HTML ?? '').split(',').filter(Boolean);
 let browser, template, pictures, front, back, compared;
 
-const page = (name, options) => writePage(template, makeData({pictures, ...options}), join(folder, `${name}.html`));
-const near = (actual, expected, slack = 12) => actual.every((channel, i) => Math.abs(channel - expected[i]) <= slack);
+const page = (name, options) =>
+    writePage(template, makeData({pictures, ...options}), join(folder, `${name}.html`));
+const near = (actual, expected, slack = 12) =>
+    actual.every((channel, i) => Math.abs(channel - expected[i]) <= slack);
 
 before(async () => {
   browser = await launch();
@@ -26,15 +33,20 @@ before(async () => {
     execFileSync(process.execPath, [join(kReportFolder, 'build.mjs'), template]);
   }
   pictures = await plainPictures(browser, ['#c04040', '#40c040', '#4040c0']);
-  const events = data => { data.events = kEvents; };
+  const events = data => {
+    data.events = kEvents;
+  };
   front = page('front', {change: events});
   back = page('back', {camera: 'back', change: events});
-  compared = page('compared', {change: data => {
-    const base = makeData();
-    data.baseline = {name: 'before', records: base.records, label_runs: base.label_runs, boxes: base.frames.boxes};
-    putWords(data.records, 7, {1: 90});
-    data.label_runs[7] = packRuns(leftOf(40, kFrontGeometry));
-  }});
+  compared = page('compared', {
+    change: data => {
+      const base = makeData();
+      data.baseline =
+          {name: 'before', records: base.records, label_runs: base.label_runs, boxes: base.frames.boxes};
+      putWords(data.records, 7, {1: 90});
+      data.label_runs[7] = packRuns(leftOf(40, kFrontGeometry));
+    }
+  });
 });
 
 after(async () => {
@@ -64,7 +76,8 @@ async function listedRecord(tab) {
 
 test('every report opens without a complaint and shows what its records say', async () => {
   for (const file of everyReport()) {
-    const data = readData(file), bytes = Buffer.from(data.records, 'base64'), last = data.frames.number.length - 1;
+    const data = readData(file), bytes = Buffer.from(data.records, 'base64'),
+          last = data.frames.number.length - 1;
     const {page: tab, complaints, close} = await open(browser, file);
     await tab.click('#tab-record');
     for (const [key, frame] of [['Home', 0], ['ArrowRight', Math.min(1, last)], ['End', last]]) {
@@ -74,8 +87,10 @@ test('every report opens without a complaint and shows what its records say', as
       const listed = await listedRecord(tab), column = data.baseline ? 2 : 1;
       assert.equal(listed.size, 72);
       for (const {offset, signed} of data.fields) {
-        const value = signed ? bytes.readInt32LE(288 * frame + offset) : bytes.readUInt32LE(288 * frame + offset);
-        assert.equal(listed.get(offset)[column], `${value}`, `${basename(file)}: frame ${frame}, byte ${offset}`);
+        const value =
+            signed ? bytes.readInt32LE(288 * frame + offset) : bytes.readUInt32LE(288 * frame + offset);
+        assert.equal(
+            listed.get(offset)[column], `${value}`, `${basename(file)}: frame ${frame}, byte ${offset}`);
       }
     }
     const analysed = Array.from({length: last + 1}, (_, frame) => frame)
@@ -117,8 +132,10 @@ test('the scrubber follows mouse and keys, and the picture is the frame\'s', asy
   await shown(tab, middle);
 
   await tab.keyboard.press('Home');
-  const steps = [['ArrowRight', 1], ['ArrowRight', 2], ['ArrowLeft', 1], ['PageDown', 11], ['n', 12], ['n', 30], ['n', 30],
-                 ['p', 12], ['p', 4], ['p', 4], ['PageUp', 0], ['End', 39]];
+  const steps = [
+    ['ArrowRight', 1], ['ArrowRight', 2], ['ArrowLeft', 1], ['PageDown', 11], ['n', 12], ['n', 30], ['n', 30],
+    ['p', 12], ['p', 4], ['p', 4], ['PageUp', 0], ['End', 39]
+  ];
   const colours = [[192, 64, 64], [64, 192, 64], [64, 64, 192]];
   for (const [key, frame] of steps) {
     await tab.keyboard.press(key);
@@ -150,7 +167,7 @@ test('keys stay with what uses them', async () => {
   await close();
 });
 
-test('a click on a chart goes to that frame', async () => {
+test('a click on a chart goes to that frame, a drag zooms all charts', async () => {
   const {page: tab, close} = await open(browser, front);
   const plot = await tab.$('.u-over');
   await plot.scrollIntoViewIfNeeded();
@@ -158,16 +175,39 @@ test('a click on a chart goes to that frame', async () => {
   await tab.mouse.click(box.x + box.width * 10 / 39, box.y + box.height / 2);
   await shown(tab, 10);
   assert.match(await tab.textContent('.chart .readouts'), /humanRatio30 %/);
+
+  const places = () => tab.$$eval('.here', lines => lines.map(line => line.hidden ? 'out' : line.style.transform));
+  const whole = await places();
+  await tab.mouse.move(box.x + box.width * 20 / 39, box.y + 40);
+  await tab.mouse.down();
+  await tab.mouse.move(box.x + box.width * 30 / 39, box.y + 40, {steps: 4});
+  await tab.mouse.up();
+  await tab.click('text=Whole run', {trial: true});
+  assert.deepEqual(await places(), whole.map(() => 'out'), 'frame 10 is outside of every chart');
+  await tab.click('text=Whole run');
+  await tab.waitForSelector('text=Whole run', {state: 'hidden'});
+  assert.equal(await tab.inputValue('#scrubber'), '10', 'a drag is no click');
   await close();
 });
 
 test('the label map lies over the picture as the network saw it', async () => {
   // A portrait picture fills 144 of the network's 256 columns: cell columns left of 18 are its left half.
-  const geometry = {...kFrontGeometry, width: 180, height: 320, stride: 180, shrunkWidth: 144, shrunkHeight: 256, segFactor: 64};
-  const file = page('portrait', {count: 2, change: data => {
-    data.geometries = [geometry];
-    data.label_runs = [packRuns(leftOf(18, geometry)), packRuns(leftOf(18, geometry))];
-  }});
+  const geometry = {
+    ...kFrontGeometry,
+    width: 180,
+    height: 320,
+    stride: 180,
+    shrunkWidth: 144,
+    shrunkHeight: 256,
+    segFactor: 64
+  };
+  const file = page('portrait', {
+    count: 2,
+    change: data => {
+      data.geometries = [geometry];
+      data.label_runs = [packRuns(leftOf(18, geometry)), packRuns(leftOf(18, geometry))];
+    }
+  });
   const {page: tab, close} = await open(browser, file);
   for (const id of ['boxes', 'faces']) await tab.uncheck(`#show-${id}`);
   const plain = [192, 64, 64];
@@ -189,8 +229,12 @@ test('a frame without a picture borrows the last one and says so', async () => {
 
 test('front camera: each measured face has its figures, in words and in the table', async () => {
   const {page: tab, close} = await open(browser, front);
-  const faces = () => tab.$$eval('#figures .face', list => list.map(face => ({
-    cells: [...face.querySelectorAll('td')].map(cell => cell.textContent), text: face.textContent})));
+  const faces = () => tab.$$eval(
+      '#figures .face',
+      list => list.map(face => ({
+                         cells: [...face.querySelectorAll('td')].map(cell => cell.textContent),
+                         text: face.textContent
+                       })));
   const [first, ...others] = await faces();
   assert.equal(others.length, 0);
   assert.deepEqual(first.cells, ['19°', '23°', '28°', '75', '85', '100', '180', '200', '230']);
@@ -199,9 +243,13 @@ test('front camera: each measured face has its figures, in words and in the tabl
   await shown(tab, 1);
   assert.equal((await faces()).length, 2);
   await tab.click('.data-table summary');
-  const row = await tab.$$eval('.data-table tbody tr:nth-child(2) > *', list => list.map(cell => cell.textContent));
-  assert.deepEqual(row, ['102', 'analysed', '21', '1', '2', '151', '23 (19–28)', '85 (75–100)', '200 (180–230)', '120',
-                         '40 (40–40)', '90 (90–90)', '170 (170–170)', '10.10', '1.50']);
+  await tab.waitForSelector('.data-table tbody tr');
+  const row =
+      await tab.$$eval('.data-table tbody tr:nth-child(2) > *', list => list.map(cell => cell.textContent));
+  assert.deepEqual(row, [
+    '102', 'analysed', '21', '1', '2', '151', '23 (19–28)', '85 (75–100)', '200 (180–230)', '120',
+    '40 (40–40)', '90 (90–90)', '170 (170–170)', '10.10', '1.50'
+  ]);
   await close();
 });
 
@@ -228,11 +276,15 @@ test('a comparison shows both records and marks the cells that differ', async ()
   assert.match(await tab.textContent('.card:last-child'), /1 frame/);
   await close();
 
-  const banner = page('banner', {change: data => {
-    data.comparison = {same: false, index: 5, field: 'meta[0].hsv[0]', offset: 32, expected: 1, got: 2, differing: 7};
-  }});
+  const banner = page('banner', {
+    change: data => {
+      data.comparison =
+          {same: false, index: 5, field: 'meta[0].hsv[0]', offset: 32, expected: 1, got: 2, differing: 7};
+    }
+  });
   const second = await open(browser, banner);
-  assert.match(await second.page.textContent('#comparison'), /meta\[0\]\.hsv\[0\] at byte 32: expected 1, got 2/);
+  assert.match(
+      await second.page.textContent('#comparison'), /meta\[0\]\.hsv\[0\] at byte 32: expected 1, got 2/);
   await second.page.click('#comparison button');
   await shown(second.page, 5);
   await second.close();
@@ -240,15 +292,18 @@ test('a comparison shows both records and marks the cells that differ', async ()
 
 test('names, texts and log lines are shown as they are, never run', async () => {
   const evil = '<script>window.pwned = 1</script><img src=x onerror="window.pwned = 1"></script>@@MORVALE';
-  const file = page('hostile', {count: 3, change: data => {
-    Object.assign(data, {title: evil, command: evil, program: evil, engine: evil});
-    data.source = {kind: 'pictures', name: evil, made_by: evil};
-    data.frames.name = [evil, evil, evil];
-    data.labels[1].name = evil;
-    data.log = [[0, 'E', evil]];
-    data.events = [{index: 0, kind: '"><script>', text: evil}];
-    data.fields[0].meaning = evil;
-  }});
+  const file = page('hostile', {
+    count: 3,
+    change: data => {
+      Object.assign(data, {title: evil, command: evil, program: evil, engine: evil});
+      data.source = {kind: 'pictures', name: evil, made_by: evil};
+      data.frames.name = [evil, evil, evil];
+      data.labels[1].name = evil;
+      data.log = [[0, 'E', evil]];
+      data.events = [{index: 0, kind: '"><script>', text: evil}];
+      data.fields[0].meaning = evil;
+    }
+  });
   const {page: tab, complaints, close} = await open(browser, file, {width: 360});
   for (const id of ['record', 'events', 'log']) {
     await tab.click(`#tab-${id}`);
@@ -263,16 +318,24 @@ test('names, texts and log lines are shown as they are, never run', async () => 
 
 test('the least a run can hold: one frame, no face, no picture, nothing analysed', async () => {
   const lone = page('lone', {count: 1});
-  const bare = page('bare', {count: 5, pictures: [], change: data => {
-    data.records = emptyRecords(5);
-    data.frames.boxes = data.frames.camera_faces = data.frames.boxes.map(() => []);
-    data.log = [];
-  }});
-  const idle = page('idle', {count: 3, pictures: [], change: data => {
-    data.records = emptyRecords(3);
-    Object.assign(data.frames, {gated: [1, 1, 1], network_ms: [null, null, null]});
-    data.label_runs = ['', '', ''];
-  }});
+  const bare = page('bare', {
+    count: 5,
+    pictures: [],
+    change: data => {
+      data.records = emptyRecords(5);
+      data.frames.boxes = data.frames.camera_faces = data.frames.boxes.map(() => []);
+      data.log = [];
+    }
+  });
+  const idle = page('idle', {
+    count: 3,
+    pictures: [],
+    change: data => {
+      data.records = emptyRecords(3);
+      Object.assign(data.frames, {gated: [1, 1, 1], network_ms: [null, null, null]});
+      data.label_runs = ['', '', ''];
+    }
+  });
   for (const file of [lone, bare, idle]) {
     const {page: tab, complaints, close} = await open(browser, file);
     await tab.click('.data-table summary');
@@ -286,29 +349,34 @@ test('the least a run can hold: one frame, no face, no picture, nothing analysed
   }
 });
 
-test('both themes and every width: readable, within the window, accessible; the choice needs no storage', async () => {
-  const axe = readFileSync(require.resolve('axe-core/axe.min.js'), 'utf8');
-  const deny = () => Object.defineProperty(window, 'localStorage', {get() { throw new DOMException('denied', 'SecurityError'); }});
-  for (const file of everyReport()) {
-    const {page: tab, complaints, close} = await open(browser, file, {theme: 'dark', script: deny});
-    const background = () => tab.evaluate('getComputedStyle(document.body).backgroundColor');
-    const dark = await background();
-    await tab.evaluate(axe);
-    for (const [theme, ids] of [['dark', ['figures', 'record', 'events', 'log']], ['light', ['figures', 'record']]]) {
-      for (const id of ids) {
-        await tab.click(`#tab-${id}`);
-        const {violations} = await tab.evaluate('axe.run({resultTypes: ["violations"]})');
-        const found = violations.map(({id: rule, nodes}) => `${rule}: ${nodes.map(node => node.html.slice(0, 120)).join(' | ')}`);
-        assert.deepEqual(found, [], `${basename(file)}, ${theme}, ${id}`);
+test(
+    'both themes and every width: readable, within the window, accessible; the choice needs no storage',
+    async () => {
+      const axe = readFileSync(require.resolve('axe-core/axe.min.js'), 'utf8');
+      const deny = () => Object.defineProperty(
+          window, 'localStorage', {get() { throw new DOMException('denied', 'SecurityError'); }});
+      for (const file of everyReport()) {
+        const {page: tab, complaints, close} = await open(browser, file, {theme: 'dark', script: deny});
+        const background = () => tab.evaluate('getComputedStyle(document.body).backgroundColor');
+        const dark = await background();
+        await tab.evaluate(axe);
+        for (const [theme, ids] of [
+                 ['dark', ['figures', 'record', 'events', 'log']], ['light', ['figures', 'record']]]) {
+          for (const id of ids) {
+            await tab.click(`#tab-${id}`);
+            const {violations} = await tab.evaluate('axe.run({resultTypes: ["violations"]})');
+            const found = violations.map(
+                ({id: rule, nodes}) => `${rule}: ${nodes.map(node => node.html.slice(0, 120)).join(' | ')}`);
+            assert.deepEqual(found, [], `${basename(file)}, ${theme}, ${id}`);
+          }
+          if (theme === 'dark') await tab.click('#theme');
+        }
+        assert.notEqual(await background(), dark);
+        for (const width of [1920, 1080, 760, 360]) {
+          await tab.setViewportSize({width, height: 800});
+          assert.ok(await fits(tab), `${basename(file)} at ${width}`);
+        }
+        assert.deepEqual(complaints, []);
+        await close();
       }
-      if (theme === 'dark') await tab.click('#theme');
-    }
-    assert.notEqual(await background(), dark);
-    for (const width of [1920, 1080, 760, 360]) {
-      await tab.setViewportSize({width, height: 800});
-      assert.ok(await fits(tab), `${basename(file)} at ${width}`);
-    }
-    assert.deepEqual(complaints, []);
-    await close();
-  }
-});
+    });

@@ -1,11 +1,13 @@
 // What the page works out from the data before anything is drawn.
 import assert from 'node:assert/strict';
 import {test} from 'node:test';
+
 import {unpackRuns} from '../../tools/report/src/bytes.js';
 import {chooseFrames} from '../../tools/report/src/contact_sheet.js';
 import {Report} from '../../tools/report/src/report.js';
 import {faceFigures, unwrapped} from '../../tools/report/src/series.js';
 import {spread} from '../../tools/report/src/stats.js';
+
 import {emptyRecords, kFrontGeometry, leftOf, makeData, packRuns, putWords} from './fixture.mjs';
 
 test('runs: the longest run, the label bits and a damaged tail', () => {
@@ -16,7 +18,8 @@ test('runs: the longest run, the label bits and a damaged tail', () => {
 
 test('percentiles are values that occurred, and missing frames do not count', () => {
   const found = spread([null, 4, 1, undefined, 3, 2]);
-  assert.deepEqual([found.count, found.min, found.p50, found.p90, found.max, found.mean], [4, 1, 2, 4, 4, 2.5]);
+  assert.deepEqual(
+      [found.count, found.min, found.p50, found.p90, found.max, found.mean], [4, 1, 2, 4, 4, 2.5]);
   assert.equal(spread([null]), null);
 });
 
@@ -31,7 +34,8 @@ test('a face is a gap where it was not measured: ver, gate, failure, no colour o
     data.frames.gated[2] = 1;
     data.frames.process[3] = -1;
     data.records = emptyRecords(6);
-    for (let frame = 0; frame < 6; ++frame) putWords(data.records, frame, {0: 5, 4: 100, 8: 20, 9: 80, 10: 90, 36: 360});
+    for (let frame = 0; frame < 6; ++frame)
+      putWords(data.records, frame, {0: 5, 4: 100, 8: 20, 9: 80, 10: 90, 36: 360});
     putWords(data.records, 1, {0: 0});
     putWords(data.records, 4, {4: 0, 8: 360, 9: 0, 10: 0});
   };
@@ -51,19 +55,29 @@ test('stretches of frames that differ from the baseline are one event each', () 
   };
   const {difference} = new Report(makeData({count: 8, change}));
   assert.equal(difference.frames, 4);
-  assert.deepEqual(difference.events.map(({index, text}) => [index, text]),
-                   [[2, 'Differs: 2 fields; 3 frames in a row'], [6, 'Differs: label map']]);
+  assert.deepEqual(
+      difference.events.map(({index, text}) => [index, text]),
+      [[2, 'Differs: 2 fields; 3 frames in a row'], [6, 'Differs: label map']]);
 
-  const shorter = new Report(makeData({count: 10, change: data => {
-    data.baseline = {name: 'before', records: base.records, label_runs: base.label_runs, boxes: null};
-  }}));
-  assert.deepEqual(shorter.difference.events.map(({index, text}) => [index, text]),
-                   [[8, 'Not in the baseline; 2 frames in a row']]);
+  const shorter = new Report(makeData({
+    count: 10,
+    change: data => {
+      data.baseline = {name: 'before', records: base.records, label_runs: base.label_runs, boxes: null};
+    }
+  }));
+  assert.deepEqual(
+      shorter.difference.events.map(({index, text}) => [index, text]),
+      [[8, 'Not in the baseline; 2 frames in a row']]);
 });
 
 test('the contact sheet spans the run and has every event once', () => {
   const events = [{index: 7, kind: 'lost', text: ''}, {index: 7, kind: 'gated', text: ''}];
-  const chosen = chooseFrames(new Report(makeData({count: 1000, change: data => { data.events = events; }})));
+  const chosen = chooseFrames(new Report(makeData({
+    count: 1000,
+    change: data => {
+      data.events = events;
+    }
+  })));
   assert.equal(chosen.length, 25);
   assert.deepEqual([chosen[0][0], chosen.at(-1)[0]], [0, 999]);
   assert.deepEqual(chosen.find(([frame]) => frame === 7)[1], ['lost', 'gated']);

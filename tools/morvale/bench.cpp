@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <random>
 #include <string>
 #include <vector>
@@ -28,7 +29,7 @@ constexpr const char* kExamples = R"(Examples:
   MORVALE_KERNELS=portable morvale bench
       The same with the portable kernels.
 
-Each frame is another one of several, so that it comes from memory as a camera's does, not from the cache. The
+Each frame is another one of many, so that it comes from memory as a camera's does, not from the cache. The
 first frame is told apart; the other figures are taken over the frames behind it.
 )";
 
@@ -59,14 +60,24 @@ struct Figure {
 };
 constexpr Figure kFigures[] = {{"p50", 0.5}, {"p90", 0.9}, {"p99", 0.99}, {"p99.9", 0.999}, {"max", 1.0}};
 
-std::vector<Frame> frames_of(FrameSize size, size_t count) {
+void fill_with_noise(std::vector<uint8_t>& bytes, std::mt19937& random) {
+  for (size_t i = 0; i < bytes.size(); i += 4) {
+    const auto four = static_cast<uint32_t>(random());
+    std::memcpy(bytes.data() + i, &four, std::min<size_t>(4, bytes.size() - i));
+  }
+}
+
+/// Frames that together are far larger than a processor's caches: none comes from there when its turn comes.
+std::vector<Frame> frames_of(FrameSize size) {
+  constexpr int64_t kAllBytes = 384'000'000;
+  const int64_t bytes = size.pixels() * 3 / 2;
   std::mt19937 random(1);
-  std::vector<Frame> frames(count);
+  std::vector<Frame> frames(static_cast<size_t>(std::max<int64_t>(kAllBytes / bytes, 8)));
   for (Frame& frame : frames) {
     frame.width = frame.stride = size.width;
     frame.height = size.height;
     frame.nv21.resize(static_cast<size_t>(size.width) * static_cast<size_t>(size.height) * 3 / 2);
-    for (uint8_t& byte : frame.nv21) byte = static_cast<uint8_t>(random() >> 24);
+    fill_with_noise(frame.nv21, random);
   }
   return frames;
 }
@@ -170,8 +181,7 @@ int bench_main(int argc, char** argv) {
   if (options.size.empty()) options.size = front ? "4000x3000" : "1920x1080";
   setenv("VEXA_ENGINE", "fixed", 1);
   setenv("MORVALE_LOG", "S", 0);
-  constexpr size_t kSources = 8;
-  const std::vector<Frame> frames = frames_of(parse_size(options.size), kSources);
+  const std::vector<Frame> frames = frames_of(parse_size(options.size));
 
   DivertedOutput library_output(1);
   TimedSession session(front ? kFrontCamera : 0);

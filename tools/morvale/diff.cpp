@@ -9,6 +9,7 @@
 
 #include "command.h"
 #include "command_line.h"
+#include "diff_page.h"
 #include "diff_records.h"
 #include "diff_session.h"
 #include "inspect_source.h"
@@ -36,6 +37,9 @@ constexpr const char* kExamples = R"(Examples:
   morvale diff a b --tolerance '*=3' --tolerance ver=0
       Everything may be 3 off but ver; of several tolerances the last that names a field counts.
   morvale diff --records-only --format json a b
+  morvale diff before after --report out
+      out/report.html: the frames of both with what differs, side by side. Pictures are B's, else A's; label
+      maps are shown where both bundles have them. The page knows no tolerances: it marks every difference.
 
 A and B are folders with session.json or files of 288-byte records. Names of fields are those that morvale
 inspect --offsets shows. Hues are apart on the circle: 359 and 1 by 2. Words of the back camera's occupancy
@@ -50,7 +54,20 @@ struct DiffOptions {
   Tolerances tolerances;
   Camera camera = Camera::kFront;
   bool json = false, records_only = false;
+  std::string report;   ///< empty: no page
+  std::string command;  ///< for the page, as it was typed
 };
+
+/// The command line for people to copy: words that a shell would take apart stand in quotes.
+std::string joined(int argc, char** argv) {
+  std::string line = "morvale";
+  for (int i = 0; i < argc; ++i) {
+    const std::string word = argv[i];
+    const bool plain = word.find_first_of(" *?[]()&;|<>$\"\\") == std::string::npos && !word.empty();
+    line += plain ? " " + word : " '" + word + "'";
+  }
+  return line;
+}
 
 std::optional<DiffOptions> parse_diff_options(int argc, char** argv) {
   DiffOptions options;
@@ -67,6 +84,8 @@ std::optional<DiffOptions> parse_diff_options(int argc, char** argv) {
       ->type_name("front|back")
       ->check(one_of({"front", "back"}));
   app.add_flag("--records-only", options.records_only, "Leave out the notes on inputs and scores");
+  app.add_option("--report", options.report, "Write report.html into this folder: A, B and what differs")
+      ->type_name("DIR");
   app.add_option("--format", format, "Text (default) or one JSON object")
       ->type_name("text|json")
       ->check(one_of({"text", "json"}));
@@ -75,6 +94,9 @@ std::optional<DiffOptions> parse_diff_options(int argc, char** argv) {
   for (const std::string& tolerance : tolerances) options.tolerances.add(tolerance);
   options.camera = camera == "front" ? Camera::kFront : Camera::kBack;
   options.json = format == "json";
+  if (app.count("--report") > 0 && options.report.empty())
+    throw UsageError("--report: the folder's name is empty.");
+  options.command = joined(argc, argv);
   return options;
 }
 
@@ -230,6 +252,8 @@ int diff(const DiffOptions& options) {
   Difference difference{a, b, compare_records(a.records, b.records, options.tolerances, camera), {}};
   if (a.bundle && b.bundle && !options.records_only) difference.notes = compare_sessions(a, b);
   options.json ? print_json(difference) : print_text(difference);
+  std::fflush(stdout);
+  if (!options.report.empty()) write_diff_page(a, b, options.camera, options.command, options.report);
   return difference.same() ? kExitSame : kExitDifferent;
 }
 

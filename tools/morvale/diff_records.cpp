@@ -126,8 +126,7 @@ Distance distance(size_t field, Camera camera, int64_t a, int64_t b) {
 }
 
 RecordsDiff compare_records(std::span<const PersonWholeMeta> a, std::span<const PersonWholeMeta> b,
-                                 const Tolerances& tolerances,
-                                 const std::function<Camera(int)>& camera_of_frame) {
+                            const Tolerances& tolerances, const std::function<Camera(int)>& camera_of_frame) {
   RecordsDiff comparison;
   FrameComparer comparer(tolerances, comparison);
   const size_t shared = std::min(a.size(), b.size());

@@ -58,7 +58,6 @@ struct RecordsDiff {
 
 /// `camera_of_frame` tells what the words of a frame mean.
 RecordsDiff compare_records(std::span<const PersonWholeMeta> a, std::span<const PersonWholeMeta> b,
-                                 const Tolerances& tolerances,
-                                 const std::function<Camera(int)>& camera_of_frame);
+                            const Tolerances& tolerances, const std::function<Camera(int)>& camera_of_frame);
 
 }  // namespace tool

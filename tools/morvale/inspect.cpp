@@ -29,8 +29,8 @@ constexpr const char* kExamples = R"(Examples:
       Every word of frame 41's record with its offset, name, value and meaning.
   morvale inspect --camera back session-0001/records.bin --all
       Bare records do not say whose they are: without --camera they are read as the front camera's.
-  adb exec-out cat /data/record.bin | morvale inspect - --hex
-      One record, 288 bytes, from a device.
+  tail -c 288 session-0001/records.bin | morvale inspect - --hex
+      A single record.
   morvale inspect --format json session-0001 | jq .session.networkMs
 
 A colour figure is its mean with the low and the high band in brackets. In the grid, # is a cell where somebody

@@ -1,5 +1,7 @@
 /// `morvale manual`: the manual page, made from what the subcommands' helps say.
+#include <algorithm>
 #include <string>
+#include <utility>
 
 #include "command.h"
 #include "command_help.h"
@@ -21,10 +23,10 @@ constexpr const char* kExamples = R"(Examples:
 )";
 
 constexpr const char* kDescription =
-    "Morvale Capture is a shared library that looks for people in every frame of a camera: a network labels "
-    "the frame's pixels, and the library makes a record of 288 bytes of them, with the share of people in "
-    "the "
-    "picture and the measured faces or persons. This program drives the library as a camera service does.";
+    "Morvale Capture is a shared library that looks for people in every frame of a camera: a network "
+    "labels the frame's pixels, and the library makes a record of 288 bytes of them, with the share "
+    "of people in the picture and the measured faces or persons. This program drives the library as a "
+    "camera service does.";
 
 struct Variable {
   const char* name;
@@ -37,32 +39,27 @@ constexpr Variable kEnvironment[] = {
      "~/.cache/morvale/network."},
     {"XDG_CACHE_HOME", "Stands for ~/.cache in the above."},
     {"VEXA_ENGINE",
-     "What answers in place of a device's neural runtime: onnx (the default) runs the models; fixed answers "
-     "at "
-     "once, always the same, without a model; recorded answers what VEXA_BUNDLE holds. Commands that need "
-     "one of "
-     "them choose it themselves."},
+     "What answers in place of a device's neural runtime: onnx (the default) runs the models; fixed "
+     "answers at once, always the same, without a model; recorded answers what VEXA_BUNDLE holds. "
+     "Commands that need one of them choose it themselves."},
     {"VEXA_BUNDLE", "The session bundle, a folder, that VEXA_ENGINE=recorded answers from."},
     {"VEXA_BUNDLE_FRAME",
-     "The frame of the bundle to answer for, read before every run. Unset: the next one that has an answer."},
+     "The frame of the bundle to answer for, read before every run. Unset: the next one that has an "
+     "answer."},
     {"VEXA_RECORD_DIR",
-     "With libvexa_record.so loaded ahead of the library (LD_PRELOAD): the folder that gets a session bundle "
-     "for "
-     "each session."},
+     "With libvexa_record.so loaded ahead of the library (LD_PRELOAD): the folder that gets a session "
+     "bundle for each session."},
     {"VEXA_RECORD_FRAMES", "0 leaves the pixels out of the recording."},
     {"VEXA_RECORD_LABELS", "1 keeps the label maps in the recording."},
     {"MORVALE_KERNELS",
-     "The set of image kernels: portable, avx2, avx512 or neon. Unset: the fastest that the processor runs. "
-     "All "
-     "give the same bytes."},
+     "The set of image kernels: portable, avx2, avx512 or neon. Unset: the fastest that the processor "
+     "runs. All give the same bytes."},
     {"MORVALE_LOG",
-     "The lowest priority of the library's messages that standard error shows: V, D, I, W, E, F, or S for "
-     "none. "
-     "Unset, commands show none unless --verbose asks for them."},
+     "The lowest priority of the library's messages that standard error shows: V, D, I, W, E, F, or S "
+     "for none. Unset, commands show none unless --verbose asks for them."},
     {"PERSIST_MORVALE_CAPTURE_DEBUG",
-     "The property persist.morvale.capture.debug, the library's debug level: 1 or 2 log every frame and "
-     "paint "
-     "the label scores into the front camera's luma."},
+     "The property persist.morvale.capture.debug, the library's debug level: 1 or 2 log every frame "
+     "and paint the label scores into the front camera's luma."},
 };
 
 std::string bold(std::string_view text) { return "\\fB" + roff_text(text) + "\\fR"; }
@@ -108,16 +105,18 @@ void write_arguments(Roff& roff, const CommandHelp& command) {
       roff.item(argument_tag(argument), argument_text(argument));
 }
 
-/// What a paragraph is about, where the notes say so in front; empty: goes on with what is above.
+bool is_examples(const ManualPart& part) { return part.text == "Examples:"; }
+
+/// What a paragraph is about, where it says so in front; empty: goes on with what is above.
 std::string title_of(const ManualPart& part) {
   if (part.kind != ManualPart::Kind::kParagraph) return {};
-  if (part.text == "Examples:") return "Examples";
+  if (is_examples(part)) return "Examples";
   return part.text.rfind("Exit status: ", 0) == 0 ? "Exit status" : "Notes";
 }
 
-void write_notes(Roff& roff, const CommandHelp& command) {
+void write_notes(Roff& roff, std::vector<ManualPart> parts) {
   std::string shown;
-  for (ManualPart& part : manual_parts(command.notes)) {
+  for (ManualPart& part : parts) {
     const std::string title = title_of(part);
     if (!title.empty() && title != shown) roff.subsection(shown = title);
     if (title == "Examples") continue;
@@ -127,11 +126,19 @@ void write_notes(Roff& roff, const CommandHelp& command) {
 }
 
 void write_command(Roff& roff, const CommandHelp& command) {
+  // A help may go on with its introduction behind the flags, up to the examples.
+  std::vector<ManualPart> notes = manual_parts(command.notes), more;
+  const auto examples = std::find_if(notes.begin(), notes.end(), is_examples);
+  if (examples != notes.end()) {
+    more.assign(notes.begin(), examples);
+    notes.erase(notes.begin(), examples);
+  }
   roff.section("morvale " + command.name);
   roff.synopsis({command.usage});
   write_parts(roff, manual_parts(command.introduction));
+  write_parts(roff, more);
   write_arguments(roff, command);
-  write_notes(roff, command);
+  write_notes(roff, std::move(notes));
 }
 
 void write_head(Roff& roff, const std::vector<CommandHelp>& commands) {

@@ -67,9 +67,10 @@ bool breakable(std::string_view line, size_t at) {
 /// JSON and the like cannot be broken; commands begin with a letter, a variable or a path.
 bool is_command(std::string_view line) { return line.find_first_of("{[") != line.find_first_not_of(' '); }
 
-/// Where to break a line so that `columns` suffice for its beginning; 0: nowhere.
+/// Where to break a line so that `columns` suffice for its beginning, best behind a pipe; 0: nowhere.
 size_t break_before(std::string_view line, size_t columns) {
-  const size_t begin = line.find_first_not_of(' ');
+  const size_t begin = line.find_first_not_of(' '), pipe = line.rfind(" | ", columns - 2);
+  if (pipe != std::string_view::npos && breakable(line, pipe + 2)) return pipe + 2;
   for (size_t at = columns; at > begin; --at)
     if (line[at] == ' ' && breakable(line, at)) return at;
   return 0;

@@ -1,6 +1,6 @@
-// Makes the report's template: node build.mjs OUT_FILE, after `npm ci` in this folder. One HTML file with script and
-// style inlined; the program puts a run's data in the place of the marker. MORVALE_NODE_MODULES names another
-// node_modules folder, for a build that leaves the sources alone.
+// Makes the report's template: node build.mjs OUT_FILE, after `npm ci` in this folder. One HTML file with
+// script and style inlined; the program puts a run's data in the place of the marker. MORVALE_NODE_MODULES
+// names another node_modules folder, for a build that leaves the sources alone.
 import {createHash} from 'node:crypto';
 import {mkdirSync, readFileSync, writeFileSync} from 'node:fs';
 import {createRequire} from 'node:module';
@@ -34,13 +34,18 @@ const hash = text => `'sha256-${createHash('sha256').update(text).digest('base64
 
 function policy({script, style}) {
   return [
-    'default-src \'none\'', `script-src ${hash(script)}`, `style-src ${hash(style)}`, 'img-src data:',
-    'base-uri \'none\'', 'form-action \'none\'',
+    'default-src \'none\'',
+    `script-src ${hash(script)}`,
+    `style-src ${hash(style)}`,
+    'img-src data:',
+    'base-uri \'none\'',
+    'form-action \'none\'',
   ].join('; ');
 }
 
 function fill(template, parts) {
-  return Object.entries(parts).reduce((page, [marker, text]) => page.replace(`@@${marker}@@`, () => text), template);
+  return Object.entries(parts).reduce(
+      (page, [marker, text]) => page.replace(`@@${marker}@@`, () => text), template);
 }
 
 function check(page, {script, style}) {
@@ -58,7 +63,9 @@ if (!outFile) {
 const parts = await bundle();
 const licence = readFileSync(join(modules, 'uplot/LICENSE'), 'utf8').trim();
 let page = fill(readFileSync(join(here, 'src/template.html'), 'utf8'), {
-  CSP: policy(parts), STYLE: parts.style, SCRIPT: parts.script,
+  CSP: policy(parts),
+  STYLE: parts.style,
+  SCRIPT: parts.script,
 });
 page = `${page.trimEnd()}\n<!-- The charts are drawn with uPlot, under this licence:\n\n${licence}\n-->\n`;
 check(page, parts);

@@ -7,8 +7,8 @@ export function bytesOf(base64) {
   return bytes;
 }
 
-// Each byte is a run: the label in the upper three bits, the length less one in the lower five. Runs beyond the
-// map are cut and a short map is filled with label 0, so that a damaged map is drawn as far as it goes.
+// Each byte is a run: the label in the upper three bits, the length less one in the lower five. Runs beyond
+// the map are cut and a short map is filled with label 0, so that a damaged map is drawn as far as it goes.
 export function unpackRuns(runs, cells) {
   const labels = new Uint8Array(cells);
   let at = 0;

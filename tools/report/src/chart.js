@@ -1,6 +1,7 @@
-// One time line: a uPlot chart with our colours, the frame in view as a line across it, events as ticks at its top,
-// and the figures at the pointer (or of the frame in view) written above it.
+// One time line: a uPlot chart with our colours, the frame in view as a line across it, events as ticks at
+// its top, and the figures at the pointer (or of the frame in view) written above it.
 import uPlot from 'uplot';
+
 import {h} from './dom.js';
 import {knownKind} from './event_list.js';
 import {spread} from './stats.js';
@@ -10,10 +11,11 @@ const kHeight = 168;
 const kClickReach = 3;  // a press that moves further is a zoom
 const kSyncKey = 'frames';
 const kFont = '11px ui-sans-serif, system-ui, -apple-system, "Segoe UI", Roboto, sans-serif';
-const kWholeStep = [1, 2, 5, 10, 20, 25, 50, 100, 200, 250, 500, 1000, 2000, 2500, 5000, 10000, 20000, 50000, 100000];
+const kWholeStep =
+    [1, 2, 5, 10, 20, 25, 50, 100, 200, 250, 500, 1000, 2000, 2500, 5000, 10000, 20000, 50000, 100000];
 
-// `definition`: title, unit, series [{label, values, colour, dash, stepped, hidden, format}], bands [{low, high,
-// colour}] (places in series), lines [{value, label, colour, dash}], format, floor, ceiling.
+// `definition`: title, unit, series [{label, values, colour, dash, stepped, hidden, format}], bands [{low,
+// high, colour}] (places in series), lines [{value, label, colour, dash}], format, floor, ceiling.
 export class Chart {
   constructor(report, player, definition) {
     this.report_ = report;
@@ -21,10 +23,13 @@ export class Chart {
     this.definition_ = definition;
     this.readouts_ = h('div', {class: 'readouts'});
     this.host_ = h('div', {class: 'plot', role: 'img', 'aria-label': this.summary_()});
-    this.element = h('figure', {class: 'chart'},
-                     h('figcaption', {}, h('h3', {}, definition.title, definition.unit ? h('span', {class: 'aside'}, definition.unit) : null),
-                       this.readouts_),
-                     this.host_, definition.note ? h('p', {class: 'quiet chart-note'}, definition.note) : null);
+    this.element =
+        h('figure', {class: 'chart'},
+          h('figcaption', {},
+            h('h3', {}, definition.title,
+              definition.unit ? h('span', {class: 'aside'}, definition.unit) : null),
+            this.readouts_),
+          this.host_, definition.note ? h('p', {class: 'quiet chart-note'}, definition.note) : null);
     this.cursor_ = h('div', {class: 'here', 'aria-hidden': 'true'});
     new ResizeObserver(() => this.fit_()).observe(this.host_);
     onTheme(() => this.plot_?.redraw(false));
@@ -56,7 +61,8 @@ export class Chart {
     const parts = this.definition_.series.filter(series => !series.hidden).map(series => {
       const found = spread(series.values);
       const write = this.writer_(series);
-      return found ? `${series.label} ${write(found.min)} to ${write(found.max)}, mean ${write(found.mean)}` : `${series.label} not measured`;
+      return found ? `${series.label} ${write(found.min)} to ${write(found.max)}, mean ${write(found.mean)}` :
+                     `${series.label} not measured`;
     });
     return `${this.definition_.title}: ${parts.join('; ')}. The table below has every frame.`;
   }
@@ -71,40 +77,60 @@ export class Chart {
   }
 
   data_() {
-    return [Array.from({length: this.report_.count}, (_, frame) => frame), ...this.definition_.series.map(series => series.values)];
+    return [
+      Array.from({length: this.report_.count}, (_, frame) => frame),
+      ...this.definition_.series.map(series => series.values)
+    ];
   }
 
   fit_() {
     const width = this.host_.clientWidth;
     if (width === 0) return;
-    if (!this.plot_) this.make_(width);
-    else if (this.plot_.width !== width) this.plot_.setSize({width, height: kHeight});
+    if (!this.plot_)
+      this.make_(width);
+    else if (this.plot_.width !== width)
+      this.plot_.setSize({width, height: kHeight});
   }
 
   make_(width) {
-    const {definition_: definition} = this;
-    this.plot_ = new uPlot({
-      width, height: kHeight,
-      padding: [12, definition.lines ? 44 : 10, 0, 0],
+    this.plot_ = new uPlot(this.options_(width), this.data_(), this.host_);
+    this.plot_.over.append(this.cursor_);
+    this.listenToClicks_(this.plot_.over);
+  }
+
+  options_(width) {
+    const {series, bands = [], lines} = this.definition_;
+    const frames = {values: (plot, splits) => splits.map(frame => this.number_(frame))};
+    const figures = {values: (plot, splits) => splits.map(value => this.tick_(value))};
+    const fill = band => ({series: [band.high + 1, band.low + 1], fill: () => themed(band.colour)});
+    return {
+      width,
+      height: kHeight,
+      padding: [12, lines ? 44 : 10, 0, 0],
       legend: {show: false},
-      cursor: {y: false, sync: {key: kSyncKey, setSeries: false}, drag: {x: true, y: false, dist: kClickReach + 1}, points: {size: 7}},
+      cursor: {
+        y: false,
+        sync: {key: kSyncKey, setSeries: false},
+        drag: {x: true, y: false, dist: kClickReach + 1},
+        points: {size: 7},
+      },
       scales: {
         x: {time: false, range: (plot, min, max) => this.window_(min, max)},
         y: {range: (plot, min, max) => this.height_(min, max)},
       },
-      axes: [this.axis_({space: 64, size: 30, incrs: kWholeStep, values: (plot, frames) => frames.map(frame => this.number_(frame))}),
-             this.axis_({space: 32, size: 46, values: (plot, values) => values.map(value => this.tick_(value))})],
-      series: [{}, ...definition.series.map(series => this.seriesOptions_(series))],
-      bands: (definition.bands ?? []).map(band => ({
-        series: [band.high + 1, band.low + 1], fill: () => themed(band.colour)})),
+      axes: [
+        this.axis_({space: 64, size: 30, incrs: kWholeStep, ...frames}),
+        this.axis_({space: 32, size: 46, ...figures}),
+      ],
+      series: [{}, ...series.map(one => this.seriesOptions_(one))],
+      bands: bands.map(fill),
       hooks: {
         drawClear: [plot => this.drawMarks_(plot)],
         setCursor: [plot => this.read_(plot.cursor.idx ?? this.frame_ ?? 0)],
-        draw: [() => this.show(this.frame_ ?? this.player_.index)],  // only then the plot has its size
+        // Not earlier: until it draws, the plot has no size that the frame's line could be placed in.
+        draw: [() => this.show(this.frame_ ?? this.player_.index)],
       },
-    }, this.data_(), this.host_);
-    this.plot_.over.append(this.cursor_);
-    this.listenToClicks_(this.plot_.over);
+    };
   }
 
   axis_(more) {
@@ -112,16 +138,24 @@ export class Chart {
     return {font: kFont, stroke: () => themed('--muted'), grid: line, ticks: {...line, size: 4}, ...more};
   }
 
-  tick_(value) { return this.definition_.tick ? this.definition_.tick(value) : `${Math.round(value * 100) / 100}`; }
-  number_(frame) { return Number.isInteger(frame) && frame < this.report_.count ? `${this.report_.number(frame)}` : ''; }
+  tick_(value) {
+    return this.definition_.tick ? this.definition_.tick(value) : `${Math.round(value * 100) / 100}`;
+  }
+  number_(frame) {
+    return Number.isInteger(frame) && frame < this.report_.count ? `${this.report_.number(frame)}` : '';
+  }
 
   seriesOptions_(series) {
     return {
-      label: series.label, width: series.hidden ? 0 : 1.6,
+      label: series.label,
+      width: series.hidden ? 0 : 1.6,
       stroke: () => series.hidden ? 'transparent' : themed(series.colour),
-      dash: series.dash, spanGaps: false,
+      dash: series.dash,
+      spanGaps: false,
       paths: series.stepped ? uPlot.paths.stepped({align: 1}) : undefined,
-      points: series.hidden ? {show: false} : {size: 5, fill: () => themed(series.colour), show: this.report_.count <= 2 ? true : undefined},
+      points: series.hidden ?
+          {show: false} :
+          {size: 5, fill: () => themed(series.colour), show: this.report_.count <= 2 ? true : undefined},
     };
   }
 
@@ -164,8 +198,8 @@ export class Chart {
     ctx.restore();
   }
 
-  // Lines across with their labels at the right, the important ones first; a label that would lie on an earlier one
-  // is left out, since the figures stand below the chart anyway.
+  // Lines across with their labels at the right, the important ones first; a label that would lie on an
+  // earlier one is left out, since the figures stand below the chart anyway.
   drawLines_(plot, sharp) {
     const {ctx, bbox} = plot;
     const written = [];
@@ -202,7 +236,9 @@ export class Chart {
 
   listenToClicks_(over) {
     let pressed = 0;
-    over.addEventListener('mousedown', event => { pressed = event.clientX; });
+    over.addEventListener('mousedown', event => {
+      pressed = event.clientX;
+    });
     over.addEventListener('click', event => {
       if (Math.abs(event.clientX - pressed) > kClickReach) return;
       this.player_.go(this.plot_.posToVal(event.clientX - over.getBoundingClientRect().left, 'x'));

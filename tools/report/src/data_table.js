@@ -1,11 +1,11 @@
-// The charts' figures as a table, a page of frames at a time: for reading out, for copying, and for whoever wants the
-// number itself.
+// The charts' figures as a table, a page of frames at a time: for reading out, for copying, and for whoever
+// wants the number itself.
 import {h} from './dom.js';
 import {marksOf} from './figures.js';
 import {plural} from './format.js';
 import {countSet} from './records.js';
-import {wrapDegrees} from './stats.js';
 import {faceFigures} from './series.js';
+import {wrapDegrees} from './stats.js';
 
 const kRows = 100;
 
@@ -17,14 +17,18 @@ export class DataTable {
     this.first_ = 0;
     this.body_ = h('tbody', {});
     this.range_ = h('span', {class: 'quiet', role: 'status'});
-    const turn = (text, rows) => h('button', {type: 'button', class: 'plain', onclick: () => this.turn_(rows)}, text);
+    const turn = (text, rows) =>
+        h('button', {type: 'button', class: 'plain', onclick: () => this.turn_(rows)}, text);
     this.earlier_ = turn('Earlier', -kRows);
     this.later_ = turn('Later', kRows);
-    this.element = h('details', {class: 'data-table', ontoggle: event => event.target.open && this.turnTo_(player.index)},
+    this.element = h(
+        'details', {class: 'data-table', ontoggle: event => event.target.open && this.turnTo_(player.index)},
         h('summary', {}, 'Figures of every frame as a table'),
         h('div', {class: 'filters'}, this.earlier_, this.later_, this.range_),
         h('div', {class: 'scroller', tabindex: 0, role: 'region', 'aria-label': 'Figures of every frame'},
-          h('table', {}, h('thead', {}, h('tr', {}, this.columns_.map(([title]) => h('th', {scope: 'col'}, title)))), this.body_)));
+          h('table', {},
+            h('thead', {}, h('tr', {}, this.columns_.map(([title]) => h('th', {scope: 'col'}, title)))),
+            this.body_)));
   }
 
   turnTo_(frame) {
@@ -36,7 +40,8 @@ export class DataTable {
     const {count} = this.report_;
     this.first_ = Math.min(Math.max(this.first_ + rows, 0), Math.floor((count - 1) / kRows) * kRows);
     const end = Math.min(this.first_ + kRows, count);
-    this.body_.replaceChildren(...Array.from({length: end - this.first_}, (_, k) => this.row_(this.first_ + k)));
+    this.body_.replaceChildren(
+        ...Array.from({length: end - this.first_}, (_, k) => this.row_(this.first_ + k)));
     this.earlier_.disabled = this.first_ === 0;
     this.later_.disabled = end === count;
     this.range_.textContent = `${this.first_ + 1} to ${end} of ${plural(count, 'frame')}`;
@@ -44,8 +49,11 @@ export class DataTable {
 
   row_(frame) {
     const [[, number], ...others] = this.columns_;
-    return h('tr', {}, h('th', {scope: 'row'}, h('button', {type: 'button', class: 'link', onclick: () => this.player_.go(frame)}, number(frame))),
-             others.map(([, of]) => h('td', {}, of(frame))));
+    return h(
+        'tr', {},
+        h('th', {scope: 'row'},
+          h('button', {type: 'button', class: 'link', onclick: () => this.player_.go(frame)}, number(frame))),
+        others.map(([, of]) => h('td', {}, of(frame))));
   }
 }
 
@@ -60,8 +68,11 @@ function columnsOf(report) {
     ['ver', frame => records.ver(frame)],
   ];
   if (!report.front) columns.push(['Grid cells', frame => countSet(records.grid(frame))]);
-  for (const [face, figures] of faceFigures(report, records).entries()) columns.push(...faceColumns(face, figures));
-  columns.push(['Network, ms', frame => time(frames.network_ms[frame])], ['Library, ms', frame => time(report.libraryMs(frame))]);
+  for (const [face, figures] of faceFigures(report, records).entries())
+    columns.push(...faceColumns(face, figures));
+  columns.push(
+      ['Network, ms', frame => time(frames.network_ms[frame])],
+      ['Library, ms', frame => time(report.libraryMs(frame))]);
   return columns;
 }
 
@@ -69,9 +80,13 @@ function faceColumns(face, figures) {
   const channel = c => frame => {
     const found = figures[frame]?.channels?.[c];
     if (!found) return '–';
-    const [mean, low, high] = [found.mean, found.low, found.high].map(value => c === 0 ? wrapDegrees(value) : value);
+    const [mean, low, high] =
+        [found.mean, found.low, found.high].map(value => c === 0 ? wrapDegrees(value) : value);
     return `${mean} (${low}–${high})`;
   };
   const name = `Face ${face + 1}`;
-  return [[`${name} luma`, frame => figures[frame]?.luma ?? '–'], [`${name} H`, channel(0)], [`${name} S`, channel(1)], [`${name} V`, channel(2)]];
+  return [
+    [`${name} luma`, frame => figures[frame]?.luma ?? '–'], [`${name} H`, channel(0)],
+    [`${name} S`, channel(1)], [`${name} V`, channel(2)]
+  ];
 }

@@ -1,12 +1,17 @@
-// The bar that stays in view: a thumb of the frame, play, events back and forth, and the scrubber over a profile of
-// the run in which the events are marked.
+// The bar that stays in view: a thumb of the frame, play, events back and forth, and the scrubber over a
+// profile of the run in which the events are marked.
 import {h, icon} from './dom.js';
 import {knownKind, neighbourEvent} from './event_list.js';
 import {sentence} from './figures.js';
 import {onTheme, themed} from './theme.js';
 
 const kEventReach = 6;  // pixels within which a click on the profile means the event
-const kThumb = {labels: 0.7, faces: false, boxes: true, grid: false};
+const kThumb = {
+  labels: 0.7,
+  faces: false,
+  boxes: true,
+  grid: false
+};
 
 export class Dock {
   constructor(report, player, painter) {
@@ -14,20 +19,35 @@ export class Dock {
     this.player_ = player;
     this.painter_ = painter;
     const button = (id, label, name, onclick) =>
-        h('button', {type: 'button', class: 'icon-button', id, 'aria-label': label, title: label, onclick}, icon(name));
+        h('button', {type: 'button', class: 'icon-button', id, 'aria-label': label, title: label, onclick},
+          icon(name));
     this.play_ = button('play', 'Play', 'play', () => player.toggle());
-    this.scrubber = h('input', {type: 'range', id: 'scrubber', min: 0, max: Math.max(report.count - 1, 0), value: 0,
-                                'aria-label': 'Frame', oninput: event => player.go(Number(event.target.value))});
-    this.profile_ = h('canvas', {class: 'profile', 'aria-hidden': 'true', onpointerdown: event => this.press_(event)});
+    this.scrubber = h('input', {
+      type: 'range',
+      id: 'scrubber',
+      min: 0,
+      max: Math.max(report.count - 1, 0),
+      value: 0,
+      'aria-label': 'Frame',
+      oninput: event => player.go(Number(event.target.value))
+    });
+    this.profile_ =
+        h('canvas', {class: 'profile', 'aria-hidden': 'true', onpointerdown: event => this.press_(event)});
     this.where_ = h('span', {class: 'where', id: 'where'});
     const {width, height} = report.geometry(0);
-    this.thumb_ = h('canvas', {class: 'thumb', width: 128, height: Math.round(Math.min(128 * height / width, 128)), 'aria-hidden': 'true'});
+    this.thumb_ = h('canvas', {
+      class: 'thumb',
+      width: 128,
+      height: Math.round(Math.min(128 * height / width, 128)),
+      'aria-hidden': 'true'
+    });
     this.live_ = h('p', {class: 'visually-hidden', role: 'status', id: 'live'});
-    this.element = h('section', {class: 'dock', 'aria-label': 'Scrubber'},
-        this.thumb_,
-        h('div', {class: 'buttons'}, button('previous-event', 'Previous event', 'previous', () => this.jump(-1)), this.play_,
-          button('next-event', 'Next event', 'next', () => this.jump(1))),
-        h('div', {class: 'track'}, this.profile_, this.scrubber), this.where_, this.speed_(), this.live_);
+    this.element =
+        h('section', {class: 'dock', 'aria-label': 'Scrubber'}, this.thumb_,
+          h('div', {class: 'buttons'},
+            button('previous-event', 'Previous event', 'previous', () => this.jump(-1)), this.play_,
+            button('next-event', 'Next event', 'next', () => this.jump(1))),
+          h('div', {class: 'track'}, this.profile_, this.scrubber), this.where_, this.speed_(), this.live_);
     player.onPlay(playing => this.showPlaying_(playing));
     new ResizeObserver(() => this.drawProfile_()).observe(this.profile_);
     onTheme(() => this.drawProfile_());
@@ -46,16 +66,25 @@ export class Dock {
     this.where_.replaceChildren(h('b', {}, `Frame ${report.number(frame)}`), ' ', h('span', {}, place));
     // A running film would drown everything else that is read out.
     if (!this.player_.playing) this.live_.textContent = `${report.title(frame)}: ${sentence(report, frame)}`;
-    if (this.painter_.ready(frame)) this.painter_.paint(this.thumb_, frame, kThumb);
-    else this.painter_.load(frame).then(() => {
-      if (this.player_.index === frame) this.painter_.paint(this.thumb_, frame, kThumb);
-    });
+    if (this.painter_.ready(frame))
+      this.painter_.paint(this.thumb_, frame, kThumb);
+    else
+      this.painter_.load(frame).then(() => {
+        if (this.player_.index === frame) this.painter_.paint(this.thumb_, frame, kThumb);
+      });
   }
 
   speed_() {
-    const select = h('select', {'aria-label': 'Frames a second', class: 'speed',
-                                onchange: event => { this.player_.perSecond = Number(event.target.value); }},
-                     [2, 5, 15, 30].map(rate => h('option', {value: rate, selected: rate === this.player_.perSecond}, `${rate}/s`)));
+    const select =
+        h('select', {
+          'aria-label': 'Frames a second',
+          class: 'speed',
+          onchange: event => {
+            this.player_.perSecond = Number(event.target.value);
+          }
+        },
+          [2, 5, 15, 30].map(
+              rate => h('option', {value: rate, selected: rate === this.player_.perSecond}, `${rate}/s`)));
     return select;
   }
 
@@ -67,12 +96,15 @@ export class Dock {
   }
 
   x_(frame) {
-    return this.report_.count < 2 ? this.profile_.clientWidth / 2 : frame / (this.report_.count - 1) * this.profile_.clientWidth;
+    return this.report_.count < 2 ? this.profile_.clientWidth / 2 :
+                                    frame / (this.report_.count - 1) * this.profile_.clientWidth;
   }
 
   press_(event) {
-    const near = this.report_.events.map(({index}) => ({index, away: Math.abs(this.x_(index) - event.offsetX)}))
-                     .filter(({away}) => away <= kEventReach).sort((a, b) => a.away - b.away);
+    const near =
+        this.report_.events.map(({index}) => ({index, away: Math.abs(this.x_(index) - event.offsetX)}))
+            .filter(({away}) => away <= kEventReach)
+            .sort((a, b) => a.away - b.away);
     const place = event.offsetX / Math.max(this.profile_.clientWidth, 1) * (this.report_.count - 1);
     this.player_.go(near.length > 0 ? near[0].index : place);
     event.preventDefault();

@@ -11,10 +11,13 @@ export function svg(tag, attributes = {}, ...children) {
 function filled(element, attributes, children) {
   for (const [name, value] of Object.entries(attributes)) {
     if (value === null || value === undefined || value === false) continue;
-    if (name.startsWith('on')) element.addEventListener(name.slice(2), value);
-    else element.setAttribute(name, value === true ? '' : value);
+    if (name.startsWith('on'))
+      element.addEventListener(name.slice(2), value);
+    else
+      element.setAttribute(name, value === true ? '' : value);
   }
-  element.append(...children.flat(Infinity).filter(child => child !== null && child !== undefined && child !== false));
+  element.append(
+      ...children.flat(Infinity).filter(child => child !== null && child !== undefined && child !== false));
   return element;
 }
 
@@ -26,12 +29,15 @@ const kIcons = {
   pause: 'M7 5h3.5v14H7zM13.5 5H17v14h-3.5z',
   previous: 'M6 5h2v14H6zM19 5v14L9 12z',
   next: 'M16 5h2v14h-2zM5 5v14l10-7z',
-  copy: 'M9 3h10a2 2 0 0 1 2 2v10h-2V5H9zM5 7h8a2 2 0 0 1 2 2v10a2 2 0 0 1-2 2H5a2 2 0 0 1-2-2V9a2 2 0 0 1 2-2zm0 2v10h8V9z',
-  sun: 'M12 7.5a4.5 4.5 0 1 1 0 9 4.5 4.5 0 0 1 0-9zM11 1h2v4h-2zM11 19h2v4h-2zM1 11h4v2H1zM19 11h4v2h-4zM4.9 3.5l2.8 2.8-1.4 1.4-2.8-2.8zM17.7 16.3l2.8 2.8-1.4 1.4-2.8-2.8zM19.1 3.5l1.4 1.4-2.8 2.8-1.4-1.4zM6.3 16.3l1.4 1.4-2.8 2.8-1.4-1.4z',
+  copy:
+      'M9 3h10a2 2 0 0 1 2 2v10h-2V5H9zM5 7h8a2 2 0 0 1 2 2v10a2 2 0 0 1-2 2H5a2 2 0 0 1-2-2V9a2 2 0 0 1 2-2zm0 2v10h8V9z',
+  sun:
+      'M12 7.5a4.5 4.5 0 1 1 0 9 4.5 4.5 0 0 1 0-9zM11 1h2v4h-2zM11 19h2v4h-2zM1 11h4v2H1zM19 11h4v2h-4zM4.9 3.5l2.8 2.8-1.4 1.4-2.8-2.8zM17.7 16.3l2.8 2.8-1.4 1.4-2.8-2.8zM19.1 3.5l1.4 1.4-2.8 2.8-1.4-1.4zM6.3 16.3l1.4 1.4-2.8 2.8-1.4-1.4z',
   moon: 'M20 14.5A8.5 8.5 0 0 1 9.5 4 8.5 8.5 0 1 0 20 14.5z',
 };
 
 export function icon(name) {
-  return svg('svg', {viewBox: '0 0 24 24', width: 18, height: 18, 'aria-hidden': 'true', class: 'icon'},
-             svg('path', {d: kIcons[name], fill: 'currentColor'}));
+  return svg(
+      'svg', {viewBox: '0 0 24 24', width: 18, height: 18, 'aria-hidden': 'true', class: 'icon'},
+      svg('path', {d: kIcons[name], fill: 'currentColor'}));
 }

@@ -34,9 +34,11 @@ export class EventList {
   }
 
   row_({index, kind, text}) {
-    return h('li', {},
-             h('button', {type: 'button', class: 'row jump', 'data-index': index, onclick: () => this.player_.go(index)},
-               h('span', {class: 'number'}, this.report_.number(index)),
-               h('span', {class: `mark mark-${knownKind(kind)}`}, kind), h('span', {class: 'text'}, text)));
+    return h(
+        'li', {},
+        h('button',
+          {type: 'button', class: 'row jump', 'data-index': index, onclick: () => this.player_.go(index)},
+          h('span', {class: 'number'}, this.report_.number(index)),
+          h('span', {class: `mark mark-${knownKind(kind)}`}, kind), h('span', {class: 'text'}, text)));
   }
 }

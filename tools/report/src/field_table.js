@@ -1,4 +1,5 @@
-// The record field by field, with what changed since the frame before and, in a comparison, the baseline's value.
+// The record field by field, with what changed since the frame before and, in a comparison, the baseline's
+// value.
 import {h, hidden} from './dom.js';
 import {hex} from './format.js';
 
@@ -8,21 +9,24 @@ export class FieldTable {
     this.rows_ = report.data.fields.map(field => this.makeRow_(field));
     this.all_ = h('input', {type: 'checkbox', role: 'switch', onchange: () => this.show(this.frame_)});
     const heads = report.baseline ? ['Baseline', 'Current', 'Difference'] : ['Value', 'Hex'];
-    this.element = h('div', {class: 'stack'},
-        h('div', {class: 'filters'},
-          h('label', {class: 'switch'}, this.all_, 'Zero and unused fields too'),
-          h('span', {class: 'quiet'}, hidden('Changed fields: '), h('span', {class: 'changed-key'}), 'changed since the frame before')),
+    this.element = h(
+        'div', {class: 'stack'},
+        h('div', {class: 'filters'}, h('label', {class: 'switch'}, this.all_, 'Zero and unused fields too'),
+          h('span', {class: 'quiet'}, hidden('Changed fields: '), h('span', {class: 'changed-key'}),
+            'changed since the frame before')),
         h('div', {class: 'windowed', tabindex: 0, role: 'region', 'aria-label': 'Record by field'},
           h('table', {class: 'fields'},
-            h('thead', {}, h('tr', {}, h('th', {scope: 'col', class: 'figure'}, 'Byte'), h('th', {scope: 'col'}, 'Field'),
-              heads.map(head => h('th', {scope: 'col', class: 'figure'}, head)))),
+            h('thead', {},
+              h('tr', {}, h('th', {scope: 'col', class: 'figure'}, 'Byte'), h('th', {scope: 'col'}, 'Field'),
+                heads.map(head => h('th', {scope: 'col', class: 'figure'}, head)))),
             h('tbody', {}, this.rows_.map(row => row.element)))));
   }
 
   makeRow_(field) {
     const cells = Array.from({length: this.report_.baseline ? 3 : 2}, () => h('td', {class: 'figure'}));
-    const element = h('tr', {'data-offset': field.offset}, h('td', {class: 'figure quiet'}, field.offset),
-                      h('th', {scope: 'row'}, h('code', {}, field.name), h('small', {}, field.meaning)), cells);
+    const element =
+        h('tr', {'data-offset': field.offset}, h('td', {class: 'figure quiet'}, field.offset),
+          h('th', {scope: 'row'}, h('code', {}, field.name), h('small', {}, field.meaning)), cells);
     return {field, cells, element};
   }
 
@@ -51,4 +55,4 @@ export class FieldTable {
   }
 }
 
-const signed = difference => difference === 0 ? '' : difference > 0 ? `+${difference}` : `−${-difference}`;
+const signed = difference => difference === 0 ? '' : difference > 0 ? `+${difference}` : `−${- difference}`;

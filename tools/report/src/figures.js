@@ -1,9 +1,10 @@
-// The panel that says a frame's record in words: what was found, the colours of each face, the occupancy grid.
+// The panel that says a frame's record in words: what was found, the colours of each face, the occupancy
+// grid.
 import {h, hidden} from './dom.js';
 import {boxText, ms, plural} from './format.js';
+import {logLine} from './log_list.js';
 import {countSet, kGridColumns, kGridRows} from './records.js';
 import {wrapDegrees} from './stats.js';
-import {logLine} from './log_list.js';
 
 const kChannels = ['H', 'S', 'V'];
 const kChannelNames = ['hue', 'saturation', 'value'];
@@ -21,7 +22,8 @@ export function sentence(report, frame) {
   if (report.gated(frame)) return 'Above the gate: not analysed, the record is cleared.';
   const {records} = report;
   const share = `${records.humanRatio(frame)} % of the label map is person`;
-  const failed = report.failed(frame) ? 'The network run failed; the figures are those of an older label map. ' : '';
+  const failed =
+      report.failed(frame) ? 'The network run failed; the figures are those of an older label map. ' : '';
   if (report.front) {
     const faces = plural(report.measuredFaces(frame), 'face');
     return `${failed}${faces} measured, ${share}.`;
@@ -62,20 +64,28 @@ function facesOf(report, frame) {
 
 function faceCard(report, frame, block) {
   const face = report.records.face(frame, block);
-  return h('section', {class: 'face', 'aria-label': `Face ${block + 1}`},
-           h('h3', {}, h('span', {class: `dot series-${block}`}), `Face ${block + 1}`,
-             h('span', {class: 'aside'}, `${face.skinRatio} ‰ of the map`)),
-           face.channels ? colours(face.channels) : h('p', {class: 'quiet'}, 'No colour pixel.'),
-           h('p', {class: 'quiet'}, 'Luma ', h('b', {}, face.luma ?? 'none'),
-             ` · ${face.above200} pixels above 200, ${face.above230} above 230`));
+  return h(
+      'section', {class: 'face', 'aria-label': `Face ${block + 1}`},
+      h('h3', {}, h('span', {class: `dot series-${block}`}), `Face ${block + 1}`,
+        h('span', {class: 'aside'}, `${face.skinRatio} ‰ of the map`)),
+      face.channels ? colours(face.channels) : h('p', {class: 'quiet'}, 'No colour pixel.'),
+      h('p', {class: 'quiet'}, 'Luma ', h('b', {}, face.luma ?? 'none'),
+        ` · ${face.above200} pixels above 200, ${face.above230} above 230`));
 }
 
 function colours(channels) {
   const bands = ['low', 'mean', 'high'];
-  return h('table', {class: 'swatches'},
-           h('thead', {}, h('tr', {}, h('th', {scope: 'col'}, hidden('Channel')), bands.map(band => h('th', {scope: 'col'}, swatch(channels, band), band)))),
-           h('tbody', {}, channels.map((channel, c) => h('tr', {}, h('th', {scope: 'row', title: kChannelNames[c]}, kChannels[c]),
-             bands.map(band => h('td', {}, c === 0 ? `${wrapDegrees(channel[band])}°` : channel[band]))))));
+  return h(
+      'table', {class: 'swatches'},
+      h('thead', {},
+        h('tr', {}, h('th', {scope: 'col'}, hidden('Channel')),
+          bands.map(band => h('th', {scope: 'col'}, swatch(channels, band), band)))),
+      h('tbody', {},
+        channels.map(
+            (channel, c) =>
+                h('tr', {}, h('th', {scope: 'row', title: kChannelNames[c]}, kChannels[c]),
+                  bands.map(
+                      band => h('td', {}, c === 0 ? `${wrapDegrees(channel[band])}°` : channel[band]))))));
 }
 
 function swatch(channels, band) {
@@ -97,23 +107,30 @@ export function cssColour([hue, saturation, value]) {
 
 function backFigures(report, frame) {
   const cells = report.records.grid(frame);
-  return h('section', {class: 'face', 'aria-label': 'Occupancy grid'},
-           h('h3', {}, 'Occupancy grid', h('span', {class: 'aside'}, `${countSet(cells)} of ${cells.length} cells`)),
-           gridPicture(cells),
-           h('p', {class: 'quiet'}, 'Resource hint ', h('b', {}, report.records.resourceHint(frame))));
+  return h(
+      'section', {class: 'face', 'aria-label': 'Occupancy grid'},
+      h('h3', {}, 'Occupancy grid',
+        h('span', {class: 'aside'}, `${countSet(cells)} of ${cells.length} cells`)),
+      gridPicture(cells),
+      h('p', {class: 'quiet'}, 'Resource hint ', h('b', {}, report.records.resourceHint(frame))));
 }
 
 export function gridPicture(cells) {
-  const grid = h('div', {class: 'occupancy', role: 'img',
-                         'aria-label': `${kGridColumns} by ${kGridRows} cells, ${countSet(cells)} occupied`});
+  const grid = h('div', {
+    class: 'occupancy',
+    role: 'img',
+    'aria-label': `${kGridColumns} by ${kGridRows} cells, ${countSet(cells)} occupied`
+  });
   for (const cell of cells) grid.append(h('i', cell ? {class: 'on'} : {}));
   return grid;
 }
 
 function frameLog(report, frame) {
   const [from, to] = report.logRange(frame);
-  return h('section', {class: 'frame-log', 'aria-label': 'Log lines of this frame'},
-           h('h3', {}, 'Log', h('span', {class: 'aside'}, plural(to - from, 'line'))),
-           to === from ? h('p', {class: 'quiet'}, 'Nothing was logged.') :
-                         h('ol', {class: 'log'}, report.data.log.slice(from, to).map(line => h('li', {}, logLine(line)))));
+  return h(
+      'section', {class: 'frame-log', 'aria-label': 'Log lines of this frame'},
+      h('h3', {}, 'Log', h('span', {class: 'aside'}, plural(to - from, 'line'))),
+      to === from ?
+          h('p', {class: 'quiet'}, 'Nothing was logged.') :
+          h('ol', {class: 'log'}, report.data.log.slice(from, to).map(line => h('li', {}, logLine(line)))));
 }

@@ -1,5 +1,5 @@
-// Draws a frame as the library saw it, with what it found laid over. One painter serves the large view, the thumbs
-// and the views of a comparison.
+// Draws a frame as the library saw it, with what it found laid over. One painter serves the large view, the
+// thumbs and the views of a comparison.
 import {differingCells} from './difference.js';
 import {cellLayer, labelLayer, mapExtent} from './label_map.js';
 import {kGridColumns, kGridRows} from './records.js';
@@ -32,8 +32,18 @@ export class FramePainter {
     const context = canvas.getContext('2d');
     const {width, height} = canvas;
     const geometry = this.report_.geometry(frame);
-    const view = {context, width, height, frame, geometry, show, side, scale: width / geometry.width,
-                  down: height / geometry.height, line: Math.max(width / 420, 1)};
+    const view = {
+      context,
+      width,
+      height,
+      frame,
+      geometry,
+      show,
+      side,
+      scale: width / geometry.width,
+      down: height / geometry.height,
+      line: Math.max(width / 420, 1)
+    };
     this.picture_(view);
     this.labelMap_(view);
     if (show.grid) this.grid_(view);

@@ -1,23 +1,34 @@
-// The page's keys. Arrows, space and the letters work wherever the focus is not on something that uses them itself;
-// Home, End and the page keys scroll the page as ever unless the focus is in the viewer or on the scrubber.
+// The page's keys. Arrows, space and the letters work wherever the focus is not on something that uses them
+// itself; Home, End and the page keys scroll the page as ever unless the focus is in the viewer or on the
+// scrubber.
 import {h} from './dom.js';
 
 const kFewFrames = 10;
 
 const kHelp = [
-  ['← →', 'a frame back, on'], ['Page Up / Down', `${kFewFrames} frames back, on`], ['Home / End', 'first, last frame'],
-  ['Space', 'play, pause'], ['N / P', 'next, previous event'],
+  ['← →', 'a frame back, on'],
+  ['Page Up / Down', `${kFewFrames} frames back, on`],
+  ['Home / End', 'first, last frame'],
+  ['Space', 'play, pause'],
+  ['N / P', 'next, previous event'],
 ];
 
 export function keysHelp(settings) {
-  return h('details', {class: 'keys'}, h('summary', {}, 'Keys'),
-           h('div', {class: 'keys-body'},
-             h('dl', {}, kHelp.map(([key, text]) => [h('dt', {}, h('kbd', {}, key)), h('dd', {}, text)])),
-             h('p', {class: 'quiet'}, 'Home, End, Page Up and Page Down while the focus is in the viewer or on the scrubber.'),
-             h('label', {class: 'switch'},
-               h('input', {type: 'checkbox', role: 'switch', checked: settings.everywhere,
-                           onchange: event => { settings.everywhere = event.target.checked; }}),
-               'Keys work on the whole page')));
+  return h(
+      'details', {class: 'keys'}, h('summary', {}, 'Keys'),
+      h('div', {class: 'keys-body'},
+        h('dl', {}, kHelp.map(([key, text]) => [h('dt', {}, h('kbd', {}, key)), h('dd', {}, text)])),
+        h('p', {class: 'quiet'},
+          'Home, End, Page Up and Page Down while the focus is in the viewer or on the scrubber.'),
+        h('label', {class: 'switch'}, h('input', {
+            type: 'checkbox',
+            role: 'switch',
+            checked: settings.everywhere,
+            onchange: event => {
+              settings.everywhere = event.target.checked;
+            }
+          }),
+          'Keys work on the whole page')));
 }
 
 export function listenToKeys(player, dock, viewerElement, settings) {
@@ -52,5 +63,6 @@ function usesKey(target, key, scrubber) {
   if (target.matches('input:not([type=checkbox]), select, textarea')) return true;
   if (key === ' ') return target.matches('button, summary, input, a, [tabindex="0"]');
   // A panel with a scrollbar of its own is scrolled by these.
-  return ['Home', 'End', 'PageUp', 'PageDown', 'ArrowLeft', 'ArrowRight'].includes(key) && target.matches('.windowed, .scroller');
+  return ['Home', 'End', 'PageUp', 'PageDown', 'ArrowLeft', 'ArrowRight'].includes(key) &&
+      target.matches('.windowed, .scroller');
 }

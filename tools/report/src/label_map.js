@@ -1,12 +1,14 @@
 // A label map as a layer to lay over the picture, and how its cells lie over the frame.
 
-const kCellPixels = 4;  // pixels of the network's input below a cell, in each direction
+const kCellPixels = 4;      // pixels of the network's input below a cell, in each direction
 const kLayerColumns = 512;  // enough for thin outlines on the large view
 const kFill = 130, kEdge = 255;
 
 // The part of the picture that the map's cells span, in pictures: more than 1 where cells reach past its end.
 export function mapExtent({netSize, segFactor, shrunkWidth, shrunkHeight}) {
-  return [netSize * kCellPixels / Math.max(shrunkWidth, 1), segFactor * kCellPixels / Math.max(shrunkHeight, 1)];
+  return [
+    netSize * kCellPixels / Math.max(shrunkWidth, 1), segFactor * kCellPixels / Math.max(shrunkHeight, 1)
+  ];
 }
 
 export function colourBytes(colour) {
@@ -14,8 +16,8 @@ export function colourBytes(colour) {
   return match ? match.slice(1).map(part => parseInt(part, 16)) : null;
 }
 
-// The front camera's analysis interpolates between cells and so does the drawing; the back camera's takes each
-// cell as it is.
+// The front camera's analysis interpolates between cells and so does the drawing; the back camera's takes
+// each cell as it is.
 export function labelLayer(map, geometry, colours, front) {
   const grown = grow(map, geometry, front ? interpolated : repeated);
   return painted(grown, colours.map(colourBytes));
@@ -44,8 +46,8 @@ function repeated(map, columns, rows, times, out) {
   }
 }
 
-// Every pixel gets the label with the largest bilinear weight. A cell's own value lies at its upper left pixel,
-// as in the library's enlargement.
+// Every pixel gets the label with the largest bilinear weight. A cell's own value lies at its upper left
+// pixel, as in the library's enlargement.
 function interpolated(map, columns, rows, times, out) {
   const width = columns * times, weights = new Int32Array(8);
   repeated(map, columns, rows, times, out);

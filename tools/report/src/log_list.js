@@ -2,28 +2,41 @@
 import {h} from './dom.js';
 import {WindowedList} from './windowed_list.js';
 
-const kPriorities = {D: 'debug', I: 'info', E: 'error'};
+const kPriorities = {
+  D: 'debug',
+  I: 'info',
+  E: 'error'
+};
 
 export function logLine([, priority, text]) {
-  return [h('span', {class: `priority priority-${priority}`, title: kPriorities[priority] ?? priority}, priority),
-          h('span', {class: 'text'}, text)];
+  return [
+    h('span', {class: `priority priority-${priority}`, title: kPriorities[priority] ?? priority}, priority),
+    h('span', {class: 'text'}, text)
+  ];
 }
 
 export class LogList {
   constructor(report, player) {
     this.report_ = report;
     this.player_ = player;
-    this.priority_ = h('select', {id: 'log-priority', onchange: () => this.refilter_()},
-                       h('option', {value: ''}, 'All lines'), h('option', {value: 'IE'}, 'Info and errors'),
-                       h('option', {value: 'E'}, 'Errors'));
-    this.search_ = h('input', {type: 'search', placeholder: 'Contains…', 'aria-label': 'Log lines that contain',
-                               oninput: () => this.refilter_()});
+    this.priority_ =
+        h('select', {id: 'log-priority', onchange: () => this.refilter_()},
+          h('option', {value: ''}, 'All lines'), h('option', {value: 'IE'}, 'Info and errors'),
+          h('option', {value: 'E'}, 'Errors'));
+    this.search_ = h('input', {
+      type: 'search',
+      placeholder: 'Contains…',
+      'aria-label': 'Log lines that contain',
+      oninput: () => this.refilter_()
+    });
     this.list_ = new WindowedList('lines', at => this.row_(at));
     this.list_.element.classList.add('log');
-    this.element = h('div', {class: 'stack'},
-                     h('div', {class: 'filters'}, h('label', {class: 'visually-hidden', for: 'log-priority'}, 'Priority'),
-                       this.priority_, this.search_),
-                     this.list_.element);
+    this.element =
+        h('div', {class: 'stack'},
+          h('div', {class: 'filters'},
+            h('label', {class: 'visually-hidden', 'for': 'log-priority'}, 'Priority'), this.priority_,
+            this.search_),
+          this.list_.element);
     this.refilter_();
   }
 
@@ -39,7 +52,8 @@ export class LogList {
     const wanted = this.priority_.value, text = this.search_.value.toLowerCase();
     this.lines_ = [];
     this.report_.data.log.forEach(([, priority, line], at) => {
-      if ((!wanted || wanted.includes(priority)) && (!text || line.toLowerCase().includes(text))) this.lines_.push(at);
+      const fits = (!wanted || wanted.includes(priority)) && (!text || line.toLowerCase().includes(text));
+      if (fits) this.lines_.push(at);
     });
     this.list_.reset(this.lines_.length, 'No line is like that.');
     this.show(this.player_.index);
@@ -47,8 +61,9 @@ export class LogList {
 
   row_(at) {
     const line = this.report_.data.log[this.lines_[at]];
-    return h('li', {},
-             h('button', {type: 'button', class: 'row', onclick: () => this.player_.go(line[0])},
-               h('span', {class: 'number'}, this.report_.number(line[0])), logLine(line)));
+    return h(
+        'li', {},
+        h('button', {type: 'button', class: 'row', onclick: () => this.player_.go(line[0])},
+          h('span', {class: 'number'}, this.report_.number(line[0])), logLine(line)));
   }
 }

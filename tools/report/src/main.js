@@ -1,5 +1,6 @@
 // Puts the page together from the data that the program wrote into it.
 import './report.css';
+
 import {ContactSheet} from './contact_sheet.js';
 import {DataTable} from './data_table.js';
 import {Dock} from './dock.js';
@@ -28,14 +29,16 @@ function build(report) {
   const sheet = new ContactSheet(report, player, painter);
   const tabs = inspector(report, player);
   const settings = {everywhere: true};
-  const viewerSection = h('section', {class: report.baseline ? 'viewer comparing' : 'viewer', 'aria-labelledby': 'frame-heading'},
-                          viewer.element, tabs.element);
+  const viewerSection = h(
+      'section', {class: report.baseline ? 'viewer comparing' : 'viewer', 'aria-labelledby': 'frame-heading'},
+      viewer.element, tabs.element);
 
   document.title = `${report.data.title} · Morvale report`;
   document.body.replaceChildren(
-      h('a', {class: 'skip', href: '#scrubber'}, 'To the scrubber'), pageHead(report, themeButton(), keysHelp(settings)),
-      h('main', {}, banner(report, player), cards(report, player), viewerSection, timelines.element, sheet.element,
-        new DataTable(report, player).element),
+      h('a', {class: 'skip', href: '#scrubber'}, 'To the scrubber'),
+      pageHead(report, themeButton(), keysHelp(settings)),
+      h('main', {}, banner(report, player), cards(report, player), viewerSection, timelines.element,
+        sheet.element, new DataTable(report, player).element),
       dock.element);
 
   listenToKeys(player, dock, viewerSection, settings);
@@ -52,20 +55,36 @@ function build(report) {
 }
 
 function inspector(report, player) {
-  const figuresHost = h('div', {class: 'windowed figures', id: 'figures', tabindex: 0, role: 'region', 'aria-label': 'Figures'});
-  const fields = new FieldTable(report), events = new EventList(report, player), log = new LogList(report, player);
+  const figuresHost =
+      h('div',
+        {class: 'windowed figures', id: 'figures', tabindex: 0, role: 'region', 'aria-label': 'Figures'});
+  const fields = new FieldTable(report), events = new EventList(report, player),
+        log = new LogList(report, player);
   const {length} = report.events;
   return new Tabs('About this frame', [
-    {id: 'figures', title: 'Figures', element: figuresHost, show: () => figuresHost.replaceChildren(...figures(report, player.index))},
+    {
+      id: 'figures',
+      title: 'Figures',
+      element: figuresHost,
+      show: () => figuresHost.replaceChildren(...figures(report, player.index))
+    },
     {id: 'record', title: 'Record', element: fields.element, show: () => fields.show(player.index)},
-    {id: 'events', title: 'Events', badge: length || null, element: events.element, show: () => events.show(player.index)},
+    {
+      id: 'events',
+      title: 'Events',
+      badge: length || null,
+      element: events.element,
+      show: () => events.show(player.index)
+    },
     {id: 'log', title: 'Log', element: log.element, show: () => log.show(player.index)},
   ]);
 }
 
 // The dock's thumb stands in for the large view only while that is out of sight.
 function hideThumbBeside(stage, dock) {
-  new IntersectionObserver(([entry]) => dock.classList.toggle('with-thumb', !entry.isIntersecting), {threshold: 0.15}).observe(stage);
+  new IntersectionObserver(([entry]) => dock.classList.toggle('with-thumb', !entry.isIntersecting), {
+    threshold: 0.15
+  }).observe(stage);
 }
 
 // report.html#frame=37 opens on the frame of that number.

@@ -1,4 +1,5 @@
-// The frame in view. Everything that shows a frame listens here; moves within one display refresh are told once.
+// The frame in view. Everything that shows a frame listens here; moves within one display refresh are told
+// once.
 
 export class Player {
   constructor(count) {
@@ -47,8 +48,10 @@ export class Player {
   schedule_() {
     this.timer_ = setTimeout(() => {
       this.go(this.index + 1);
-      if (this.index === this.count - 1) this.stop();
-      else this.schedule_();
+      if (this.index === this.count - 1)
+        this.stop();
+      else
+        this.schedule_();
     }, 1000 / this.perSecond);
   }
 

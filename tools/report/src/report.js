@@ -1,5 +1,5 @@
-// The analysed run: the page's data with what is derived from it. Frames are counted by their place in the run;
-// their number in the source is only shown.
+// The analysed run: the page's data with what is derived from it. Frames are counted by their place in the
+// run; their number in the source is only shown.
 import {bytesOf, unpackRuns} from './bytes.js';
 import {differenceOf} from './difference.js';
 import {kMeasuredBlocks, Records} from './records.js';
@@ -33,7 +33,8 @@ export class Report {
 
   gated(frame) { return this.frames.gated[frame] !== 0; }
   failed(frame) { return this.frames.process[frame] !== 0; }
-  // Whether the record tells about this very frame: a gated frame clears it, a failed one leaves an older map's.
+  // Whether the record tells about this very frame: a gated frame clears it, a failed one leaves an older
+  // map's.
   analysed(frame) { return !this.gated(frame) && !this.failed(frame); }
   sluggish(frame) {
     const time = this.frames.network_ms[frame];

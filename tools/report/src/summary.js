@@ -1,34 +1,54 @@
 // The head of the page, the summary cards and the verdict of a comparison.
 import {h, icon} from './dom.js';
 import {plural, range} from './format.js';
-import {spread} from './stats.js';
 import {libraryTimes, networkTimes} from './series.js';
+import {spread} from './stats.js';
 
 export function pageHead(report, themeButton, keys) {
   const {data} = report;
   const sizes = data.geometries.map(({width, height}) => `${width} × ${height}`);
-  const facts = [['Camera', data.camera], ['Size', [...new Set(sizes)].join(', ')],
-                 ['Source', [data.source.kind, data.source.name].filter(Boolean).join(' ')],
-                 ['Engine', data.engine], ['Kernels', data.kernels], ['Program', data.program]];
+  const facts = [
+    ['Camera', data.camera], ['Size', [...new Set(sizes)].join(', ')],
+    ['Source', [data.source.kind, data.source.name].filter(Boolean).join(' ')], ['Engine', data.engine],
+    ['Kernels', data.kernels], ['Program', data.program]
+  ];
   if (report.baseline) facts.push(['Baseline', report.baseline.name]);
-  return h('header', {class: 'page-head'},
-           h('div', {class: 'title-row'}, h('div', {}, h('p', {class: 'eyebrow'}, report.baseline ? 'Morvale Capture · comparison' : 'Morvale Capture · report'),
-             h('h1', {}, data.title)), h('div', {class: 'head-buttons'}, keys, themeButton)),
-           h('div', {class: 'run'},
-             h('dl', {class: 'run-facts'}, facts.map(([name, value]) => h('div', {}, h('dt', {}, name), h('dd', {}, value)))),
-             commandLine(data.command)),
-           data.source.made_by ? h('p', {class: 'quiet made-by'}, 'Made by ', h('code', {}, data.source.made_by)) : null);
+  return h(
+      'header', {class: 'page-head'},
+      h('div', {class: 'title-row'},
+        h('div', {},
+          h('p', {class: 'eyebrow'},
+            report.baseline ? 'Morvale Capture · comparison' : 'Morvale Capture · report'),
+          h('h1', {}, data.title)),
+        h('div', {class: 'head-buttons'}, keys, themeButton)),
+      h('div', {class: 'run'},
+        h('dl', {class: 'run-facts'},
+          facts.map(([name, value]) => h('div', {}, h('dt', {}, name), h('dd', {}, value)))),
+        commandLine(data.command)),
+      data.source.made_by ? h('p', {class: 'quiet made-by'}, 'Made by ', h('code', {}, data.source.made_by)) :
+                            null);
 }
 
 function commandLine(command) {
   const status = h('span', {class: 'visually-hidden', role: 'status'});
   const label = h('span', {}, 'Copy');
-  const button = h('button', {type: 'button', class: 'plain', id: 'copy', 'aria-label': 'Copy the command', onclick: async () => {
-    const done = await copy(command);
-    label.textContent = done ? 'Copied' : 'Select it';
-    status.textContent = done ? 'Command copied' : 'The browser does not allow copying';
-  }}, icon('copy'), label);
-  return h('div', {class: 'command'}, h('code', {tabindex: 0, role: 'region', 'aria-label': 'Command', class: 'scroller'}, command), button, status);
+  const button =
+      h('button', {
+        type: 'button',
+        class: 'plain',
+        id: 'copy',
+        'aria-label': 'Copy the command',
+        onclick: async () => {
+          const done = await copy(command);
+          label.textContent = done ? 'Copied' : 'Select it';
+          status.textContent = done ? 'Command copied' : 'The browser does not allow copying';
+        }
+      },
+        icon('copy'), label);
+  return h(
+      'div', {class: 'command'},
+      h('code', {tabindex: 0, role: 'region', 'aria-label': 'Command', class: 'scroller'}, command), button,
+      status);
 }
 
 // A page opened from disk may be refused the clipboard; the old way still works there.
@@ -51,59 +71,78 @@ export function cards(report, player) {
   const count = test => Array.from({length: report.count}, (_, frame) => test(frame)).filter(Boolean).length;
   const failed = count(frame => report.failed(frame)), gated = count(frame => report.gated(frame));
   const sluggish = count(frame => report.sluggish(frame));
-  return h('section', {class: 'cards', 'aria-label': 'Summary'},
-           card('Frames', `${report.count}`, [tally(failed, 'failed'), tally(gated, 'gated'), tally(sluggish, 'sluggish')]),
-           shareCard(report), peopleCard(report, count), timeCard('Network', spread(networkTimes(report)), 'not asked'),
-           timeCard('Library', spread(libraryTimes(report)), 'nothing analysed'), recordsCard(report, player));
+  return h(
+      'section', {class: 'cards', 'aria-label': 'Summary'},
+      card(
+          'Frames', `${report.count}`,
+          [tally(failed, 'failed'), tally(gated, 'gated'), tally(sluggish, 'sluggish')]),
+      shareCard(report), peopleCard(report, count),
+      timeCard('Network', spread(networkTimes(report)), 'not asked'),
+      timeCard('Library', spread(libraryTimes(report)), 'nothing analysed'), recordsCard(report, player));
 }
 
 function card(title, figure, details, kind = '') {
-  return h('div', {class: `card ${kind}`}, h('h2', {}, title), h('p', {class: 'big'}, figure), h('p', {class: 'details'}, details));
+  return h(
+      'div', {class: `card ${kind}`}, h('h2', {}, title), h('p', {class: 'big'}, figure),
+      h('p', {class: 'details'}, details));
 }
 
-const tally = (count, kind) => h('span', {class: count > 0 ? `tally mark-${kind}` : 'tally'}, h('b', {}, count), ` ${kind}`);
+const tally = (count, kind) =>
+    h('span', {class: count > 0 ? `tally mark-${kind}` : 'tally'}, h('b', {}, count), ` ${kind}`);
 
 function shareCard(report) {
   const share = spread(report.series(frame => report.records.humanRatio(frame)));
   if (!share) return card('Person share', '–', ['no frame was analysed']);
-  return card('Person share', `${share.mean.toFixed(1)} %`, [`mean; ${range(share.min, share.max)} % over the run`]);
+  return card(
+      'Person share', `${share.mean.toFixed(1)} %`, [`mean; ${range(share.min, share.max)} % over the run`]);
 }
 
 function peopleCard(report, count) {
   const most = report.frames.boxes.reduce((highest, boxes) => Math.max(highest, boxes.length), 0);
   const seen = count(frame => report.personCount(frame) > 0);
-  return card('Persons seen', `${most}`, [most === 0 ? 'no person box in the run' : `at most; one or more in ${seen} of ${plural(report.count, 'frame')}`]);
+  return card(
+      'Persons seen', `${most}`,
+      [most === 0 ? 'no person box in the run' :
+                    `at most; one or more in ${seen} of ${plural(report.count, 'frame')}`]);
 }
 
 function timeCard(title, times, none) {
   if (!times) return card(title, '–', [none]);
   const item = (name, value) => h('span', {}, `${name} `, h('b', {}, value.toFixed(2)));
-  return card(title, h('span', {}, times.p50.toFixed(2), h('small', {}, ' ms p50')),
-              [item('p90', times.p90), item('p99', times.p99), item('max', times.max)]);
+  return card(
+      title, h('span', {}, times.p50.toFixed(2), h('small', {}, ' ms p50')),
+      [item('p90', times.p90), item('p99', times.p99), item('max', times.max)]);
 }
 
 function recordsCard(report, player) {
   const {comparison} = report.data;
   if (report.difference) {
     const {frames} = report.difference;
-    return frames === 0 ? card('Against the baseline', 'Identical', ['records, label maps and boxes'], 'good') :
-                          card('Against the baseline', plural(frames, 'frame'), ['differ'], 'bad');
+    return frames === 0 ?
+        card('Against the baseline', 'Identical', ['records, label maps and boxes'], 'good') :
+        card('Against the baseline', plural(frames, 'frame'), ['differ'], 'bad');
   }
   if (!comparison) return card('Records', 'Not compared', ['no records to compare with']);
-  if (comparison.same) return card('Records', 'Identical', [`all ${plural(comparison.frames, 'frame')}, byte for byte`], 'good');
+  if (comparison.same)
+    return card('Records', 'Identical', [`all ${plural(comparison.frames, 'frame')}, byte for byte`], 'good');
   return card('Records', 'Different', ['first at ', goTo(report, player, comparison.index)], 'bad');
 }
 
 const goTo = (report, player, index) =>
-    h('button', {type: 'button', class: 'link', onclick: () => player.go(index)}, `frame ${report.number(index)}`);
+    h('button', {type: 'button', class: 'link', onclick: () => player.go(index)},
+      `frame ${report.number(index)}`);
 
 export function banner(report, player) {
   const {comparison} = report.data;
   if (!comparison) return null;
   if (comparison.same)
-    return h('p', {class: 'banner good', id: 'comparison'}, h('b', {}, 'The records are identical. '),
-             `All ${plural(comparison.frames, 'frame')} equal the recorded ones, byte for byte.`);
-  return h('p', {class: 'banner bad', id: 'comparison'}, h('b', {}, 'The records differ. '), 'First in ', goTo(report, player, comparison.index),
-           ', ', h('code', {}, comparison.field), ` at byte ${comparison.offset}: expected `, h('b', {}, comparison.expected), ', got ',
-           h('b', {}, comparison.got), `. ${plural(comparison.differing, 'frame differs', 'frames differ')} in all.`);
+    return h(
+        'p', {class: 'banner good', id: 'comparison'}, h('b', {}, 'The records are identical. '),
+        `All ${plural(comparison.frames, 'frame')} equal the recorded ones, byte for byte.`);
+  return h(
+      'p', {class: 'banner bad', id: 'comparison'}, h('b', {}, 'The records differ. '), 'First in ',
+      goTo(report, player, comparison.index), ', ', h('code', {}, comparison.field),
+      ` at byte ${comparison.offset}: expected `, h('b', {}, comparison.expected), ', got ',
+      h('b', {}, comparison.got),
+      `. ${plural(comparison.differing, 'frame differs', 'frames differ')} in all.`);
 }

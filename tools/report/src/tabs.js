@@ -5,16 +5,26 @@ import {h} from './dom.js';
 export class Tabs {
   constructor(label, panels) {
     this.panels_ = panels;
-    this.buttons_ = panels.map(panel => h('button', {type: 'button', role: 'tab', id: `tab-${panel.id}`,
-      'aria-controls': `panel-${panel.id}`, onclick: () => this.select(panel.id)}, panel.title,
-      panel.badge ? h('span', {class: 'badge'}, panel.badge) : null));
+    this.buttons_ = panels.map(
+        panel =>
+            h('button', {
+              type: 'button',
+              role: 'tab',
+              id: `tab-${panel.id}`,
+              'aria-controls': `panel-${panel.id}`,
+              onclick: () => this.select(panel.id)
+            },
+              panel.title, panel.badge ? h('span', {class: 'badge'}, panel.badge) : null));
     for (const panel of panels) {
-      panel.host = h('div', {role: 'tabpanel', id: `panel-${panel.id}`, 'aria-labelledby': `tab-${panel.id}`, class: 'panel'},
-                     panel.element);
+      panel.host =
+          h('div',
+            {role: 'tabpanel', id: `panel-${panel.id}`, 'aria-labelledby': `tab-${panel.id}`, class: 'panel'},
+            panel.element);
     }
-    this.element = h('div', {class: 'tabs'},
-                     h('div', {role: 'tablist', 'aria-label': label, onkeydown: event => this.key_(event)}, this.buttons_),
-                     panels.map(panel => panel.host));
+    this.element = h(
+        'div', {class: 'tabs'},
+        h('div', {role: 'tablist', 'aria-label': label, onkeydown: event => this.key_(event)}, this.buttons_),
+        panels.map(panel => panel.host));
     this.select(panels[0].id);
   }
 

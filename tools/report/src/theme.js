@@ -1,5 +1,5 @@
-// Light or dark: the system's choice until the reader makes one. Storage may be refused (a page opened from disk
-// in a strict browser); the choice then lasts as long as the page.
+// Light or dark: the system's choice until the reader makes one. Storage may be refused (a page opened from
+// disk in a strict browser); the choice then lasts as long as the page.
 import {h, icon} from './dom.js';
 
 const kKey = 'morvale-report-theme';
@@ -32,11 +32,16 @@ export function themeButton() {
   const system = matchMedia('(prefers-color-scheme: dark)');
   let chosen = stored();
   const current = () => chosen === 'dark' || chosen === 'light' ? chosen : system.matches ? 'dark' : 'light';
-  const button = h('button', {type: 'button', class: 'icon-button', id: 'theme', onclick: () => {
-    chosen = current() === 'dark' ? 'light' : 'dark';
-    store(chosen);
-    apply(current());
-  }});
+  const button = h('button', {
+    type: 'button',
+    class: 'icon-button',
+    id: 'theme',
+    onclick: () => {
+      chosen = current() === 'dark' ? 'light' : 'dark';
+      store(chosen);
+      apply(current());
+    }
+  });
   onTheme(theme => {
     const other = theme === 'dark' ? 'light' : 'dark';
     button.replaceChildren(icon(other === 'dark' ? 'moon' : 'sun'));
@@ -49,4 +54,5 @@ export function themeButton() {
 }
 
 // The value of a custom property in the theme of the moment, for what is drawn on a canvas.
-export const themed = property => getComputedStyle(document.documentElement).getPropertyValue(property).trim();
+export const themed = property =>
+    getComputedStyle(document.documentElement).getPropertyValue(property).trim();

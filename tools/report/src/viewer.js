@@ -1,13 +1,13 @@
-// The large view: the frame's picture with overlays to choose, and in a comparison the baseline and the difference
-// beside it.
-import {h} from './dom.js';
+// The large view: the frame's picture with overlays to choose, and in a comparison the baseline and the
+// difference beside it.
 import {describe, differingCells} from './difference.js';
+import {h} from './dom.js';
+import {marksOf} from './figures.js';
 import {plural} from './format.js';
 import {kDifferenceColour} from './frame_painter.js';
-import {marksOf} from './figures.js';
 
-const kTallest = 0.72;        // of the window's height
-const kSharpest = 2000;       // pixels across; more only costs time
+const kTallest = 0.72;   // of the window's height
+const kSharpest = 2000;  // pixels across; more only costs time
 const kFirstOpacity = 0.75;
 
 export class Viewer {
@@ -16,15 +16,19 @@ export class Viewer {
     this.player_ = player;
     this.painter_ = painter;
     this.show = {labels: kFirstOpacity, faces: true, boxes: true, grid: false};
-    this.sides_ = (report.baseline ? ['baseline', 'current', 'difference'] : ['current']).map(side => this.makeSide_(side));
+    this.sides_ = (report.baseline ? ['baseline', 'current', 'difference'] : [
+                    'current'
+                  ]).map(side => this.makeSide_(side));
     this.heading_ = h('h2', {id: 'frame-heading'});
     this.marks_ = h('span', {class: 'marks'});
     this.note_ = h('p', {class: 'quiet note'});
     this.legend_ = h('ul', {class: 'legend', 'aria-label': 'Labels, with their share of the map'});
-    this.views_ = h('div', {class: report.baseline ? 'views three' : 'views'}, this.sides_.map(side => side.element));
-    this.element = h('div', {class: 'stage', id: 'stage'},
-                     h('div', {class: 'stage-head'}, this.heading_, this.marks_, this.note_), this.views_,
-                     h('div', {class: 'stage-foot'}, this.controls_(), this.legend_));
+    this.views_ =
+        h('div', {class: report.baseline ? 'views three' : 'views'}, this.sides_.map(side => side.element));
+    this.element =
+        h('div', {class: 'stage', id: 'stage'},
+          h('div', {class: 'stage-head'}, this.heading_, this.marks_, this.note_), this.views_,
+          h('div', {class: 'stage-foot'}, this.controls_(), this.legend_));
     new ResizeObserver(() => this.resize_()).observe(this.views_);
     addEventListener('resize', () => this.resize_());
   }
@@ -41,30 +45,45 @@ export class Viewer {
   }
 
   paint() {
-    for (const {canvas, side} of this.sides_) this.painter_.paint(canvas, this.player_.index, this.show, side);
+    for (const {canvas, side} of this.sides_)
+      this.painter_.paint(canvas, this.player_.index, this.show, side);
     this.element.dataset.frame = this.player_.index;
   }
 
   makeSide_(side) {
-    const titles = {baseline: `Baseline: ${this.report_.baseline?.name}`, current: 'Current', difference: 'Difference'};
+    const titles = {
+      baseline: `Baseline: ${this.report_.baseline?.name}`,
+      current: 'Current',
+      difference: 'Difference'
+    };
     const canvas = h('canvas', {role: 'img', 'data-side': side});
     const caption = this.report_.baseline ? h('figcaption', {}, titles[side]) : null;
-    return {side, canvas, title: titles[side], caption, element: h('figure', {class: 'view'}, caption, canvas)};
+    return {
+      side,
+      canvas,
+      title: titles[side],
+      caption,
+      element: h('figure', {class: 'view'}, caption, canvas)
+    };
   }
 
   describe_(frame) {
     const {report_: report} = this;
     this.heading_.textContent = report.title(frame);
-    this.marks_.replaceChildren(...marksOf(report, frame).map(([kind, text]) => h('span', {class: `mark mark-${kind}`}, text)));
+    this.marks_.replaceChildren(
+        ...marksOf(report, frame).map(([kind, text]) => h('span', {class: `mark mark-${kind}`}, text)));
     const from = report.pictureFrame(frame);
     const notes = [];
     if (report.frames.name) notes.push(`Frame ${report.number(frame)}`);
-    if (from === null) notes.push('No pictures in this recording');
-    else if (from !== frame) notes.push(`Picture of frame ${report.number(from)}; the overlays are this frame's`);
+    if (from === null)
+      notes.push('No pictures in this recording');
+    else if (from !== frame)
+      notes.push(`Picture of frame ${report.number(from)}; the overlays are this frame's`);
     if (!report.labels(frame)) notes.push('No label map');
     this.note_.textContent = notes.join(' · ');
     for (const {canvas, title, side, caption} of this.sides_) {
-      canvas.setAttribute('aria-label', `${title}: picture of ${report.title(frame)} with what the library found`);
+      canvas.setAttribute(
+          'aria-label', `${title}: picture of ${report.title(frame)} with what the library found`);
       if (side === 'difference') caption.textContent = this.differenceText_(frame);
     }
     this.fillLegend_(frame);
@@ -80,7 +99,8 @@ export class Viewer {
   fillLegend_(frame) {
     const map = this.report_.labels(frame);
     const counts = new Array(8).fill(0);
-    if (map) for (const label of map) ++counts[label];
+    if (map)
+      for (const label of map) ++counts[label];
     const items = this.report_.data.labels.map(({name, color}, label) => {
       const patch = h('span', {class: color ? 'patch' : 'patch none', 'aria-hidden': 'true'});
       if (color) patch.style.background = color;
@@ -96,16 +116,28 @@ export class Viewer {
   }
 
   controls_() {
-    const box = (key, text, style) => h('label', {class: 'chip'},
-        h('input', {type: 'checkbox', id: `show-${key}`, checked: this.show[key] !== 0 && this.show[key] !== false,
-                    onchange: event => this.choose_(key, event.target.checked)}),
-        style ? h('span', {class: `line ${style}`, 'aria-hidden': 'true'}) : null, text);
-    this.slider_ = h('input', {type: 'range', id: 'opacity', min: 10, max: 100, value: 100 * kFirstOpacity,
-                               'aria-label': 'Opacity of the labels', oninput: () => this.choose_('labels', true)});
-    return h('div', {class: 'controls', role: 'group', 'aria-label': 'Overlays'},
-             h('span', {class: 'chip-group'}, box('labels', 'Labels'), this.slider_),
-             box('boxes', 'Library boxes', 'solid'), box('faces', 'Camera faces', 'dashed'),
-             this.report_.front ? null : box('grid', 'Grid'));
+    const box = (key, text, style) =>
+        h('label', {class: 'chip'}, h('input', {
+            type: 'checkbox',
+            id: `show-${key}`,
+            checked: this.show[key] !== 0 && this.show[key] !== false,
+            onchange: event => this.choose_(key, event.target.checked)
+          }),
+          style ? h('span', {class: `line ${style}`, 'aria-hidden': 'true'}) : null, text);
+    this.slider_ = h('input', {
+      type: 'range',
+      id: 'opacity',
+      min: 10,
+      max: 100,
+      value: 100 * kFirstOpacity,
+      'aria-label': 'Opacity of the labels',
+      oninput: () => this.choose_('labels', true)
+    });
+    return h(
+        'div', {class: 'controls', role: 'group', 'aria-label': 'Overlays'},
+        h('span', {class: 'chip-group'}, box('labels', 'Labels'), this.slider_),
+        box('boxes', 'Library boxes', 'solid'), box('faces', 'Camera faces', 'dashed'),
+        this.report_.front ? null : box('grid', 'Grid'));
   }
 
   choose_(key, on) {

@@ -1,5 +1,5 @@
-// A long list of which a stretch around the marked rows is in the page; buttons at its ends show more. A run of
-// thousands of frames logs tens of thousands of lines.
+// A long list of which a stretch around the marked rows is in the page; buttons at its ends show more. A run
+// of thousands of frames logs tens of thousands of lines.
 import {h} from './dom.js';
 
 const kStretch = 300;
@@ -7,12 +7,15 @@ const kStretch = 300;
 export class WindowedList {
   constructor(what, makeRow) {
     this.makeRow_ = makeRow;
-    this.earlier_ = h('button', {type: 'button', class: 'more', onclick: () => this.grow_(-kStretch)}, `Earlier ${what}`);
-    this.later_ = h('button', {type: 'button', class: 'more', onclick: () => this.grow_(kStretch)}, `Later ${what}`);
+    this.earlier_ =
+        h('button', {type: 'button', class: 'more', onclick: () => this.grow_(-kStretch)}, `Earlier ${what}`);
+    this.later_ =
+        h('button', {type: 'button', class: 'more', onclick: () => this.grow_(kStretch)}, `Later ${what}`);
     this.rows_ = h('ol', {});
     this.empty_ = h('p', {class: 'quiet'});
-    this.element = h('div', {class: 'windowed', tabindex: 0, role: 'region', 'aria-label': what},
-                     this.empty_, this.earlier_, this.rows_, this.later_);
+    this.element =
+        h('div', {class: 'windowed', tabindex: 0, role: 'region', 'aria-label': what}, this.empty_,
+          this.earlier_, this.rows_, this.later_);
     this.reset(0, '');
   }
 
@@ -32,15 +35,18 @@ export class WindowedList {
     for (let row = this.marked_[0]; row < this.marked_[1]; ++row) this.setMark_(row, false);
     for (let row = from; row < to; ++row) this.setMark_(row, true);
     this.marked_ = [from, to];
-    this.scrollTo_(this.rows_.children[at - this.from_], this.rows_.children[Math.max(to - 1, at) - this.from_]);
+    this.scrollTo_(
+        this.rows_.children[at - this.from_], this.rows_.children[Math.max(to - 1, at) - this.from_]);
   }
 
   setMark_(row, marked) {
     const element = this.rows_.children[row - this.from_];
     if (!element) return;
     element.classList.toggle('current', marked);
-    if (marked) element.setAttribute('aria-current', 'true');
-    else element.removeAttribute('aria-current');
+    if (marked)
+      element.setAttribute('aria-current', 'true');
+    else
+      element.removeAttribute('aria-current');
   }
 
   // Scrolls the list only, never the page.
@@ -64,7 +70,8 @@ export class WindowedList {
   fill_(from, to) {
     this.from_ = Math.max(from, 0);
     this.to_ = Math.min(to, this.count_);
-    this.rows_.replaceChildren(...Array.from({length: this.to_ - this.from_}, (_, k) => this.makeRow_(this.from_ + k)));
+    this.rows_.replaceChildren(
+        ...Array.from({length: this.to_ - this.from_}, (_, k) => this.makeRow_(this.from_ + k)));
     for (let row = this.marked_[0]; row < this.marked_[1]; ++row) this.setMark_(row, true);
     this.earlier_.hidden = this.from_ === 0;
     this.later_.hidden = this.to_ === this.count_;

@@ -1,0 +1,186 @@
+"""`morvale inspect` and `morvale doctor` from outside: what they say of records, bundles and this machine.
+
+Environment: MORVALE_PROGRAM, the program. Needs no network.
+"""
+import hashlib
+import json
+import os
+import pathlib
+import struct
+import subprocess
+import tempfile
+import unittest
+
+PROGRAM = os.environ.get("MORVALE_PROGRAM", "build/tools/morvale/morvale")
+
+
+def morvale(*arguments, **options):
+    return subprocess.run([PROGRAM, *map(str, arguments)], capture_output=True, timeout=120, **options)
+
+
+def record(words):
+    """A record that is 0 but for {offset: value}."""
+    data = bytearray(288)
+    for offset, value in words.items():
+        struct.pack_into("<I", data, offset, value % (1 << 32))
+    return bytes(data)
+
+
+def words_of(*arguments, data):
+    """The text about records that come by standard input."""
+    done = morvale("inspect", "-", *arguments, input=data)
+    assert (done.returncode, done.stderr) == (0, b""), done
+    return done.stdout.decode()
+
+
+def json_of(*arguments, data=None):
+    done = morvale("inspect", "--format", "json", *arguments, input=data)
+    assert (done.returncode, done.stderr) == (0, b""), done
+    return json.loads(done.stdout)
+
+
+class Records(unittest.TestCase):
+    # Face 1: luma 120; hue 30, 9 down, 5 up; S 100, 20 down, 10 up; V 200, 50 down, 40 up; face 2: luma 7.
+    FRONT = record({0: 2, 4: 33, 8: 11, 12: 3, 16: 120, 20: 9, 24: 20, 28: 50, 32: 30, 36: 100, 40: 200, 44: 108,
+                    48: 5, 52: 10, 56: 40, 72: 7})
+    # Person at 220, 140, 200 wide, 220 high; hint 77; the grid's cells 0, 18, 19 and 284.
+    BACK = record({0: 5, 4: 12, 48: 220, 52: 200, 56: 140, 60: 220, 104: 1 << 31 | 1 << 13 | 1 << 12,
+                   216: 1 << 31 - (284 - 256), 228: 77})
+
+    def test_front_record_in_words(self):
+        text = words_of(data=self.FRONT)
+        for fragment in ["33 % of the label map", "faces: 2 in", "face 1   luma 120, 11 pixels above 200, 3 above 230",
+                         "108/1000", "hue 30 (21 to 35), saturation 100 (80 to 110), value 200 (150 to 240)",
+                         "face 2   luma 7,"]:
+            self.assertIn(fragment, text)
+        self.assertNotIn("face 3", text)
+        faces = json_of("-", data=self.FRONT)["records"][0]["record"]["faces"]
+        self.assertEqual(faces[0]["hue"], {"mean": 30, "low": 21, "high": 35})
+
+    def test_back_record_in_words(self):
+        text = words_of("--camera", "back", data=self.BACK)
+        for fragment in ["left 220, top 140, 200 wide, 220 high", "resource hint: 77", "4 of 285 cells",
+                         "|#.................#|\n    |#..................|\n"]:
+            self.assertIn(fragment, text)
+        grid = json_of("-", "--camera", "back", data=self.BACK)["records"][0]["record"]["grid"]
+        self.assertEqual((len(grid), grid[14]), (15, "0" * 18 + "1"))
+
+    def test_records_of_anything(self):
+        """Every bit pattern is a record: a file may be of another kind."""
+        self.assertIn("every word is 0", words_of(data=record({})))
+        for words in [[0x80000000] * 72, [0x7fffffff] * 72, [0xffffffff] * 72]:
+            for camera in ["front", "back"]:
+                words_of("--camera", camera, "--offsets", "--hex", data=struct.pack("<72I", *words))
+        five = json_of("-", data=record({0: 5}))
+        self.assertEqual((len(five["records"][0]["record"]["faces"]), five["measuredFaces"]["most"]), (3, 3))
+
+    def test_offsets_and_hex_are_the_bytes(self):
+        data = struct.pack("<72I", *((i * 0x9e3779b1) % (1 << 32) for i in range(72)))
+        shown = json_of("-", "--offsets", "--hex", data=data)["records"][0]
+        self.assertEqual(bytes.fromhex(shown["hex"]), data)
+        self.assertEqual([word["offset"] for word in shown["words"]], list(range(0, 288, 4)))
+        for word in shown["words"]:
+            kind = "<I" if "brightCount" in word["field"] else "<i"
+            self.assertEqual(word["value"], struct.unpack_from(kind, data, word["offset"])[0], word)
+        text = words_of("--offsets", "--hex", data=data)
+        self.assertRegex(text, r"\n +32  meta\[0\]\.hsv\[0\] +-?\d+  face 1: trimmed mean: hue, degrees\n")
+        self.assertIn("\n      16   " + "  ".join(data[i:i + 4].hex(" ") for i in range(16, 32, 4)) + "\n", text)
+
+    def test_which_frames(self):
+        data = b"".join(record({4: i}) for i in range(1, 6))
+        self.assertIn("humanRatio      1 to 5\n", words_of(data=data))
+        for flags, frames in [([], [0]), (["--frame", 4], [4]), (["--all"], [0, 1, 2, 3, 4])]:
+            records = json_of("-", *flags, data=data)["records"]
+            self.assertEqual([(r["frame"], r["record"]["humanRatio"]) for r in records], [(i, i + 1) for i in frames])
+
+
+class Bundles(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+        self.bundle = self.folder / "scene"
+        done = morvale("scene", "--out", self.bundle, "--size", "320x240", "--frames", 4)
+        self.assertEqual(done.returncode, 0, done.stderr)
+
+    def change(self, frame, **keys):
+        """Sets keys of a frame's line; None takes one away."""
+        path = self.bundle / "metadata.jsonl"
+        lines = [json.loads(line) for line in path.read_text().splitlines()]
+        lines[frame].update(keys)
+        lines[frame] = {key: value for key, value in lines[frame].items() if value is not None}
+        path.write_text("".join(json.dumps(line) + "\n" for line in lines))
+
+    def test_summary(self):
+        self.assertIsNone(json_of(self.bundle)["session"]["networkMs"])
+        self.change(0, network_ms=9.5)
+        self.change(1, network_ms=40, nv21=None)
+        self.change(2, gate_level=25.5, execute=None, logits=None, labels=None)
+        self.change(3, process=-1, execute=1, logits=None, face_count=0, faces=[], network_ms=8)
+        with open(self.bundle / "metadata.jsonl", "a", encoding="utf-8") as file:
+            file.write('{"frame":4')
+        shown = json_of(self.bundle)
+        session = shown["session"]
+        self.assertEqual((shown["kind"], shown["camera"], shown["frames"]), ("bundle", "front", 4))
+        self.assertEqual({key: session[key] for key in ["sizes", "withPixels", "withScores", "withLabels", "failed",
+                                                        "gated", "withoutNetwork", "cameraFaces", "networkMs"]},
+                         {"sizes": ["320x240"], "withPixels": 3, "withScores": 2, "withLabels": 3, "failed": 1,
+                          "gated": 1, "withoutNetwork": 1, "cameraFaces": {"least": 0, "most": 1},
+                          "networkMs": {"runs": 3, "p50": 9.5, "p90": 40, "max": 40}})
+        self.assertIn("frame 4 was still being written", session["warning"])
+        text = morvale("inspect", self.bundle, "--all").stdout.decode()
+        for fragment in ["frame 4 was still being written", "1 failed, 1 gated, 1 without a run of the network",
+                         "p50 9.5, p90 40.0, longest 40.0 ms, over 3 runs", "256x256 in, 64x64x5 out; opened",
+                         "frame 2, front camera, 320x240, 1 camera face, gated\n",
+                         "frame 3, front camera, 320x240, 0 camera faces, failed\n"]:
+            self.assertIn(fragment, text)
+
+    def test_a_bundle_without_frames(self):
+        for name in ["metadata.jsonl", "records.bin"]:
+            (self.bundle / name).write_bytes(b"")
+        for path in self.bundle.glob("*/*"):
+            path.unlink()
+        self.assertEqual(json_of(self.bundle)["records"], [])
+
+    def test_complaints(self):
+        cut = self.folder / "cut"
+        cut.write_bytes(b"\0" * 100)
+        (self.bundle / "logits/000001.npy").rename(self.bundle / "logits/lost")
+        for arguments, fragment in [([self.folder / "none"], "none"), ([cut], "100 bytes"), ([], "PATH"),
+                                    ([self.bundle], "frame 1"), ([self.folder], "session.json"),
+                                    (["-", "--frame", 1], "no frame 1"), (["-", "--frame", -1], "--frame"),
+                                    (["-", "--frame", 0, "--all"], "--all"), (["-", "--camera", "up"], "--camera")]:
+            with self.subTest(arguments=arguments):
+                done = morvale("inspect", *arguments, input=record({}))
+                self.assertEqual((done.returncode, done.stdout), (2, b""), done.stderr)
+                self.assertRegex(done.stderr.decode(), r"\Amorvale: [^\n]+\.\n\Z")
+                self.assertIn(fragment, done.stderr.decode())
+
+
+class Doctor(unittest.TestCase):
+    # Around the block of 64 bytes, the length's place in it, and the piece in which a file is read.
+    SIZES = [0, 1, 3, 55, 56, 63, 64, 65, 119, 120, 128, 65535, 65536, 65537, 200000]
+
+    def test_model_hashes(self):
+        with tempfile.TemporaryDirectory() as folder:
+            expected = []
+            for size in self.SIZES:
+                content = (b"abc" + bytes(i % 251 for i in range(size)))[:size]
+                (pathlib.Path(folder) / f"{size:06d}.onnx").write_bytes(content)
+                expected.append({"name": f"{size:06d}.onnx", "bytes": size,
+                                 "sha256": hashlib.sha256(content).hexdigest()})
+            environment = {**os.environ, "VEXA_MODEL_DIR": folder, "MORVALE_KERNELS": "portable"}
+            done = morvale("doctor", "--json", env=environment)
+            text = morvale("doctor", env=environment).stdout.decode()
+        self.assertEqual((done.returncode, done.stderr), (0, b""))
+        facts = json.loads(done.stdout)
+        self.assertEqual(facts["models"], expected)
+        self.assertIs(facts["self-check"], True)
+        self.assertIn("portable (in use)", facts["kernels"])
+        self.assertIn(os.uname().release, facts["system"])
+        self.assertIn(expected[3]["sha256"], text)
+        self.assertRegex(text, r"\nself-check +passed\n\Z")
+
+
+if __name__ == "__main__":
+    unittest.main()
