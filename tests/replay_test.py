@@ -44,6 +44,20 @@ def y4m(width, height, frames, header=b" C420jpeg"):
     return b"YUV4MPEG2 W%d H%d F25:1 Ip%s\n" % (width, height, header) + body, planes
 
 
+def avi(width, height, colours):
+    """A video of flat frames, uncompressed: RIFF lists around bottom-up BGR rows."""
+    def chunk(name, body):
+        return name + struct.pack("<I", len(body)) + body + b"\0" * (len(body) % 2)
+
+    size = width * height * 3
+    head = struct.pack("<14I", 40000, size * 25, 0, 16, len(colours), 0, 1, size, width, height, 0, 0, 0, 0)
+    stream = b"vidsDIB " + struct.pack("<IHHIIIIIIII4h", 0, 0, 0, 0, 1, 25, 0, len(colours), size, 0, 0, 0, 0, width, height)
+    format = struct.pack("<IiiHHIIiiII", 40, width, height, 1, 24, 0, size, 0, 0, 0, 0)
+    frames = b"".join(chunk(b"00db", bytes(colour[::-1]) * (width * height)) for colour in colours)
+    header = b"hdrl" + chunk(b"avih", head) + chunk(b"LIST", b"strl" + chunk(b"strh", stream) + chunk(b"strf", format))
+    return chunk(b"RIFF", b"AVI " + chunk(b"LIST", header) + chunk(b"LIST", b"movi" + frames))
+
+
 class Replays(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
@@ -184,6 +198,20 @@ class Sources(Replays):
         self.refused("names no size", *fixed, stdin=b"YUV4MPEG2 W64\nFRAME\n")
         self.refused("pixels a side", *fixed, stdin=b"YUV4MPEG2 W64 H99999999999\nFRAME\n")
         self.refused("passes by once", *fixed, "--repeat", 2, stdin=stream)
+
+    def test_a_video(self):
+        colours = [(200, 40, 40), (40, 200, 40), (40, 40, 200), (128, 128, 128)]
+        (self.folder / "clip.avi").write_bytes(avi(64, 48, colours))
+        flags = ["--engine", "fixed", "--faces", "none", "--record"]
+        lines, _ = self.run_well(self.folder / "clip.avi", *flags, self.folder / "out")
+        self.assertEqual([line["frame"] for line in lines], [0, 1, 2, 3])
+        for frame, (red, green, blue) in enumerate(colours):
+            luma = (self.folder / f"out/frames/{frame:06d}_64x48_s64.nv21").read_bytes()[48 * 32 + 32]
+            self.assertAlmostEqual(luma, 0.299 * red + 0.587 * green + 0.114 * blue, delta=2)
+        lines, _ = self.run_well(self.folder / "clip.avi", "--start", 1, "--every", 2, *flags, self.folder / "some")
+        self.assertEqual([line["frame"] for line in lines], [1, 3])
+        self.assertEqual((self.folder / "some/frames/000001_64x48_s64.nv21").read_bytes(),
+                         (self.folder / "out/frames/000003_64x48_s64.nv21").read_bytes())
 
     def test_a_folder_in_the_order_people_count(self):
         for number in 1, 2, 10:

@@ -176,7 +176,8 @@ test('a click on a chart goes to that frame, a drag zooms all charts', async () 
   await shown(tab, 10);
   assert.match(await tab.textContent('.chart .readouts'), /humanRatio30 %/);
 
-  const places = () => tab.$$eval('.here', lines => lines.map(line => line.hidden ? 'out' : line.style.transform));
+  const places = () =>
+      tab.$$eval('.here', lines => lines.map(line => line.hidden ? 'out' : line.style.transform));
   const whole = await places();
   await tab.mouse.move(box.x + box.width * 20 / 39, box.y + 40);
   await tab.mouse.down();
@@ -248,7 +249,7 @@ test('front camera: each measured face has its figures, in words and in the tabl
       await tab.$$eval('.data-table tbody tr:nth-child(2) > *', list => list.map(cell => cell.textContent));
   assert.deepEqual(row, [
     '102', 'analysed', '21', '1', '2', '151', '23 (19–28)', '85 (75–100)', '200 (180–230)', '120',
-    '40 (40–40)', '90 (90–90)', '170 (170–170)', '10.10', '1.50'
+    '40 (40–40)', '90 (90–90)', '170 (170–170)', '10.100', '1.500'
   ]);
   await close();
 });

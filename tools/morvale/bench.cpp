@@ -166,7 +166,7 @@ int bench_main(int argc, char** argv) {
   BenchOptions options;
   CLI::App app(kIntroduction, "morvale bench");
   app.add_option("--camera", options.camera, "front or back (default: front)")
-      ->type_name("CAMERA")
+      ->type_name("front|back")
       ->check(CLI::IsMember({"front", "back"}).description(""));
   app.add_option("--size", options.size, "Frame size (default: 4000x3000 front, 1920x1080 back)")
       ->type_name("WxH");

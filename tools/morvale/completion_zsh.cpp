@@ -68,27 +68,27 @@ std::string action(const Offer& offer) {
 std::string value_mark(const std::string& flag) { return flag.rfind("--", 0) == 0 ? "=" : "+"; }
 
 /// One more argument of _arguments, on a line of its own.
-void add_spec(std::string& specs, const std::string& spec) {
-  specs.append(" \\\n            ").append(shell_quoted(spec));
+void add_rule(std::string& rules, const std::string& rule) {
+  rules.append(" \\\n            ").append(shell_quoted(rule));
 }
 
-void add_flag(std::string& specs, const ArgumentHelp& flag) {
+void add_flag(std::string& rules, const ArgumentHelp& flag) {
   std::string names;
   for (const std::string& name : flag.flags) names += (names.empty() ? "" : " ") + name;
   for (const std::string& name : flag.flags) {
-    std::string spec = flag.repeated ? "*" : "(" + names + ")";
-    spec += name;
-    if (!flag.value.empty()) spec += value_mark(name);
-    spec.append("[").append(escaped(flag.text)).append("]");
+    std::string rule = flag.repeated ? "*" : "(" + names + ")";
+    rule += name;
+    if (!flag.value.empty()) rule += value_mark(name);
+    rule.append("[").append(escaped(flag.text)).append("]");
     if (!flag.value.empty())
-      spec.append(":").append(escaped(flag.value)).append(":").append(action(offer_of(flag)));
-    add_spec(specs, spec);
+      rule.append(":").append(escaped(flag.value)).append(":").append(action(offer_of(flag)));
+    add_rule(rules, rule);
   }
 }
 
-void add_place(std::string& specs, const ArgumentHelp& place) {
-  std::string spec = place.repeated ? "*:" : ":";
-  add_spec(specs, spec.append(escaped(place.name)).append(":").append(action(offer_of(place))));
+void add_place(std::string& rules, const ArgumentHelp& place) {
+  std::string rule = place.repeated ? "*:" : ":";
+  add_rule(rules, rule.append(escaped(place.name)).append(":").append(action(offer_of(place))));
 }
 
 std::string command_case(const CommandHelp& command) {

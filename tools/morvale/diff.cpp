@@ -113,15 +113,6 @@ Camera camera_at(const RecordSource& a, const RecordSource& b, int frame, Camera
   return a.bundle ? a.camera_at(frame, otherwise) : b.camera_at(frame, otherwise);
 }
 
-std::string side_text(const char* name, const RecordSource& source) {
-  std::string text = std::string(name) + "  " + source.name + ": " + std::to_string(source.frame_count());
-  text += source.frame_count() == 1 ? " frame" : " frames";
-  if (const auto camera = source.camera())
-    text += *camera == Camera::kFront ? ", front camera" : ", back camera";
-  if (source.bundle && !source.bundle->warning().empty()) text += " (" + source.bundle->warning() + ")";
-  return text + "\n";
-}
-
 std::string text_of(const Distance& apart) {
   return std::to_string(apart.value) + (*apart.unit != '\0' ? " " : "") + apart.unit;
 }
@@ -149,22 +140,35 @@ std::string field_table(const std::vector<FieldDifferences>& fields) {
 
 std::string extra_frames_text(const RecordSource& a, const RecordSource& b) {
   if (a.records.size() == b.records.size()) return {};
-  const auto [fewer, more] = std::minmax(a.frame_count(), b.frame_count());
+  const int fewer = std::min(a.frame_count(), b.frame_count());
+  const int more = std::max(a.frame_count(), b.frame_count());
   const std::string name = a.frame_count() > b.frame_count() ? "A" : "B", last = std::to_string(more - 1);
   if (more - fewer == 1) return "only " + name + " has frame " + last + "\n";
   return "only " + name + " has frames " + std::to_string(fewer) + " to " + last + "\n";
 }
 
+std::string plural(int count, const char* noun) {
+  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
+std::string side_text(const char* name, const RecordSource& source) {
+  std::string text = std::string(name) + "  " + source.name + ": " + plural(source.frame_count(), "frame");
+  if (const auto camera = source.camera())
+    text += *camera == Camera::kFront ? ", front camera" : ", back camera";
+  if (source.bundle && !source.bundle->warning().empty()) text += " (" + source.bundle->warning() + ")";
+  return text + "\n";
+}
+
 std::string records_text(const Difference& difference) {
   const RecordsDiff& records = difference.records;
-  const std::string compared = std::to_string(records.compared);
-  std::string text = extra_frames_text(difference.a, difference.b);
+  const std::string text = extra_frames_text(difference.a, difference.b);
+  const std::string compared = plural(records.compared, "record");
   if (records.first) {
     return text + first_text(*records.first) + std::to_string(records.differing_frames) + " of " + compared +
-           " records differ:\n" + field_table(records.fields);
+           (records.differing_frames == 1 ? " differs:\n" : " differ:\n") + field_table(records.fields);
   }
-  if (records.tolerated_frames == 0) return text + "the same: " + compared + " records\n";
-  return text + "the same within the tolerances: " + compared + " records, " +
+  if (records.tolerated_frames == 0) return text + "the same: " + compared + "\n";
+  return text + "the same within the tolerances: " + compared + ", " +
          std::to_string(records.tolerated_frames) + " of them not equal\n";
 }
 

@@ -33,8 +33,9 @@ constexpr const char* kExamples = R"(Examples:
       A single record.
   morvale inspect --format json session-0001 | jq .session.networkMs
 
-A colour figure is its mean with the low and the high band in brackets. In the grid, # is a cell where somebody
-is. The network's times are there when the recording has them; p90 is what nine runs of ten did not exceed.
+A colour figure is its mean with the low and the high band in brackets. In the grid, # is a cell where
+somebody is. The network's times are there when the recording has them; p90 is what nine runs of ten did not
+exceed.
 
 Exit status: 0 done, 2 the command line or PATH cannot be used.
 )";

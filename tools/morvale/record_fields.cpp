@@ -19,7 +19,7 @@ class FieldList {
     add("ver", "faces measured, or the camera's faces where the map has none",
         "5 once a person candidate was seen");
     add("humanRatio", "share of the label map that is person, per cent",
-        "share of the label map that is person, per cent");
+        "share of the label map that is body, per cent");
     for (int block = 0; block < kMaxFaces; ++block) add_block(block);
   }
   std::array<RecordField, kRecordWords> take() { return std::move(fields_); }

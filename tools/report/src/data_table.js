@@ -59,7 +59,7 @@ export class DataTable {
 
 function columnsOf(report) {
   const {records, frames} = report;
-  const time = value => value === null ? '–' : value.toFixed(2);
+  const time = value => value === null ? '–' : value.toFixed(3);
   const columns = [
     ['Frame', frame => `${report.number(frame)}`],
     ['State', frame => marksOf(report, frame).map(([, text]) => text).join(', ') || 'analysed'],

@@ -1,7 +1,8 @@
 // How figures are written, everywhere the same.
 
-export const ms = value =>
-    value === null || value === undefined ? '–' : `${value.toFixed(value < 100 ? 2 : 0)} ms`;
+// Decimals that tell times up to `max` ms apart.
+export const digitsOf = ({max}) => max < 1 ? 3 : max < 100 ? 2 : 0;
+export const ms = value => value === null ? '–' : `${value.toFixed(digitsOf({max: value}))} ms`;
 export const plural = (count, one, many = `${one}s`) => `${count} ${count === 1 ? one : many}`;
 export const range = (low, high) => low === high ? `${low}` : `${low}–${high}`;
 export const boxText = ([x, y, w, h]) => `${w} × ${h} at ${x}, ${y}`;

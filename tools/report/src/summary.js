@@ -1,6 +1,6 @@
 // The head of the page, the summary cards and the verdict of a comparison.
 import {h, icon} from './dom.js';
-import {plural, range} from './format.js';
+import {digitsOf, plural, range} from './format.js';
 import {libraryTimes, networkTimes} from './series.js';
 import {spread} from './stats.js';
 
@@ -108,9 +108,10 @@ function peopleCard(report, count) {
 
 function timeCard(title, times, none) {
   if (!times) return card(title, '–', [none]);
-  const item = (name, value) => h('span', {}, `${name} `, h('b', {}, value.toFixed(2)));
+  const digits = digitsOf(times), write = value => value.toFixed(digits);
+  const item = (name, value) => h('span', {}, `${name} `, h('b', {}, write(value)));
   return card(
-      title, h('span', {}, times.p50.toFixed(2), h('small', {}, ' ms p50')),
+      title, h('span', {}, write(times.p50), h('small', {}, ' ms p50')),
       [item('p90', times.p90), item('p99', times.p99), item('max', times.max)]);
 }
 
@@ -122,7 +123,7 @@ function recordsCard(report, player) {
         card('Against the baseline', 'Identical', ['records, label maps and boxes'], 'good') :
         card('Against the baseline', plural(frames, 'frame'), ['differ'], 'bad');
   }
-  if (!comparison) return card('Records', 'Not compared', ['no records to compare with']);
+  if (!comparison) return card('Records', '–', ['nothing to compare them with']);
   if (comparison.same)
     return card('Records', 'Identical', [`all ${plural(comparison.frames, 'frame')}, byte for byte`], 'good');
   return card('Records', 'Different', ['first at ', goTo(report, player, comparison.index)], 'bad');

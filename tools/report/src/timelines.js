@@ -1,7 +1,7 @@
 // The run over time: which lines are drawn of which figures.
 import {Chart} from './chart.js';
 import {h} from './dom.js';
-import {plural} from './format.js';
+import {digitsOf, ms, plural} from './format.js';
 import {countSet, kGridColumns, kGridRows} from './records.js';
 import {faceFigures, libraryTimes, networkTimes, unwrapped} from './series.js';
 import {spread, wrapDegrees} from './stats.js';
@@ -208,14 +208,13 @@ function gridChart(report) {
 }
 
 function timeCharts(report) {
-  const write = value => `${value.toFixed(2)} ms`;
   const chart = (title, note, values, colour, lines) => ({
     title,
     unit: 'ms a frame',
     note,
     floor: 0,
     leastRoom: 0.05,
-    format: write,
+    format: ms,
     lines,
     series: [{label: 'time', values, colour}]
   });
@@ -236,11 +235,16 @@ function timeCharts(report) {
   return charts;
 }
 
-const percentiles = ({p50, p90, p99}) =>
-    [{value: p99, label: 'p99', colour: '--muted', dash: [1, 3]},
-     {value: p50, label: 'p50', colour: '--muted', dash: [8, 4]},
-     {value: p90, label: 'p90', colour: '--muted', dash: [4, 4]},
-];
+const percentile = (value, label, dash) => ({value, label, colour: '--muted', dash});
+const percentiles = ({
+  p50,
+  p90,
+  p99
+}) => [percentile(p99, 'p99', [1, 3]), percentile(p50, 'p50', [8, 4]), percentile(p90, 'p90', [4, 4])];
 
-const percentileText = ({p50, p90, p99, max, count}) => `p50 ${p50.toFixed(2)} · p90 ${
-    p90.toFixed(2)} · p99 ${p99.toFixed(2)} · max ${max.toFixed(2)} ms over ${plural(count, 'frame')}`;
+function percentileText({p50, p90, p99, max, count}) {
+  const digits = digitsOf({max});
+  const [middle, most, nearlyAll, highest] = [p50, p90, p99, max].map(value => value.toFixed(digits));
+  const over = plural(count, 'frame');
+  return `p50 ${middle} · p90 ${most} · p99 ${nearlyAll} · max ${highest} ms over ${over}`;
+}

@@ -53,7 +53,7 @@ export class Viewer {
   makeSide_(side) {
     const titles = {
       baseline: `Baseline: ${this.report_.baseline?.name}`,
-      current: 'Current',
+      current: this.report_.baseline ? `Current: ${this.report_.data.source.name}` : 'Current',
       difference: 'Difference'
     };
     const canvas = h('canvas', {role: 'img', 'data-side': side});
