@@ -3,7 +3,7 @@ file(READ ${PAGE} hex HEX)
 string(REGEX REPLACE "([0-9a-f][0-9a-f])" "'\\\\x\\1'," bytes "${hex}")
 string(REGEX REPLACE "('[^']*',)('[^']*',)('[^']*',)('[^']*',)('[^']*',)('[^']*',)('[^']*',)('[^']*',)"
   "\\1\\2\\3\\4\\5\\6\\7\\8\n" bytes "${bytes}")
-file(WRITE ${SOURCE} "#include \"tools/morvale/report_template.h\"
+file(WRITE ${SOURCE} "#include \"report/report_template.h\"
 
 namespace {
 // The last byte keeps the array from being empty and is not part of the page.

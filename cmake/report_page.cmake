@@ -12,11 +12,15 @@ if(MORVALE_REPORT)
       "-DMORVALE_REPORT=OFF.")
   endif()
   file(GLOB_RECURSE page_sources CONFIGURE_DEPENDS ${page_folder}/src/*)
+  set(omit_test_tools)
+  if(NOT BUILD_TESTING)
+    set(omit_test_tools --omit=dev)
+  endif()
   # npm writes beside package.json: it works on a copy, so that the sources stay clean and builds do not meet.
   add_custom_command(OUTPUT ${page_build}/node_modules/.installed
     COMMAND ${CMAKE_COMMAND} -E make_directory ${page_build}
     COMMAND ${CMAKE_COMMAND} -E copy ${page_folder}/package.json ${page_folder}/package-lock.json ${page_build}
-    COMMAND ${NPM} ci --prefix ${page_build} --omit=dev --no-audit --no-fund --loglevel=error
+    COMMAND ${NPM} ci --prefix ${page_build} ${omit_test_tools} --ignore-scripts --no-audit --no-fund --loglevel=error
     COMMAND ${CMAKE_COMMAND} -E touch ${page_build}/node_modules/.installed
     DEPENDS ${page_folder}/package.json ${page_folder}/package-lock.json
     COMMENT "Fetching the report page's libraries" VERBATIM)

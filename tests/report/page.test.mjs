@@ -256,7 +256,8 @@ test('front camera: each measured face has its figures, in words and in the tabl
 
 test('back camera: person box and grid come from their words', async () => {
   const {page: tab, close} = await open(browser, back);
-  assert.match(await tab.textContent('.sentence'), /A person, 90 × 100 at 40, 25; 30 %/);
+  assert.match(
+      await tab.textContent('.sentence'), /A person, 90 × 100 at 40, 25; 30 % of the label map is body/);
   const cells = await tab.$$eval('.occupancy i', list => list.map(cell => cell.className === 'on' ? 1 : 0));
   assert.deepEqual(cells, Array.from({length: 285}, (_, cell) => cell % 19 < 9 ? 1 : 0));
   assert.match(await tab.textContent('#figures'), /Resource hint 77/);
@@ -289,6 +290,22 @@ test('a comparison shows both records and marks the cells that differ', async ()
   await second.page.click('#comparison button');
   await shown(second.page, 5);
   await second.close();
+});
+
+test('what a recording alone does not tell is left out, not shown as 0', async () => {
+  const alone = page('alone', {
+    change: data => {
+      for (const part of ['network_ms', 'process_ms', 'analysis_ms', 'boxes']) data.frames[part].fill(null);
+      data.comparison = {same: false, index: 0, field: 'process', offset: null, expected: 0, got: -1, differing: 1};
+    }
+  });
+  const {page: tab, complaints, close} = await open(browser, alone);
+  assert.match(await tab.textContent('#comparison'), /First in .*, process: expected 0, got -1/);
+  assert.match(await tab.textContent('#figures'), /Library–/);
+  assert.doesNotMatch(await tab.textContent('#figures'), /library box/);
+  assert.match(await tab.textContent('main'), /a recording alone does not tell/);
+  assert.deepEqual(complaints, []);
+  await close();
 });
 
 test('names, texts and log lines are shown as they are, never run', async () => {

@@ -46,6 +46,18 @@ test('a face is a gap where it was not measured: ver, gate, failure, no colour o
   assert.deepEqual(faces[0].map(face => face?.channels?.[0].mean ?? null), [20, null, null, null, null, 20]);
 });
 
+test('the library\'s time is not known without its parts, nor from the times of two runs', () => {
+  const change = data => {
+    Object.assign(data.frames, {
+      network_ms: [10, null, 10, 10, 128],
+      process_ms: [11.5, 1.5, null, 11.5, 0.3],
+      analysis_ms: [0.5, 0.5, 0.5, null, 0.1],
+    });
+  };
+  const report = new Report(makeData({count: 5, change}));
+  assert.deepEqual([0, 1, 2, 3, 4].map(frame => report.libraryMs(frame)), [2, 2, null, null, null]);
+});
+
 test('stretches of frames that differ from the baseline are one event each', () => {
   const base = makeData({count: 8});
   const change = data => {

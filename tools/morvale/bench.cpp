@@ -8,12 +8,12 @@
 #include <string>
 #include <vector>
 
-#include "camera_service.h"
-#include "command.h"
-#include "command_line.h"
-#include "diverted_output.h"
+#include "common/command.h"
+#include "common/command_line.h"
+#include "common/diverted_output.h"
+#include "common/progress.h"
 #include "morvale.h"
-#include "progress.h"
+#include "service/camera_service.h"
 
 namespace tool {
 namespace {

@@ -14,13 +14,13 @@
 #include <utility>
 #include <vector>
 
-#include "camera_service.h"
-#include "command.h"
-#include "command_line.h"
-#include "diverted_output.h"
+#include "common/command.h"
+#include "common/command_line.h"
+#include "common/diverted_output.h"
+#include "common/sha256.h"
 #include "kernels/processor.h"
 #include "morvale.h"
-#include "sha256.h"
+#include "service/camera_service.h"
 
 namespace tool {
 namespace {

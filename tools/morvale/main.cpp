@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "command.h"
+#include "common/command.h"
 
 namespace {
 

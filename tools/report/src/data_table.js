@@ -63,7 +63,7 @@ function columnsOf(report) {
   const columns = [
     ['Frame', frame => `${report.number(frame)}`],
     ['State', frame => marksOf(report, frame).map(([, text]) => text).join(', ') || 'analysed'],
-    ['Person, %', frame => records.humanRatio(frame)],
+    [report.front ? 'Person, %' : 'Body, %', frame => records.humanRatio(frame)],
     ['Boxes', frame => report.personCount(frame)],
     ['ver', frame => records.ver(frame)],
   ];

@@ -34,8 +34,8 @@ export function differenceAt(report, frame) {
     if (report.records.word(frame, word) !== baseline.records.word(frame, word)) words.push(word);
   // Runs are cut the same way for the same map, so equal maps have equal texts.
   const labels = (baseline.labelRuns[frame] ?? '') !== report.data.label_runs[frame];
-  const boxes = baseline.boxes !== null &&
-      JSON.stringify(baseline.boxes[frame] ?? []) !== JSON.stringify(report.frames.boxes[frame]);
+  const boxes = baseline.boxes !== null && report.personCount(frame) !== null &&
+      JSON.stringify(baseline.boxes[frame] ?? []) !== JSON.stringify(report.boxes(frame));
   return {any: words.length > 0 || labels || boxes, missing: false, words, labels, boxes};
 }
 

@@ -21,7 +21,7 @@ export function marksOf(report, frame) {
 export function sentence(report, frame) {
   if (report.gated(frame)) return 'Above the gate: not analysed, the record is cleared.';
   const {records} = report;
-  const share = `${records.humanRatio(frame)} % of the label map is person`;
+  const share = `${records.humanRatio(frame)} % of the label map is ${report.shareOf}`;
   const failed =
       report.failed(frame) ? 'The network run failed; the figures are those of an older label map. ' : '';
   if (report.front) {
@@ -46,9 +46,11 @@ function facts(report, frame) {
   const {width, height, shrunkWidth, shrunkHeight, netSize, segFactor} = report.geometry(frame);
   const boxes = list => list.length === 0 ? 'none' : list.map(boxText).join('; ');
   const rows = [
-    ['Network', frames.network_ms[frame] === null ? 'not asked' : ms(frames.network_ms[frame])],
+    ['Network', report.gated(frame) ? 'not asked' : ms(frames.network_ms[frame])],
     ['Library', ms(report.libraryMs(frame))],
-    [plural(report.personCount(frame), 'library box', 'library boxes'), boxes(frames.boxes[frame])],
+    ...(report.personCount(frame) === null ?
+            [] :
+            [[plural(report.personCount(frame), 'library box', 'library boxes'), boxes(report.boxes(frame))]]),
     [plural(frames.camera_faces[frame].length, 'camera face'), boxes(frames.camera_faces[frame])],
     ['Returned', `${frames.process[frame]}, ver ${report.records.ver(frame)}`],
     ['Frame', `${width} × ${height}, shrunk to ${shrunkWidth} × ${shrunkHeight}`],

@@ -112,7 +112,7 @@ export class FramePainter {
   boxes_(view) {
     const baseline = this.report_.baseline?.boxes?.[view.frame] ?? [];
     if (view.side === 'difference') this.rectangles_(view, baseline, kBoxColour, true);
-    const boxes = view.side === 'baseline' ? baseline : this.report_.frames.boxes[view.frame];
+    const boxes = view.side === 'baseline' ? baseline : this.report_.boxes(view.frame);
     this.rectangles_(view, boxes, kBoxColour, false);
   }
 

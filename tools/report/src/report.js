@@ -29,7 +29,10 @@ export class Report {
   number(frame) { return this.frames.number[frame]; }
   title(frame) { return this.frames.name ? this.frames.name[frame] : `Frame ${this.number(frame)}`; }
   geometry(frame) { return this.data.geometries[this.frames.geometry[frame]]; }
-  personCount(frame) { return this.frames.boxes[frame].length; }
+  // The library's person boxes and their number; a recording on its own does not tell them on the front
+  // camera: none to draw, and a number of null.
+  boxes(frame) { return this.frames.boxes[frame] ?? []; }
+  personCount(frame) { return this.frames.boxes[frame]?.length ?? null; }
 
   gated(frame) { return this.frames.gated[frame] !== 0; }
   failed(frame) { return this.frames.process[frame] !== 0; }
@@ -41,14 +44,20 @@ export class Report {
     return time !== null && Math.floor(time) >= this.data.sluggish_ms;
   }
 
+  // What humanRatio counts: every person cell on the front camera, the body alone on the back camera.
+  get shareOf() { return this.front ? 'person' : 'body'; }
+
   measuredFaces(frame) {
     return this.front ? Math.min(Math.max(this.records.ver(frame), 0), kMeasuredBlocks) : 0;
   }
 
-  // The library's own time, without the network's run.
+  // The library's own time, without the network's run; null where it is not known. A recording that answers
+  // for the network may bring that network's times: where they exceed the whole call, they are of another
+  // run.
   libraryMs(frame) {
     const {process_ms, network_ms, analysis_ms} = this.frames;
-    return Math.max(process_ms[frame] - (network_ms[frame] ?? 0) + analysis_ms[frame], 0);
+    const process = process_ms[frame], network = network_ms[frame] ?? 0, analysis = analysis_ms[frame];
+    return process === null || analysis === null || network > process ? null : process - network + analysis;
   }
 
   // One figure of every frame, null where `of` knows none or the frame was not analysed.

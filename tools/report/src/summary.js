@@ -77,8 +77,8 @@ export function cards(report, player) {
           'Frames', `${report.count}`,
           [tally(failed, 'failed'), tally(gated, 'gated'), tally(sluggish, 'sluggish')]),
       shareCard(report), peopleCard(report, count),
-      timeCard('Network', spread(networkTimes(report)), 'not asked'),
-      timeCard('Library', spread(libraryTimes(report)), 'nothing analysed'), recordsCard(report, player));
+      timeCard('Network', spread(networkTimes(report)), 'times not known'),
+      timeCard('Library', spread(libraryTimes(report)), 'times not known'), recordsCard(report, player));
 }
 
 function card(title, figure, details, kind = '') {
@@ -92,13 +92,15 @@ const tally = (count, kind) =>
 
 function shareCard(report) {
   const share = spread(report.series(frame => report.records.humanRatio(frame)));
-  if (!share) return card('Person share', '–', ['no frame was analysed']);
-  return card(
-      'Person share', `${share.mean.toFixed(1)} %`, [`mean; ${range(share.min, share.max)} % over the run`]);
+  const title = report.front ? 'Person share' : 'Body share';
+  if (!share) return card(title, '–', ['no frame was analysed']);
+  return card(title, `${share.mean.toFixed(1)} %`, [`mean; ${range(share.min, share.max)} % over the run`]);
 }
 
 function peopleCard(report, count) {
-  const most = report.frames.boxes.reduce((highest, boxes) => Math.max(highest, boxes.length), 0);
+  if (report.frames.boxes.every(boxes => boxes === null))
+    return card('Persons seen', '–', ['a recording alone does not tell']);
+  const most = report.frames.boxes.reduce((highest, boxes) => Math.max(highest, boxes?.length ?? 0), 0);
   const seen = count(frame => report.personCount(frame) > 0);
   return card(
       'Persons seen', `${most}`,
@@ -120,7 +122,7 @@ function recordsCard(report, player) {
   if (report.difference) {
     const {frames} = report.difference;
     return frames === 0 ?
-        card('Against the baseline', 'Identical', ['records, label maps and boxes'], 'good') :
+        card('Against the baseline', 'Identical', ['records and label maps'], 'good') :
         card('Against the baseline', plural(frames, 'frame'), ['differ'], 'bad');
   }
   if (!comparison) return card('Records', '–', ['nothing to compare them with']);
@@ -143,7 +145,7 @@ export function banner(report, player) {
   return h(
       'p', {class: 'banner bad', id: 'comparison'}, h('b', {}, 'The records differ. '), 'First in ',
       goTo(report, player, comparison.index), ', ', h('code', {}, comparison.field),
-      ` at byte ${comparison.offset}: expected `, h('b', {}, comparison.expected), ', got ',
+      comparison.offset === null ? '' : ` at byte ${comparison.offset}`, ': expected ', h('b', {}, comparison.expected), ', got ',
       h('b', {}, comparison.got),
       `. ${plural(comparison.differing, 'frame differs', 'frames differ')} in all.`);
 }

@@ -144,7 +144,7 @@ function withBaseline(report, series, of) {
 function shareChart(report) {
   const values = report.series(frame => report.records.humanRatio(frame));
   return {
-    title: 'Person share',
+    title: report.front ? 'Person share' : 'Body share',
     unit: '% of the label map',
     floor: 0,
     ceiling: 100,

@@ -1,0 +1,143 @@
+/// `morvale analyze`: photographs and raw frames in, records and annotated pictures out.
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <opencv2/core/utils/logger.hpp>
+
+#include "analyze/analyze_options.h"
+#include "analyze/annotate.h"
+#include "common/atomic_file.h"
+#include "common/command.h"
+#include "common/diverted_output.h"
+#include "common/progress.h"
+#include "service/camera_service.h"
+#include "service/faces.h"
+#include "service/report_text.h"
+#include "service/trace.h"
+
+namespace tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// NAME_front.png, or NAME_front_03.png when frames are repeated.
+fs::path picture_path(const AnalyzeOptions& options, const std::string& path, int frame_index) {
+  std::string name = fs::path(path).stem().string() + (options.camera == Camera::kFront ? "_front" : "_back");
+  if (options.repeat > 1) {
+    char number[16];
+    std::snprintf(number, sizeof number, "_%02d", frame_index);
+    name += number;
+  }
+  return fs::path(options.out) / (name + ".png");
+}
+
+/// The library's log is silent unless asked for: on a workstation every run of the network is too slow for
+/// the device's limit, and it would say so at each frame. MORVALE_LOG, when set, keeps its say.
+void choose_log_level(bool verbose) { setenv("MORVALE_LOG", verbose ? "D" : "S", /*overwrite=*/0); }
+
+/// Everything that can be seen before the first frame is, so that a mistake leaves no half of the work
+/// behind.
+void check(const AnalyzeOptions& options) {
+  std::map<fs::path, std::string> pictures;
+  for (const std::string& path : options.inputs) {
+    check_input(path, options.shape);
+    if (options.out.empty()) continue;
+    const auto [other, fresh] = pictures.emplace(picture_path(options, path, 0), path);
+    if (!fresh)
+      throw UsageError(other->second + " and " + path +
+                       " would be drawn into the same picture; analyse them apart.");
+  }
+}
+
+/// Made only when the first picture is there: a run that ends before leaves no empty folder.
+void make_folder(const std::string& folder) {
+  std::error_code error;
+  fs::create_directories(folder, error);
+  if (!fs::is_directory(folder))
+    throw UsageError("--out: " + folder + " is not a folder and cannot be made one; name another.");
+}
+
+/// One run of the command over all inputs.
+class Analysis {
+ public:
+  explicit Analysis(const AnalyzeOptions& options)
+      : options_(options),
+        faces_(make_face_source(options.faces, options.cascade, options.inputs)),
+        table_(options.inputs),
+        data_(STDOUT_FILENO, options.verbose ? STDERR_FILENO : -1),
+        progress_(options.inputs.size() * static_cast<size_t>(options.repeat)) {}
+
+  int run() {
+    for (const std::string& path : options_.inputs) analyze(read_input(path, options_.shape));
+    if (!options_.trace.empty()) trace_.write(options_.trace);
+    return failed_ ? kExitFailed : kExitDone;
+  }
+
+ private:
+  void analyze(const Frame& frame) {
+    // Only now: what is wrong with the command line or a file is said even where there is no network yet.
+    choose_model_folder(options_.model_dir);
+    CameraService service(options_.camera);
+    note_stride(frame);
+    const std::vector<FaceRect> faces = faces_->faces(frame);
+    for (int index = 0; index < options_.repeat; ++index) {
+      progress_.next(frame.input);
+      const Trace::Time begin = std::chrono::steady_clock::now();
+      const FrameReport report = service.analyze(frame, faces);
+      if (!options_.trace.empty()) trace_.add(index, frame.input, begin, report);
+      progress_.clear();
+      if (report.process != 0) note_failure(frame, index);
+      if (!options_.out.empty() && report.process == 0) draw(frame, index, report);
+      data_.write_past(options_.table ? table_.lines(frame.input, index, report)
+                                      : json_line(frame.input, index, report));
+    }
+  }
+
+  void draw(const Frame& frame, int index, const FrameReport& report) {
+    const std::vector<uint8_t> png = annotated_png(frame, index, report);
+    make_folder(options_.out);
+    write_file(picture_path(options_, frame.input, index), png);
+  }
+
+  void note_failure(const Frame& frame, int index) {
+    failed_ = true;
+    std::fprintf(stderr, "morvale: %s: frame %d failed; --verbose shows what the library says.\n",
+                 frame.input.c_str(), index);
+  }
+
+  void note_stride(const Frame& frame) const {
+    if (frame.stride == frame.width) return;
+    progress_.clear();
+    std::fprintf(stderr,
+                 "morvale: %s: the library reads rows of %d bytes whatever the stride, so it sees a sheared "
+                 "picture.\n",
+                 frame.input.c_str(), frame.width);
+  }
+
+  const AnalyzeOptions& options_;
+  std::unique_ptr<FaceSource> faces_;
+  Table table_;
+  /// The library prints a few lines on standard output by contract. They must not end up among our data: the
+  /// descriptor is diverted before the first call into the library, and only write_past reaches its old end.
+  DivertedOutput data_;
+  Progress progress_;
+  Trace trace_;
+  bool failed_ = false;
+};
+
+}  // namespace
+
+int analyze_main(int argc, char** argv) {
+  const std::optional<AnalyzeOptions> options = parse_analyze_options(argc, argv);
+  if (!options) return kExitDone;
+  // OpenCV's own complaints would stand beside our one sentence.
+  cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
+  check(*options);
+  choose_log_level(options->verbose);
+  return Analysis(*options).run();
+}
+
+}  // namespace tool

@@ -1,0 +1,43 @@
+/// `morvale convert`: one image kernel over one file.
+#include <cstdio>
+#include <opencv2/core/utils/logger.hpp>
+
+#include "common/command.h"
+#include "convert/convert_options.h"
+#include "convert/kernel_list.h"
+#include "convert/kernel_run.h"
+#include "pictures/picture_file.h"
+
+namespace tool {
+namespace {
+
+/// OUT with the result's size in place of {size}.
+std::string target_name(std::string name, FrameSize size) {
+  constexpr std::string_view kPlace = "{size}";
+  for (size_t at = name.find(kPlace); at != std::string::npos; at = name.find(kPlace))
+    name.replace(at, kPlace.size(), text_of(size));
+  return name;
+}
+
+void print_list(bool json) { std::fputs((json ? kernel_table_json() : kernel_table_text()).c_str(), stdout); }
+
+}  // namespace
+
+int convert_main(int argc, char** argv) {
+  const std::optional<ConvertOptions> options = parse_convert_options(argc, argv);
+  if (!options) return kExitDone;
+  if (options->list) return print_list(options->json), kExitDone;
+  // OpenCV's own complaints would stand beside our one sentence.
+  cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
+  const Kernel& kernel = *options->kernel;
+  check_target(options->out, kernel.gives);
+  const Picture in = read_picture(options->in, options->size, kernel.takes);
+  const Picture out = run_kernel(kernel, in, options->flags);
+  const std::string name = target_name(options->out, out.size);
+  write_picture(name, out);
+  std::fprintf(stderr, "morvale: %s: %s of %s.\n", name.c_str(), name_of(out.layout),
+               text_of(out.size).c_str());
+  return kExitDone;
+}
+
+}  // namespace tool

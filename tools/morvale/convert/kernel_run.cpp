@@ -1,0 +1,70 @@
+#include "convert/kernel_run.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <limits>
+
+#include "common/command.h"
+#include "common/diverted_output.h"
+
+namespace tool {
+namespace {
+
+/// Room behind each picture, more than any kernel reaches there: mirroring takes up to twice the width in
+/// three bytes a pixel, averaging by large ratios the ratio in rows; the checked calls watch over it.
+size_t room_behind(const Picture& picture, int widest) {
+  return picture.bytes.size() / 64 + 6 * static_cast<size_t>(widest) + 64;
+}
+
+std::vector<uint8_t> with_last_row_repeated(const Picture& picture, size_t room) {
+  std::vector<uint8_t> bytes = picture.bytes;
+  const auto row = static_cast<size_t>(row_bytes(picture.layout, picture.size.width));
+  const size_t end = bytes.size();
+  bytes.resize(end + room);
+  for (size_t at = end; at < bytes.size(); ++at) bytes[at] = bytes[at - row];
+  return bytes;
+}
+
+Picture blank(Layout layout, FrameSize size) {
+  Picture picture{layout, size, {}};
+  if (layout == Layout::kNv21) picture.bytes.resize(static_cast<size_t>(size.pixels()), 0);
+  constexpr uint8_t kNeutralChroma = 128;
+  picture.bytes.resize(static_cast<size_t>(byte_count(layout, size)),
+                       layout == Layout::kNv21 ? kNeutralChroma : uint8_t{0});
+  return picture;
+}
+
+void check_result_size(const Kernel& kernel, FrameSize in, FrameSize out) {
+  const std::string what =
+      std::string(kernel.name) + " of " + text_of(in) + ": the result of " + text_of(out);
+  if (out.width < 1 || out.height < 1) throw UsageError(what + " is empty; give a larger picture.");
+  if (byte_count(kernel.gives, out) > std::numeric_limits<int32_t>::max())
+    throw UsageError(what + " would take more than 2 GiB; give a smaller picture.");
+}
+
+UsageError refusal(const Kernel& kernel, FrameSize in, morvale::checked::Status status) {
+  std::string reason = morvale::checked::message(status);
+  reason[0] = static_cast<char>(reason[0] | 0x20);  // goes on behind a colon
+  return UsageError(std::string(kernel.name) + " of " + text_of(in) + ": " + reason);
+}
+
+}  // namespace
+
+Picture run_kernel(const Kernel& kernel, const Picture& in, const KernelFlags& flags) {
+  const FrameSize size = kernel.result_size(in.size, flags);
+  check_result_size(kernel, in.size, size);
+  Picture out = blank(kernel.gives, size);
+  const int widest = std::max(in.size.width, size.width);
+  const size_t result_bytes = out.bytes.size();
+  const std::vector<uint8_t> source = with_last_row_repeated(in, room_behind(in, widest));
+  out.bytes.resize(result_bytes + room_behind(out, widest));
+  // One kernel prints a line on standard output by contract.
+  const DivertedOutput quiet(STDOUT_FILENO);
+  const auto status = kernel.run({in.size, size, source, out.bytes, flags});
+  if (status != morvale::checked::Status::kOk) throw refusal(kernel, in.size, status);
+  out.bytes.resize(result_bytes);
+  return out;
+}
+
+}  // namespace tool

@@ -1,0 +1,93 @@
+#include "diff/diff_session.h"
+
+#include <algorithm>
+#include <cstring>
+#include <nlohmann/json.hpp>
+#include <string_view>
+
+namespace tool {
+namespace {
+
+using morvale::session::FrameLine;
+using morvale::session::FrameOutput;
+using morvale::session::SessionInfo;
+using nlohmann::ordered_json;
+
+std::string pair_text(const std::string& key, const ordered_json& a, const ordered_json& b) {
+  return key + ": A " + a.dump() + ", B " + b.dump();
+}
+
+/// The first of `keys` whose values differ, or nothing.
+std::string first_pair(const ordered_json& a, const ordered_json& b,
+                       std::initializer_list<const char*> keys) {
+  for (const char* key : keys) {
+    const ordered_json left = a.value(key, ordered_json()), right = b.value(key, ordered_json());
+    if (left != right) return pair_text(key, left, right);
+  }
+  return {};
+}
+
+ordered_json json_of(const FrameLine& line) {
+  return ordered_json::parse(morvale::session::frame_text(0, line));
+}
+
+SessionNote compare_lines(const char* what, const RecordSource& a, const RecordSource& b,
+                          std::initializer_list<const char*> keys) {
+  SessionNote note{what, 0, -1, {}};
+  const size_t shared = std::min(a.lines.size(), b.lines.size());
+  for (size_t i = 0; i < shared && note.first_frame < 0; ++i) {
+    ++note.compared;
+    note.detail = first_pair(json_of(a.lines[i]), json_of(b.lines[i]), keys);
+    if (!note.detail.empty()) note.first_frame = static_cast<int>(i);
+  }
+  return note;
+}
+
+SessionNote compare_infos(const SessionInfo& a, const SessionInfo& b, size_t frames) {
+  SessionNote note{"session", static_cast<int>(frames), -1, {}};
+  // How it was made is for people; two makers may well record the same.
+  note.detail = first_pair(ordered_json::parse(session_text(a)), ordered_json::parse(session_text(b)),
+                           {"camera_type", "pad_size", "net_size", "open_result"});
+  return note;
+}
+
+/// Equal in every bit: a not-a-number equals itself, 0 is not -0.
+template <class T>
+bool same_bytes(const std::vector<T>& a, const std::vector<T>& b) {
+  return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(T)) == 0;
+}
+
+/// Compares what `name` of a line says the frame has, as `read` gives it for a bundle and a frame.
+template <class Name, class Read>
+SessionNote compare_files(const char* what, const RecordSource& a, const RecordSource& b, Name name,
+                          Read read) {
+  SessionNote note{what, 0, -1, {}};
+  const size_t shared = std::min(a.lines.size(), b.lines.size());
+  for (size_t i = 0; i < shared && note.first_frame < 0; ++i) {
+    if ((a.lines[i].*name).empty() || (b.lines[i].*name).empty()) continue;
+    ++note.compared;
+    const int frame = static_cast<int>(i);
+    if (!same_bytes(read(*a.bundle, frame), read(*b.bundle, frame))) note.first_frame = frame;
+  }
+  return note;
+}
+
+}  // namespace
+
+std::vector<SessionNote> compare_sessions(const RecordSource& a, const RecordSource& b) {
+  using morvale::session::BundleReader;
+  const auto pixels = [](const BundleReader& bundle, int frame) { return bundle.input(frame).nv21; };
+  const auto scores = [](const BundleReader& bundle, int frame) { return bundle.output(frame).logits; };
+  const auto labels = [](const BundleReader& bundle, int frame) { return bundle.output(frame).labels; };
+  const size_t frames = std::min(a.lines.size(), b.lines.size());
+  return {compare_infos(a.bundle->info(), b.bundle->info(), frames),
+          compare_lines("inputs", a, b,
+                        {"camera_type", "width", "height", "stride", "gate_level", "face_count", "faces",
+                         "qerm_hint", "is_udc", "has_planes", "chroma_follows", "after_process"}),
+          compare_lines("calls", a, b, {"process", "execute"}),
+          compare_files("pixels", a, b, &FrameLine::pixels, pixels),
+          compare_files("scores", a, b, &FrameLine::logits, scores),
+          compare_files("label maps", a, b, &FrameLine::labels, labels)};
+}
+
+}  // namespace tool

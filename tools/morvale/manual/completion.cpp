@@ -1,0 +1,85 @@
+/// `morvale completion`: what a shell needs to complete morvale's command lines.
+#include "manual/completion.h"
+
+#include <algorithm>
+#include <set>
+
+#include "common/command.h"
+#include "common/command_line.h"
+#include "convert/kernel_table.h"
+
+namespace tool {
+namespace {
+
+constexpr const char* kIntroduction =
+    "Prints a script that lets a shell complete commands, flags, their values and file names.\n";
+
+constexpr const char* kExamples = R"(Examples:
+  source <(morvale completion bash)
+      In this shell only. In zsh the same with zsh, after compinit.
+  morvale completion bash > ~/.local/share/bash-completion/completions/morvale
+      In every new bash that has bash-completion.
+  morvale completion zsh > ~/.zsh/functions/_morvale
+      In every new zsh whose fpath has that folder before compinit.
+
+An installed morvale brings both scripts; nothing needs to be done for it.
+)";
+
+/// "front|back" as its parts.
+std::vector<std::string> alternatives(const std::string& value) {
+  std::vector<std::string> parts{""};
+  for (const char c : value) {
+    if (c == '|')
+      parts.emplace_back();
+    else
+      parts.back() += c;
+  }
+  return parts;
+}
+
+/// Helps write words to be typed as they are in lower case, and what stands for something in capitals.
+bool is_word(const std::string& part) {
+  return !part.empty() && std::all_of(part.begin(), part.end(), [](char c) {
+    return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' || c == '_';
+  });
+}
+
+}  // namespace
+
+Offer offer_of(const ArgumentHelp& argument) {
+  static const std::set<std::string> files = {"FILE", "PATH", "VIDEO", "PHOTO", "PICTURE", "RECORDS"};
+  static const std::set<std::string> folders = {"DIR", "FOLDER", "BUNDLE"};
+  Offer offer;
+  for (const std::string& part : alternatives(argument.value)) {
+    if (is_word(part)) offer.words.push_back(part);
+    offer.files |= files.contains(part);
+    offer.folders |= folders.contains(part);
+  }
+  if (argument.name == "KERNEL")
+    for (const Kernel& kernel : kernels()) offer.words.emplace_back(kernel.name);
+  // All other arguments without a flag are files, or folders among them.
+  if (argument.flags.empty() && offer.words.empty()) offer.files = true;
+  return offer;
+}
+
+std::string shell_quoted(std::string_view text) {
+  std::string quoted = "'";
+  for (const char c : text) quoted += c == '\'' ? "'\\''" : std::string(1, c);
+  return quoted + "'";
+}
+
+int completion_main(int argc, char** argv) {
+  std::string shell;
+  CLI::App app(kIntroduction, "morvale completion");
+  app.add_option("SHELL", shell, "The shell")
+      ->required()
+      ->type_name("bash|zsh")
+      ->check(CLI::IsMember({"bash", "zsh"}).description(""));
+  app.footer(kExamples);
+  if (!parse_command_line(app, argc, argv)) return kExitDone;
+  const std::vector<CommandHelp> commands = all_command_helps();
+  print_text(shell == "bash" ? bash_completion(commands) : zsh_completion(commands));
+  return kExitDone;
+}
+
+}  // namespace tool

@@ -1,0 +1,54 @@
+/// A picture in one of the layouts that the kernels take and give, as a raw file holds it: packed, nothing
+/// before, between or behind the rows.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "pictures/picture_size.h"
+
+namespace tool {
+
+enum class Layout {
+  kNv21,       ///< luma rows, then (height + 1) / 2 rows of `width` bytes with V,U pairs
+  kNv12,       ///< the same, U first
+  kRgb,        ///< three bytes a pixel
+  kBgr,        ///< three bytes a pixel
+  kPlanarBgr,  ///< three planes
+  kY,          ///< one plane
+  kHsv,        ///< three float32 a pixel, of this machine's byte order
+};
+
+/// What the layout is called in messages and tables.
+const char* name_of(Layout layout);
+/// The file endings of a layout: ".y or .gray".
+std::string endings_of(Layout layout);
+/// By a raw file's ending; absent for anything else.
+std::optional<Layout> layout_of_file(const std::string& path);
+
+int64_t byte_count(Layout layout, FrameSize size);
+/// From one row of samples to the next, in the last plane that the layout has.
+int64_t row_bytes(Layout layout, int width);
+
+struct Picture {
+  Layout layout = Layout::kY;
+  FrameSize size;
+  std::vector<uint8_t> bytes;
+};
+
+/// One channel of a picture, for looking at its samples.
+struct Plane {
+  std::string name;
+  FrameSize size;
+  std::vector<float> samples;
+  float peak = 255;  ///< the largest sample that the channel can have
+};
+
+/// The channels, every byte of the picture in one of them: Y, V, U; R, G, B; Y; or H, S, V. With an odd width
+/// the last U of each chroma row has no byte, so the U plane is a column narrower than the V plane.
+std::vector<Plane> planes_of(const Picture& picture);
+
+}  // namespace tool

@@ -1,0 +1,80 @@
+#include "pictures/picture_decoder.h"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
+
+#include "common/command.h"
+#include "common/diverted_output.h"
+
+namespace tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Decodes a picture; what the decoder writes on standard error goes into `complaints`.
+cv::Mat decode(const std::string& path, std::string& complaints) {
+  const int file = memfd_create("complaints", MFD_CLOEXEC);
+  cv::Mat bgr;
+  {
+    const DivertedOutput diverted(STDERR_FILENO, file);
+    try {
+      bgr = cv::imread(path, cv::IMREAD_COLOR);
+    } catch (const cv::Exception&) {
+      // An oversized or damaged picture: stays empty like any other that does not decode.
+    }
+  }
+  if (file < 0) return bgr;
+  complaints.resize(4096);
+  complaints.resize(
+      static_cast<size_t>(std::max(pread(file, complaints.data(), complaints.size(), 0), ssize_t{0})));
+  close(file);
+  return bgr;
+}
+
+}  // namespace
+
+void check_readable(const std::string& path) {
+  std::error_code error;
+  if (!fs::exists(path, error)) throw UsageError(path + ": there is no such file; check the name.");
+  if (!fs::is_regular_file(path, error))
+    throw UsageError(path + ": not a file; name photographs or raw frames.");
+  if (!std::ifstream(path, std::ios::binary))
+    throw UsageError(path + ": cannot be read; check its permissions.");
+}
+
+std::optional<uint64_t> file_length(const std::string& path) {
+  std::error_code error;
+  const uintmax_t length = fs::file_size(path, error);
+  return error ? std::nullopt : std::optional<uint64_t>(length);
+}
+
+std::vector<uint8_t> read_bytes(const std::string& path, uint64_t count) {
+  std::vector<uint8_t> bytes(count);
+  std::ifstream file(path, std::ios::binary);
+  if (!file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(count)))
+    throw UsageError(path + ": cannot be read; check its permissions.");
+  return bytes;
+}
+
+cv::Mat decode_photograph(const std::string& path) {
+  std::string complaints;
+  cv::Mat bgr = decode(path, complaints);
+  // A cut-off JPEG comes back as a whole picture with a grey rest; only the decoder's words tell.
+  if (bgr.empty() || complaints.find("remature end") != std::string::npos)
+    throw UsageError(path + ": the picture cannot be decoded; check that the file is whole.");
+  return bgr;
+}
+
+cv::Mat decode_photograph(const std::string& path, FrameSize size) {
+  cv::Mat bgr = decode_photograph(path);
+  cv::resize(bgr, bgr, {size.width, size.height}, 0, 0, cv::INTER_AREA);
+  return bgr;
+}
+
+}  // namespace tool

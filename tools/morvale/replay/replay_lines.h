@@ -1,0 +1,25 @@
+/// A replayed frame as a line of text.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "service/camera_service.h"
+
+namespace tool {
+
+struct LineExtras {
+  std::string picture;              ///< the frame's own file; empty: none
+  std::optional<StageTimes> times;  ///< absent: not wanted
+};
+
+/// One JSON object and a line end.
+std::string replay_json_line(const std::string& source_name, int frame, const FrameReport& report,
+                             const LineExtras& extras);
+
+/// The names of the columns, and a frame's: what stands beside the record, then its 72 words.
+std::string csv_heading(bool times);
+std::string csv_line(const std::string& source_name, int frame, const FrameReport& report,
+                     const LineExtras& extras);
+
+}  // namespace tool

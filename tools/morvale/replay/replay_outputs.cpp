@@ -1,0 +1,117 @@
+#include "replay/replay_outputs.h"
+
+#include "common/command.h"
+#include "replay/replay_lines.h"
+
+namespace tool {
+namespace {
+
+using Comparison = std::optional<RecordComparison>;
+
+class LineOutput final : public ReplayOutput {
+ public:
+  LineOutput(LineFormat format, bool times, const std::string& source_name, DivertedOutput& data)
+      : csv_(format == LineFormat::kCsv), times_(times), input_(source_name), data_(data) {
+    if (csv_) data_.write_past(csv_heading(times_));
+  }
+
+  void add(const ReplayedFrame& frame) override {
+    LineExtras extras{frame.source.name, std::nullopt};
+    if (times_) extras.times = frame.times;
+    const auto line = csv_ ? csv_line : replay_json_line;
+    data_.write_past(line(input_, frame.source.number, frame.report, extras));
+  }
+
+  void finish(const Comparison&) override {}
+
+ private:
+  bool csv_, times_;
+  std::string input_;
+  DivertedOutput& data_;
+};
+
+class RecordOutput final : public ReplayOutput {
+ public:
+  RecordOutput(const std::string& folder, const morvale::session::SessionInfo& info) try
+      : writer_(folder, info) {
+  } catch (const morvale::session::BundleError& error) {
+    throw UsageError("--record: " + std::string(error.what()) + ".");
+  }
+
+  void add(const ReplayedFrame& frame) override {
+    morvale::session::FrameOutput output;
+    output.process_result = frame.report.process;
+    if (frame.report.network) {
+      output.execute_result = frame.report.network->result;
+      output.logits = frame.report.network->scores;
+      output.network_ms = frame.times.network;
+    }
+    output.result = frame.report.record;
+    if (frame.source.input.after_process) output.labels = frame.report.label_map;
+    writer_.add(frame.source.input, output);
+  }
+
+  void finish(const Comparison&) override {}
+
+ private:
+  morvale::session::BundleWriter writer_;
+};
+
+class ReportOutput final : public ReplayOutput {
+ public:
+  ReportOutput(const std::string& folder, ReportHead head) : folder_(folder), page_(std::move(head)) {}
+
+  void add(const ReplayedFrame& frame) override {
+    // A frame that came without pixels went through the library as grey: nothing to look at.
+    const bool seen = !frame.source.input.nv21.empty() && frame.source.input.has_planes;
+    page_.add({frame.source.number, frame.source.name, frame.report,
+               seen ? std::span<const uint8_t>(frame.planes) : std::span<const uint8_t>(), frame.times});
+  }
+
+  void finish(const Comparison& comparison) override {
+    if (comparison) page_.compare_with(*comparison);
+    page_.write(folder_);
+  }
+
+ private:
+  std::string folder_;
+  ReportPage page_;
+};
+
+class TraceOutput final : public ReplayOutput {
+ public:
+  TraceOutput(const std::string& file, const std::string& source_name) : file_(file), input_(source_name) {}
+
+  void add(const ReplayedFrame& frame) override {
+    const std::string& name = frame.source.name.empty() ? input_ : frame.source.name;
+    trace_.add(frame.source.number, name, frame.read_begin, frame.report);
+  }
+
+  void finish(const Comparison&) override { trace_.write(file_); }
+
+ private:
+  std::string file_, input_;
+  Trace trace_;
+};
+
+}  // namespace
+
+std::unique_ptr<ReplayOutput> make_line_output(LineFormat format, bool times, const std::string& source_name,
+                                               DivertedOutput& data) {
+  return std::make_unique<LineOutput>(format, times, source_name, data);
+}
+
+std::unique_ptr<ReplayOutput> make_record_output(const std::string& folder,
+                                                 const morvale::session::SessionInfo& info) {
+  return std::make_unique<RecordOutput>(folder, info);
+}
+
+std::unique_ptr<ReplayOutput> make_report_output(const std::string& folder, ReportHead head) {
+  return std::make_unique<ReportOutput>(folder, std::move(head));
+}
+
+std::unique_ptr<ReplayOutput> make_trace_output(const std::string& file, const std::string& source_name) {
+  return std::make_unique<TraceOutput>(file, source_name);
+}
+
+}  // namespace tool

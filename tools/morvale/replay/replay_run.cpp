@@ -1,0 +1,263 @@
+#include "replay/replay_run.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+
+#include "common/command.h"
+#include "common/diverted_output.h"
+#include "common/interrupt.h"
+#include "common/progress.h"
+#include "replay/replay_outputs.h"
+#include "service/faces.h"
+#include "sources/frame_selection.h"
+
+namespace tool {
+namespace {
+
+namespace fs = std::filesystem;
+using morvale::session::BundleReader;
+using morvale::session::SessionInfo;
+
+constexpr FrameSize kPannedSize{640, 480};
+constexpr int kPannedFrames = 120;
+constexpr int kInterrupted = 130;  // as a shell reports a program that Ctrl-C ended
+
+/// The input with everything that is settled before its first frame.
+struct Plan {
+  std::string input;
+  SourceKind kind = SourceKind::kBundle;
+  SessionInfo session;  ///< a recording's own, with --camera applied
+  std::string made_by;  ///< a recording's own
+  std::string engine;   ///< "recorded", "onnx", "fixed"
+  bool pixels_kept = true;
+  bool as_recorded = false;  ///< nothing is asked for that could change a record
+};
+
+SourceKind kind_of(const ReplayOptions& options) {
+  return options.pan.empty() ? kind_of_input(options.inputs.front()) : SourceKind::kPan;
+}
+
+std::unique_ptr<FrameSource> open_source(const ReplayOptions& options, const Plan& plan) {
+  switch (plan.kind) {
+    case SourceKind::kBundle:
+      return make_bundle_source(plan.input);
+    case SourceKind::kVideo:
+      return make_video_source(plan.input);
+    case SourceKind::kY4m:
+      return make_y4m_source(plan.input);
+    case SourceKind::kPictures:
+      return make_picture_source(plan.input, options.shape);
+    case SourceKind::kPan:
+      break;
+  }
+  return make_pan_source(plan.input, options.shape.size.value_or(kPannedSize),
+                         options.frames.value_or(kPannedFrames));
+}
+
+/// "auto": a recording answers for the network, unless it is of the other camera's model.
+std::string engine_of(const ReplayOptions& options, const Plan& plan, bool other_camera) {
+  const bool recording = plan.kind == SourceKind::kBundle;
+  if (options.engine == "recorded" && (!recording || other_camera))
+    throw UsageError(recording
+                         ? "--engine recorded: the recording answers for its own camera's model only; "
+                           "leave --camera out or take --engine onnx."
+                         : "--engine recorded: " + plan.input + " is no recording; leave the flag out.");
+  if (options.engine != "auto") return options.engine;
+  return recording && !other_camera ? "recorded" : "onnx";
+}
+
+void plan_bundle(const ReplayOptions& options, Plan& plan, bool& other_camera) {
+  const BundleReader bundle(plan.input);
+  if (!bundle.warning().empty()) std::fprintf(stderr, "morvale: %s.\n", bundle.warning().c_str());
+  plan.session = bundle.info();
+  plan.made_by = bundle.info().made_by;
+  other_camera = options.camera && *options.camera != camera_of(plan.session.camera_type);
+  for (int frame = 0; frame < bundle.frame_count(); ++frame)
+    plan.pixels_kept &= bundle.has_pixels(frame) || bundle.execute_result(frame) == std::nullopt;
+}
+
+Plan plan_of(const ReplayOptions& options) {
+  Plan plan;
+  plan.input = options.pan.empty() ? options.inputs.front() : options.pan;
+  plan.kind = kind_of(options);
+  bool other_camera = false;
+  plan.session.camera_type = camera_type_of(options.camera.value_or(Camera::kFront));
+  if (plan.kind == SourceKind::kBundle) plan_bundle(options, plan, other_camera);
+  if (other_camera) {
+    plan.session.camera_type = camera_type_of(*options.camera);
+    plan.session.open_result = 0;
+  }
+  plan.engine = engine_of(options, plan, other_camera);
+  plan.as_recorded = plan.engine == "recorded" && !options.gate && !options.udc &&
+                     options.debug_level.value_or(0) == 0 && plan.pixels_kept;
+  return plan;
+}
+
+void set_environment(const ReplayOptions& options, const Plan& plan) {
+  setenv("MORVALE_LOG", options.verbose ? "D" : "S", /*overwrite=*/0);
+  setenv("VEXA_ENGINE", plan.engine.c_str(), 1);
+  if (options.debug_level)
+    setenv("PERSIST_MORVALE_CAPTURE_DEBUG", std::to_string(*options.debug_level).c_str(), 1);
+  if (plan.engine == "recorded") setenv("VEXA_BUNDLE", plan.input.c_str(), 1);
+  if (plan.engine == "onnx") choose_model_folder(options.model_dir);
+}
+
+/// One input's way through the library.
+class Replay {
+ public:
+  Replay(const ReplayOptions& options, const Plan& plan)
+      : options_(options),
+        plan_(plan),
+        frames_([&options, &plan] { return open_source(options, plan); }, options.start, options.every,
+                options.pan.empty() ? options.frames : std::nullopt, options.repeat),
+        data_(STDOUT_FILENO, options.verbose ? STDERR_FILENO : -1) {
+    if (plan.kind != SourceKind::kBundle)
+      faces_ = make_face_source(options.faces, options.cascade, {plan.input});
+    set_environment(options, plan);
+    if (plan.kind == SourceKind::kBundle)
+      service_.emplace(plan.session);
+    else
+      service_.emplace(camera_of(plan.session.camera_type));
+    // The same frames through the same model: whatever else was asked for, the records can be held together.
+    if (plan.kind == SourceKind::kBundle && frames_.is_plain() && plan.pixels_kept) comparison_.emplace();
+    open_outputs();
+  }
+
+  int run() {
+    Progress progress(frames_.count());
+    int done = 0;
+    for (; Interrupt::asked() == 0; ++done) {
+      const Trace::Time read_begin = std::chrono::steady_clock::now();
+      std::optional<SourceFrame> frame = frames_.next();
+      if (!frame) break;
+      progress.next(plan_.input);
+      process(*frame, read_begin);
+    }
+    progress.clear();
+    if (done == 0 && Interrupt::asked() == 0)
+      throw UsageError(plan_.input + ": there is no frame to replay; check --start and the input.");
+    for (const auto& output : outputs_) output->finish(comparison_);
+    return sum_up(done);
+  }
+
+ private:
+  void open_outputs() {
+    const ReplayOptions& o = options_;
+    if (!o.record.empty()) outputs_.push_back(make_record_output(o.record, recorded_info()));
+    if (!o.report.empty()) outputs_.push_back(make_report_output(o.report, report_head()));
+    if (!o.trace.empty()) outputs_.push_back(make_trace_output(o.trace, plan_.input));
+    if (o.format != LineFormat::kNone)
+      outputs_.push_back(make_line_output(o.format, o.times, plan_.input, data_));
+  }
+
+  SessionInfo recorded_info() const {
+    SessionInfo info = plan_.session;
+    info.made_by = "morvale " MORVALE_VERSION ": " + options_.command_line;
+    if (PADSIZE > 0) info.pad_size = PADSIZE;
+    if (NETSIZE > 0) info.net_size = NETSIZE;
+    return info;
+  }
+
+  ReportHead report_head() const {
+    ReportHead head;
+    const fs::path path(plan_.input);
+    head.title = plan_.input == "-" ? "standard input"
+                                    : (path.has_filename() ? path : path.parent_path()).filename().string();
+    head.command = options_.command_line;
+    head.source_kind = name_of(plan_.kind);
+    head.source_name = plan_.input;
+    head.made_by = plan_.made_by;
+    head.camera = camera_of(plan_.session.camera_type);
+    head.engine = plan_.engine;
+    head.expected_frames = frames_.count();
+    return head;
+  }
+
+  void process(SourceFrame& frame, Trace::Time read_begin) {
+    apply_flags(frame);
+    if (plan_.engine == "recorded") setenv("VEXA_BUNDLE_FRAME", std::to_string(frame.number).c_str(), 1);
+    const FrameReport report = service_->replay(frame.input);
+    const StageTimes times = plan_.engine == "recorded" ? replayed_times(report, frame.recorded->network_ms)
+                                                        : measured_times(report);
+    if (comparison_) comparison_->add(frame.number, *frame.recorded, report);
+    if (report.process != 0) {
+      if (failed_ == 0) first_failed_ = frame.number;
+      ++failed_;
+    }
+    for (const auto& output : outputs_) output->add({frame, report, service_->planes(), read_begin, times});
+  }
+
+  void apply_flags(SourceFrame& frame) {
+    MorvaleData_t& record = frame.input.record;
+    if (faces_) {
+      const Frame seen{frame.name.empty() ? plan_.input : frame.name, record.width, record.height,
+                       record.stride, frame.input.nv21};
+      const std::vector<FaceRect> faces = faces_->faces(seen);
+      record.faceCount = static_cast<int32_t>(faces.size());
+      std::copy(faces.begin(), faces.end(), record.faces);
+    }
+    if (faces_ || options_.camera) record.cameraType = plan_.session.camera_type;
+    if (options_.gate) record.gateLevel = *options_.gate;
+    if (options_.udc) record.isUDC = 1;
+  }
+
+  /// The closing words on standard error, and the exit status.
+  int sum_up(int frames) const {
+    const std::string count = std::to_string(frames) + (frames == 1 ? " frame" : " frames");
+    std::string text = plan_.input + ": " + count;
+    int status = kExitDone;
+    if (comparison_ && comparison_->first()) {
+      text += "; " + std::to_string(comparison_->differing()) +
+              " not as recorded, the first: " + comparison_->first()->text();
+      if (plan_.as_recorded) status = kExitFailed;
+    } else if (comparison_) {
+      text += ", all records as recorded";
+    } else {
+      if (plan_.kind == SourceKind::kBundle)
+        text += plan_.pixels_kept
+                    ? "; not compared with the recorded ones, which are not these frames in a row"
+                    : "; not compared: the recording holds no pixels";
+      if (failed_ > 0) {
+        text += "; " + std::to_string(failed_) + " failed, the first: frame " +
+                std::to_string(first_failed_) + " (--verbose shows what the library says)";
+        status = kExitFailed;
+      }
+    }
+    if (Interrupt::asked() != 0) {
+      text += "; stopped there";
+      status = kInterrupted;
+    }
+    std::fprintf(stderr, "morvale: %s.\n", text.c_str());
+    return status;
+  }
+
+  const ReplayOptions& options_;
+  const Plan& plan_;
+  FrameSelection frames_;
+  std::unique_ptr<FaceSource> faces_;  ///< null for recordings, which bring theirs
+  /// As in analyze: what the library prints on standard output must not end up among our data.
+  DivertedOutput data_;
+  std::optional<CameraService> service_;
+  std::vector<std::unique_ptr<ReplayOutput>> outputs_;
+  std::optional<RecordComparison> comparison_;
+  int failed_ = 0, first_failed_ = 0;
+};
+
+}  // namespace
+
+int replay_one(const ReplayOptions& options) {
+  try {
+    const Interrupt keep_what_is_done;
+    const Plan plan = plan_of(options);
+    if (options.repeat > 1 && plan.input == "-")
+      throw UsageError("--repeat: standard input passes by once only; replay a file.");
+    return Replay(options, plan).run();
+  } catch (const morvale::session::BundleError& error) {
+    throw UsageError(std::string(error.what()) + ".");
+  }
+}
+
+}  // namespace tool

@@ -1,0 +1,246 @@
+#include "report/report_page.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <nlohmann/json.hpp>
+
+#include "analyze/label_overlay.h"
+#include "common/atomic_file.h"
+#include "common/base64.h"
+#include "common/command.h"
+#include "kernels/processor.h"
+#include "report/frame_events.h"
+#include "report/report_picture.h"
+#include "report/report_template.h"
+#include "service/record_fields.h"
+#include "service/report_text.h"
+
+namespace tool {
+namespace {
+
+using nlohmann::ordered_json;
+using Bytes = std::vector<uint8_t>;
+
+constexpr std::string_view kMarker = "@@MORVALE_REPORT_DATA@@";
+constexpr int kUsualFrames = 300;
+
+ordered_json json_of(const std::vector<FaceRect>& boxes) {
+  ordered_json list = ordered_json::array();
+  for (const FaceRect& box : boxes) list.push_back({box.x, box.y, box.w, box.h});
+  return list;
+}
+
+ordered_json label_styles() {
+  ordered_json list = ordered_json::array();
+  for (size_t label = 0; label < kLabelStyles.size(); ++label) {
+    const cv::Scalar& color = kLabelStyles[label].color;
+    char text[8];
+    std::snprintf(text, sizeof text, "#%02x%02x%02x", int(color[2]), int(color[1]), int(color[0]));
+    list.push_back({{"name", kLabelStyles[label].name},
+                    {"color", label == 0 ? ordered_json(nullptr) : ordered_json(text)}});
+  }
+  return list;
+}
+
+ordered_json fields_of(Camera camera) {
+  ordered_json list = ordered_json::array();
+  for (const RecordField& field : record_fields())
+    list.push_back({{"name", field.name},
+                    {"offset", field.offset},
+                    {"signed", field.is_signed},
+                    {"meaning", field.meaning(camera)}});
+  return list;
+}
+
+/// The winning label of every cell (a tie goes to the lower one) as runs: label << 5 | length - 1, at most 32
+/// cells each.
+std::string label_runs(std::span<const uint8_t> label_map) {
+  constexpr int kLongestRun = 32;
+  Bytes runs;
+  int run_label = -1, length = 0;
+  const auto flush = [&] {
+    if (length > 0) runs.push_back(static_cast<uint8_t>(run_label << 5 | (length - 1)));
+    length = 0;
+  };
+  for (size_t cell = 0; cell + kLabels <= label_map.size(); cell += kLabels) {
+    const auto scores = label_map.subspan(cell, kLabels);
+    const int label = static_cast<int>(std::max_element(scores.begin(), scores.end()) - scores.begin());
+    if (label != run_label || length == kLongestRun) flush();
+    run_label = label;
+    ++length;
+  }
+  flush();
+  return base64(runs);
+}
+
+ordered_json json_of(const RecordComparison& comparison) {
+  if (!comparison.first()) return {{"same", true}, {"frames", comparison.frames()}};
+  const RecordDifference& first = *comparison.first();
+  return {{"same", false},
+          {"frames", comparison.frames()},
+          {"index", comparison.first_index()},
+          {"field", first.field},
+          {"offset", first.offset ? ordered_json(*first.offset) : ordered_json(nullptr)},
+          {"expected", first.expected},
+          {"got", first.got},
+          {"differing", comparison.differing()}};
+}
+
+/// JSON in a script element ends at nothing but the element's end: no "<" may stand in it.
+std::string script_text(const ordered_json& data) {
+  const std::string json = data.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
+  std::string text;
+  text.reserve(json.size() + 1024);
+  for (const char c : json) {
+    if (c == '<')
+      text += "\\u003c";
+    else
+      text += c;
+  }
+  return text;
+}
+
+size_t marker_place() {
+  const size_t at = report_template().find(kMarker);
+  if (at == std::string_view::npos)
+    throw RunError("this program was built without the report page; build it with -DMORVALE_REPORT=ON.");
+  return at;
+}
+
+/// A time in milliseconds with no more digits than mean something.
+ordered_json json_of(std::optional<double> ms) {
+  return ms ? ordered_json(std::round(*ms * 1000) / 1000) : ordered_json(nullptr);
+}
+
+}  // namespace
+
+struct ReportPage::Content {
+  ReportHead head;
+  ReportPictures pictures;
+  EventFinder events;
+  std::vector<Geometry> geometries;
+  bool named = false;
+  ordered_json number = ordered_json::array(), name = ordered_json::array(), geometry = ordered_json::array(),
+               process = ordered_json::array(), gated = ordered_json::array(),
+               network_ms = ordered_json::array(), process_ms = ordered_json::array(),
+               analysis_ms = ordered_json::array(), camera_faces = ordered_json::array(),
+               boxes = ordered_json::array(), runs = ordered_json::array(), log = ordered_json::array();
+  ordered_json comparison, baseline;
+  Bytes records;
+
+  explicit Content(ReportHead given)
+      : head(std::move(given)), pictures(head.expected_frames.value_or(kUsualFrames)) {}
+
+  size_t place_of(const Geometry& wanted) {
+    const auto found = std::find(geometries.begin(), geometries.end(), wanted);
+    if (found == geometries.end()) return geometries.push_back(wanted), geometries.size() - 1;
+    return static_cast<size_t>(found - geometries.begin());
+  }
+
+  ordered_json frames() const {
+    ordered_json places = ordered_json::array();
+    for (const auto& place : pictures.places())
+      places.push_back(place ? ordered_json(*place) : ordered_json(nullptr));
+    return {{"number", number},
+            {"name", named ? name : ordered_json(nullptr)},
+            {"geometry", geometry},
+            {"process", process},
+            {"gated", gated},
+            {"network_ms", network_ms},
+            {"process_ms", process_ms},
+            {"analysis_ms", analysis_ms},
+            {"camera_faces", camera_faces},
+            {"boxes", boxes},
+            {"picture", places}};
+  }
+
+  ordered_json data() const {
+    ordered_json shapes = ordered_json::array(), jpegs = ordered_json::array(), marks = ordered_json::array();
+    for (const Geometry& one : geometries) shapes.push_back(json_of(one));
+    for (const Bytes& jpeg : pictures.pictures()) jpegs.push_back(base64(jpeg));
+    for (const FrameEvent& event : events.events())
+      marks.push_back({{"index", event.index}, {"kind", event.kind}, {"text", event.text}});
+    return {{"format", "morvale-report"},
+            {"version", 1},
+            {"title", head.title},
+            {"program", "morvale " MORVALE_VERSION},
+            {"command", head.command},
+            {"source", {{"kind", head.source_kind}, {"name", head.source_name}, {"made_by", head.made_by}}},
+            {"camera", head.camera == Camera::kFront ? "front" : "back"},
+            {"engine", head.engine},
+            {"kernels", morvale::choose_kernels().name},
+            {"sluggish_ms", kSluggishMs},
+            {"labels", label_styles()},
+            {"fields", fields_of(head.camera)},
+            {"geometries", shapes},
+            {"frames", frames()},
+            {"records", base64(records)},
+            {"label_runs", runs},
+            {"pictures", jpegs},
+            {"log", log},
+            {"events", marks},
+            {"comparison", comparison},
+            {"baseline", baseline}};
+  }
+};
+
+ReportPage::ReportPage(ReportHead head) : content_(std::make_unique<Content>(std::move(head))) {
+  marker_place();  // better told before the first frame than behind the last
+}
+
+ReportPage::~ReportPage() = default;
+
+void ReportPage::add(const ReportFrame& frame) {
+  Content& page = *content_;
+  const FrameReport& report = frame.report;
+  const int index = static_cast<int>(page.number.size());
+  page.number.push_back(frame.number);
+  page.name.push_back(frame.name);
+  page.named |= !frame.name.empty();
+  page.geometry.push_back(page.place_of(report.geometry));
+  page.process.push_back(report.process);
+  page.gated.push_back(report.gated ? 1 : 0);
+  page.network_ms.push_back(json_of(frame.times.network));
+  page.process_ms.push_back(json_of(frame.times.process));
+  page.analysis_ms.push_back(json_of(frame.times.analysis));
+  page.camera_faces.push_back(json_of(report.camera_faces));
+  page.boxes.push_back(frame.boxes_known ? json_of(report.person_boxes) : ordered_json(nullptr));
+  page.runs.push_back(label_runs(report.label_map));
+  for (const LogLine& line : report.log)
+    page.log.push_back({index, std::string(1, line.priority), line.text});
+  const auto* bytes = reinterpret_cast<const uint8_t*>(&report.record);
+  page.records.insert(page.records.end(), bytes, bytes + sizeof report.record);
+  page.events.add(report, frame.times.network);
+  page.pictures.add(frame.nv21, report.geometry.width, report.geometry.height, report.geometry.stride);
+}
+
+void ReportPage::compare_with(const RecordComparison& comparison) {
+  content_->comparison = json_of(comparison);
+}
+
+void ReportPage::compare_with(const ReportBaseline& baseline) {
+  ordered_json runs = ordered_json::array();
+  for (const Bytes& map : baseline.label_maps) runs.push_back(label_runs(map));
+  const auto* bytes = reinterpret_cast<const uint8_t*>(baseline.records.data());
+  content_->baseline = {{"name", baseline.name},
+                        {"records", base64({bytes, baseline.records.size() * sizeof(PersonWholeMeta)})},
+                        {"label_runs", runs},
+                        {"boxes", nullptr}};
+}
+
+void ReportPage::write(const std::filesystem::path& folder) const {
+  std::error_code error;
+  std::filesystem::create_directories(folder, error);
+  if (!std::filesystem::is_directory(folder, error))
+    throw UsageError("--report: " + folder.string() +
+                     " is not a folder and cannot be made one; name another.");
+  const std::string_view page = report_template();
+  const size_t at = marker_place();
+  std::string html(page.substr(0, at));
+  html += script_text(content_->data());
+  html += page.substr(at + kMarker.size());
+  write_file(folder / "report.html", {html.begin(), html.end()});
+}
+
+}  // namespace tool

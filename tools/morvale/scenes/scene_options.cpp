@@ -1,0 +1,127 @@
+#include "scenes/scene_options.h"
+
+#include <filesystem>
+#include <iterator>
+#include <set>
+
+#include "common/command.h"
+#include "common/command_line.h"
+
+namespace tool {
+namespace {
+
+constexpr const char* kIntroduction =
+    "Makes a scene up: people with hair and clothes in front of a textured background, as a session bundle "
+    "with\n"
+    "the truth beside it. Needs no network and no photograph; the same flags give the same bytes "
+    "everywhere.\n";
+
+constexpr const char* kExamples = R"(Examples:
+  morvale scene --out portrait
+      One person, 60 frames of 640x480, front camera.
+  morvale scene --out street --seed 7 --people 3 --camera back --motion walk --light backlit
+  morvale score portrait street
+      How near the library comes to the truth.
+  VEXA_ENGINE=recorded VEXA_BUNDLE=portrait some-program
+      Whatever runs the library gets the scene's scores in place of a network's.
+
+DIR holds what every session bundle holds (the network's scores are made from the true label map), and
+truth.jsonl: one JSON object a frame with the person share of the picture, boxes of faces, heads and persons,
+the mean skin colour of each face and the 19 x 15 grid of heads. Frames are 30 a second.
+
+Exit status: 0 done, 1 a frame failed or cannot be written, 2 the command line or DIR cannot be used.
+)";
+
+/// A flag's word and what it stands for. The first one is the default.
+template <class T>
+struct Word {
+  const char* text;
+  T value;
+};
+
+using morvale::scene::Lighting;
+using morvale::scene::Motion;
+constexpr Word<Lighting> kLights[] = {{"day", Lighting::kDay},
+                                      {"dim", Lighting::kDim},
+                                      {"warm", Lighting::kWarm},
+                                      {"backlit", Lighting::kBacklit}};
+constexpr Word<Motion> kMotions[] = {
+    {"sway", Motion::kSway}, {"still", Motion::kStill}, {"walk", Motion::kWalk}};
+constexpr Word<Camera> kCameras[] = {{"front", Camera::kFront}, {"back", Camera::kBack}};
+
+template <class T, size_t N>
+T value_of(const Word<T> (&words)[N], const std::string& text) {
+  for (const Word<T>& word : words)
+    if (word.text == text) return word.value;
+  return words[0].value;
+}
+
+/// The raw text of options that need more than CLI11's own conversion.
+struct Texts {
+  std::string size = "640x480", camera = kCameras[0].text, light = kLights[0].text, motion = kMotions[0].text;
+};
+
+template <class T, size_t N>
+void declare_words(CLI::App& app, const char* flag, std::string& text, const Word<T> (&words)[N],
+                   const std::string& help) {
+  std::set<std::string> allowed;
+  std::string names;
+  for (const Word<T>& word : words) {
+    allowed.insert(word.text);
+    names += (names.empty() ? "" : "|") + std::string(word.text);
+  }
+  app.add_option(flag, text, help + " (default: " + words[0].text + ")")
+      ->type_name(names)
+      ->check(CLI::IsMember(allowed).description(""));
+}
+
+void declare(CLI::App& app, SceneCommand& command, Texts& texts) {
+  const auto count = [](int least, int most) { return CLI::Range(least, most).description(""); };
+  app.add_option("--out", command.out, "The folder to make; it must not exist or be empty")
+      ->type_name("DIR")
+      ->required();
+  app.add_option("--seed", command.scene.seed, "Which people and which background (default: 1)")
+      ->type_name("N");
+  app.add_option("--size", texts.size, "Size of a frame, both sides even (default: 640x480)")
+      ->type_name("WxH");
+  app.add_option("--people", command.scene.people, "How many, 1 to 3 (default: 1)")
+      ->type_name("N")
+      ->check(count(1, morvale::scene::kMostPeople));
+  app.add_option("--frames", command.frames, "How many (default: 60)")
+      ->type_name("N")
+      ->check(count(1, 100000));
+  declare_words(app, "--camera", texts.camera, kCameras, "Whose frames; the back camera stands further off");
+  declare_words(app, "--light", texts.light, kLights, "The light");
+  declare_words(app, "--motion", texts.motion, kMotions, "How the people move");
+  app.footer(kExamples);
+}
+
+}  // namespace
+
+std::optional<SceneCommand> parse_scene_options(int argc, char** argv) {
+  SceneCommand command;
+  Texts texts;
+  CLI::App app(kIntroduction, "morvale scene");
+  declare(app, command, texts);
+  if (!parse_command_line(app, argc, argv)) return std::nullopt;
+  if (command.out.empty()) throw UsageError("--out: the folder's name is empty.");
+  constexpr int kSmallestSide = 64, kLargestSceneSide = 4096;
+  const FrameSize size = parse_size(texts.size);
+  if (std::min(size.width, size.height) < kSmallestSide ||
+      std::max(size.width, size.height) > kLargestSceneSide)
+    throw UsageError("--size: a scene's sides are 64 to 4096 pixels long; '" + texts.size + "' is not.");
+  command.camera = value_of(kCameras, texts.camera);
+  command.scene.width = size.width;
+  command.scene.height = size.height;
+  command.scene.near = command.camera == Camera::kFront;
+  command.scene.lighting = value_of(kLights, texts.light);
+  command.scene.motion = value_of(kMotions, texts.motion);
+  // Every flag but --out: the folder's name says nothing about what is in it.
+  command.made_by = "morvale " MORVALE_VERSION " scene --seed " + std::to_string(command.scene.seed) +
+                    " --size " + text_of(size) + " --people " + std::to_string(command.scene.people) +
+                    " --frames " + std::to_string(command.frames) + " --camera " + texts.camera +
+                    " --light " + texts.light + " --motion " + texts.motion;
+  return command;
+}
+
+}  // namespace tool

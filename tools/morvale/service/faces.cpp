@@ -1,0 +1,127 @@
+#include "service/faces.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <limits>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <opencv2/imgproc.hpp>
+#include <opencv2/objdetect.hpp>
+#include <tuple>
+
+#include "common/command.h"
+
+namespace tool {
+namespace {
+
+using nlohmann::json;
+
+std::string base_name(const std::string& path) { return std::filesystem::path(path).filename().string(); }
+
+class NoFaces : public FaceSource {
+ public:
+  std::vector<FaceRect> faces(const Frame&) override { return {}; }
+};
+
+class CascadeFaces : public FaceSource {
+ public:
+  explicit CascadeFaces(const std::string& file) {
+    bool loaded = false;
+    try {
+      loaded = std::filesystem::is_regular_file(file) && cascade_.load(file);
+    } catch (const cv::Exception&) {
+      // Not a cascade: reported below.
+    }
+    if (!loaded)
+      throw UsageError("the face cascade " + file +
+                       " cannot be read; install opencv-data, or pass --cascade FILE or --faces none.");
+  }
+
+  std::vector<FaceRect> faces(const Frame& frame) override {
+    const cv::Mat luma(frame.height, frame.width, CV_8UC1, const_cast<uint8_t*>(frame.luma()),
+                       static_cast<size_t>(frame.stride));
+    cv::Mat even;
+    cv::equalizeHist(luma, even);
+    std::vector<cv::Rect> found;
+    cascade_.detectMultiScale(even, found, 1.1, 4, 0, {24, 24});
+    // The detector's threads may deliver in any order; the position settles equal areas.
+    std::sort(found.begin(), found.end(), [](const cv::Rect& a, const cv::Rect& b) {
+      return std::tuple(-a.area(), a.y, a.x) < std::tuple(-b.area(), b.y, b.x);
+    });
+    found.resize(std::min(found.size(), size_t{kMaxFaces}));
+    std::vector<FaceRect> faces;
+    for (const cv::Rect& box : found) faces.push_back({box.x, box.y, box.width, box.height});
+    return faces;
+  }
+
+ private:
+  cv::CascadeClassifier cascade_;
+};
+
+/// Reads face lists strictly: a typing error must not silently become "no faces".
+class FileFaces : public FaceSource {
+ public:
+  FileFaces(const std::string& file, const std::vector<std::string>& input_names) : file_(file) {
+    const json document = parse();
+    if (!document.is_array() && !document.is_object())
+      fail("must be a list of faces or an object from input names to lists");
+    for (const std::string& path : input_names) {
+      const std::string name = base_name(path);
+      if (document.is_object() && !document.contains(name))
+        fail("names no faces for the input '" + name + "'");
+      lists_[name] = face_list(document.is_object() ? document[name] : document);
+    }
+  }
+
+  std::vector<FaceRect> faces(const Frame& frame) override { return lists_.at(base_name(frame.input)); }
+
+ private:
+  [[noreturn]] void fail(const std::string& why) const {
+    throw UsageError("--faces: " + file_ + " " + why + "; see morvale analyze --help.");
+  }
+
+  json parse() const {
+    std::ifstream stream(file_);
+    if (!stream || std::filesystem::is_directory(file_)) fail("cannot be read");
+    json document = json::parse(stream, nullptr, /*allow_exceptions=*/false);
+    if (document.is_discarded()) fail("is not JSON");
+    return document;
+  }
+
+  std::vector<FaceRect> face_list(const json& list) const {
+    if (!list.is_array()) fail("must hold lists of faces");
+    if (list.size() > kMaxFaces) fail("holds more than " + std::to_string(kMaxFaces) + " faces for a frame");
+    std::vector<FaceRect> faces;
+    for (const json& face : list) {
+      if (!face.is_object() || face.size() != 4) fail("must give each face as {\"x\", \"y\", \"w\", \"h\"}");
+      faces.push_back({field(face, "x"), field(face, "y"), field(face, "w"), field(face, "h")});
+      if (faces.back().w < 1 || faces.back().h < 1) fail("holds a face whose w or h is below 1");
+    }
+    return faces;
+  }
+
+  int32_t field(const json& face, const char* key) const {
+    constexpr int32_t kLimit = std::numeric_limits<int32_t>::max() / 2;
+    const auto value = face.find(key);
+    if (value == face.end() || !value->is_number_integer())
+      fail(std::string("holds a face without the whole number \"") + key + "\"");
+    if (*value < -kLimit || *value > kLimit)
+      fail(std::string("holds a face whose \"") + key + "\" is out of range");
+    return value->get<int32_t>();
+  }
+
+  std::string file_;
+  std::map<std::string, std::vector<FaceRect>> lists_;
+};
+
+}  // namespace
+
+std::unique_ptr<FaceSource> make_face_source(const std::string& mode, const std::string& cascade_file,
+                                             const std::vector<std::string>& input_names) {
+  if (mode == "none") return std::make_unique<NoFaces>();
+  if (mode == "auto") return std::make_unique<CascadeFaces>(cascade_file);
+  return std::make_unique<FileFaces>(mode, input_names);
+}
+
+}  // namespace tool

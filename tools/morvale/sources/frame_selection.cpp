@@ -1,0 +1,48 @@
+#include "sources/frame_selection.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tool {
+
+FrameSelection::FrameSelection(Open open, int start, int every, std::optional<int> frames, int repeat)
+    : open_(std::move(open)),
+      start_(start),
+      every_(every),
+      repeat_(repeat),
+      frames_(frames),
+      source_(open_()) {}
+
+std::optional<SourceFrame> FrameSelection::next() {
+  while (true) {
+    if (std::optional<SourceFrame> frame = next_of_round()) return frame;
+    // A round without a frame would be followed by more of them.
+    if (taken_ == 0 || ++round_ == repeat_) return std::nullopt;
+    source_ = open_();
+    taken_ = 0;
+  }
+}
+
+std::optional<SourceFrame> FrameSelection::next_of_round() {
+  if (frames_ && taken_ == *frames_) return std::nullopt;
+  if (!pass(taken_ == 0 ? start_ : every_ - 1)) return std::nullopt;
+  std::optional<SourceFrame> frame = source_->next();
+  if (frame) ++taken_;
+  return frame;
+}
+
+bool FrameSelection::pass(int frames) {
+  for (int i = 0; i < frames; ++i)
+    if (!source_->skip()) return false;
+  return true;
+}
+
+std::optional<int> FrameSelection::count() const {
+  const std::optional<int> all = source_->count();
+  if (!all) return std::nullopt;
+  const int left = std::max(*all - start_, 0);
+  const int chosen = (left + every_ - 1) / every_;
+  return std::min(chosen, frames_.value_or(chosen)) * repeat_;
+}
+
+}  // namespace tool

@@ -1,0 +1,48 @@
+#include "sources/frame_source.h"
+
+#include <filesystem>
+#include <opencv2/imgcodecs.hpp>
+
+#include "common/command.h"
+
+namespace tool {
+
+const char* name_of(SourceKind kind) {
+  switch (kind) {
+    case SourceKind::kBundle:
+      return "bundle";
+    case SourceKind::kVideo:
+      return "video";
+    case SourceKind::kY4m:
+      return "y4m";
+    case SourceKind::kPictures:
+      return "pictures";
+    case SourceKind::kPan:
+      return "pan";
+  }
+  return "";
+}
+
+SourceKind kind_of_input(const std::string& input) {
+  namespace fs = std::filesystem;
+  const fs::path path(input);
+  std::error_code error;
+  if (input == "-" || path.extension() == ".y4m") return SourceKind::kY4m;
+  if (!fs::exists(path, error))
+    throw UsageError(input + ": there is no such file or folder; check the name.");
+  if (fs::is_directory(path, error))
+    return fs::exists(path / "session.json", error) ? SourceKind::kBundle : SourceKind::kPictures;
+  const bool picture = path.extension() == ".nv21" || cv::haveImageReader(input);
+  return picture ? SourceKind::kPictures : SourceKind::kVideo;
+}
+
+morvale::session::FrameInput input_of(Frame frame) {
+  morvale::session::FrameInput input;
+  input.record.width = frame.width;
+  input.record.height = frame.height;
+  input.record.stride = frame.stride;
+  input.nv21 = std::move(frame.nv21);
+  return input;
+}
+
+}  // namespace tool

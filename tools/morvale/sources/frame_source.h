@@ -1,0 +1,53 @@
+/// Where the frames of a replay come from: recordings, videos, folders of pictures, one photograph panned.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "service/camera_service.h"
+#include "service/frame_input.h"
+#include "session/bundle.h"
+
+namespace tool {
+
+/// One frame as its source delivers it.
+struct SourceFrame {
+  int number = 0;    ///< counted from 0 in the source
+  std::string name;  ///< a file of its own; empty: none
+  morvale::session::FrameInput input;
+  std::optional<morvale::session::FrameOutput> recorded;  ///< what a recording says the library made of it
+};
+
+enum class SourceKind { kBundle, kVideo, kY4m, kPictures, kPan };
+
+/// "bundle", "video", "y4m", "pictures", "pan".
+const char* name_of(SourceKind kind);
+
+/// Frames in their order. The methods throw UsageError for what cannot be read.
+class FrameSource {
+ public:
+  virtual ~FrameSource() = default;
+
+  /// Nothing behind the last frame.
+  virtual std::optional<SourceFrame> next() = 0;
+  /// Passes over one frame; false behind the last one.
+  virtual bool skip() { return next().has_value(); }
+  /// How many frames there are, when that is known before they are read.
+  virtual std::optional<int> count() const { return std::nullopt; }
+};
+
+/// What an input is, by its name and, for folders, by what is in it.
+SourceKind kind_of_input(const std::string& input);
+
+/// Size of pictures and of panned frames; recordings and videos have their own.
+std::unique_ptr<FrameSource> make_bundle_source(const std::string& folder);
+std::unique_ptr<FrameSource> make_video_source(const std::string& file);
+std::unique_ptr<FrameSource> make_y4m_source(const std::string& file);  ///< "-": standard input
+std::unique_ptr<FrameSource> make_picture_source(const std::string& folder_or_file, const FrameShape& shape);
+std::unique_ptr<FrameSource> make_pan_source(const std::string& photograph, FrameSize size, int frames);
+
+/// The record and the pixels that a camera would deliver for this frame.
+morvale::session::FrameInput input_of(Frame frame);
+
+}  // namespace tool
