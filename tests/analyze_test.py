@@ -186,6 +186,13 @@ class WithNetwork(InFolder):
             self.assertTrue(1000 <= width <= 1400 and height >= 600, (width, height))
             self.assertEqual([json.loads(line)["frameCount"] for line in runs[0][1].splitlines()], [1, 2, 3])
 
+    def test_the_trace_has_every_frame(self):
+        self.frames("--trace", self.folder / "trace.json", "--repeat", 2, HOPPER, ASTRONAUT)
+        events = json.loads((self.folder / "trace.json").read_text())["traceEvents"]
+        inputs = [event["args"]["input"] for event in events if event["name"].startswith("frame ")]
+        self.assertEqual(inputs, [str(HOPPER)] * 2 + [str(ASTRONAUT)] * 2)
+        self.assertEqual(sum(event["name"] == "network" for event in events), 4)
+
     def test_no_input_leaves_a_trace_in_the_next(self):
         alone, together = self.frames(HOPPER), self.frames(ASTRONAUT, HOPPER)
         self.assertEqual(alone, together[1:])

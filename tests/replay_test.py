@@ -189,8 +189,8 @@ class Sources(Replays):
     def test_streams_that_cannot_be_read(self):
         stream, _ = y4m(64, 48, 2)
         fixed = ["-", "--engine", "fixed", "--faces", "none", "--format", "none"]
-        self.refused("ends within frame 1", *fixed, stdin=stream[:-1])
-        self.refused("does not begin with FRAME", *fixed, stdin=stream + b"frame\n")
+        self.refused("ends within frame 0", *fixed, stdin=stream[:99])
+        self.refused("does not begin with FRAME", *fixed, stdin=stream.replace(b"FRAME", b"frame"))
         self.refused("no YUV4MPEG2", *fixed, stdin=b"RIFF....AVI ")
         self.refused("no YUV4MPEG2", *fixed, stdin=b"")
         for format in b" C422", b" C420p10", b" Cmono":
@@ -198,6 +198,17 @@ class Sources(Replays):
         self.refused("names no size", *fixed, stdin=b"YUV4MPEG2 W64\nFRAME\n")
         self.refused("pixels a side", *fixed, stdin=b"YUV4MPEG2 W64 H99999999999\nFRAME\n")
         self.refused("passes by once", *fixed, "--repeat", 2, stdin=stream)
+
+    def test_a_stream_that_breaks_off_keeps_what_came(self):
+        stream, _ = y4m(64, 48, 3)
+        done = morvale("replay", "-", "--engine", "fixed", "--faces", "none", "--record", self.folder / "kept",
+                       "--report", self.folder / "report", stdin=stream[:-1])
+        self.assertEqual(done.returncode, 2)
+        self.assertIn(b"ends within frame 2", done.stderr)
+        self.assertEqual(len(done.stdout.splitlines()), 2)
+        self.assertTrue((self.folder / "report/report.html").exists())
+        _, words = self.run_well(self.folder / "kept")
+        self.assertIn("2 frames, all records as recorded", words)
 
     def test_a_video(self):
         colours = [(200, 40, 40), (40, 200, 40), (40, 40, 200), (128, 128, 128)]
@@ -263,6 +274,20 @@ class Outputs(Replays):
         self.assertEqual(sorted(path.parent.name for path in self.folder.glob("reports/*/report.html")),
                          [f"scene{seed}" for seed in range(5)])
         self.refused("into the same folder", scenes[0], str(scenes[0]) + "/", "--report", self.folder / "r")
+
+    def test_many_recordings_stop_together(self):
+        scenes = [self.scene(f"scene{seed}", "--seed", seed, "--frames", 4) for seed in range(3)]
+        process = subprocess.Popen([PROGRAM, "replay", "--jobs", "2", "--repeat", "100000", "--format", "none",
+                                    "--record", self.folder / "kept", *scenes], stderr=subprocess.PIPE)
+        deadline = time.monotonic() + 100
+        begun = [self.folder / "kept" / scene.name / "metadata.jsonl" for scene in scenes[:2]]
+        while not all(lines.exists() and lines.stat().st_size for lines in begun):
+            self.assertLess(time.monotonic(), deadline)
+            time.sleep(0.01)
+        process.terminate()
+        words = process.communicate(timeout=100)[1].decode()
+        self.assertEqual((process.returncode, words.count("stopped there")), (130, 2), words)
+        self.assertFalse((self.folder / "kept/scene2").exists(), "none is started after the wish to stop")
 
     def test_the_report_holds_the_records(self):
         scene = self.scene("scene", "--frames", 5, "--people", 2)

@@ -4,9 +4,12 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <map>
+#include <thread>
 
 #include "common/command.h"
 #include "common/interrupt.h"
@@ -89,10 +92,18 @@ void pour(std::FILE* from, std::FILE* to) {
   if (std::fflush(to) != 0) throw RunError("the output cannot be written.");
 }
 
-/// Waits for any of them to end.
+/// Waits for any of them to end. Asked to stop, it passes the wish on: a terminal's Ctrl-C reaches all of
+/// them, a signal to this process alone does not.
 void wait_for_one(std::vector<Job>& jobs) {
+  constexpr auto kPause = std::chrono::milliseconds(10);
   int state = 0;
-  const pid_t ended = waitpid(-1, &state, 0);
+  pid_t ended = 0;
+  for (bool told = false; (ended = waitpid(-1, &state, WNOHANG)) == 0; std::this_thread::sleep_for(kPause)) {
+    if (told || Interrupt::asked() == 0) continue;
+    for (const Job& job : jobs)
+      if (job.status < 0) kill(job.process, SIGTERM);
+    told = true;
+  }
   for (Job& job : jobs)
     if (job.process == ended) job.status = WIFEXITED(state) ? WEXITSTATUS(state) : 128 + WTERMSIG(state);
 }
@@ -103,7 +114,6 @@ int replay_many(const ReplayOptions& options) {
   check_names(options);
   std::vector<Job> jobs;
   Progress progress(options.inputs.size());
-  // The children get Ctrl-C from the terminal themselves; the parent only starts no more of them.
   const Interrupt start_no_more;
   size_t poured = 0;
   int highest = kExitDone;

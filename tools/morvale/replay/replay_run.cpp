@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <filesystem>
 
 #include "common/command.h"
@@ -131,19 +132,37 @@ class Replay {
     int done = 0;
     for (; Interrupt::asked() == 0; ++done) {
       const Trace::Time read_begin = std::chrono::steady_clock::now();
-      std::optional<SourceFrame> frame = frames_.next();
+      std::optional<SourceFrame> frame = next_frame();
       if (!frame) break;
       progress.next(plan_.input);
       process(*frame, read_begin);
     }
     progress.clear();
-    if (done == 0 && Interrupt::asked() == 0)
-      throw UsageError(plan_.input + ": there is no frame to replay; check --start and the input.");
+    if (done == 0) give_up_without_frames();
     for (const auto& output : outputs_) output->finish(comparison_);
-    return sum_up(done);
+    const int status = sum_up(done);
+    // Ctrl-C ends the program before us in a pipe too: a stream that then breaks off is no error.
+    if (unreadable_ && Interrupt::asked() == 0) std::rethrow_exception(unreadable_);
+    return status;
   }
 
  private:
+  /// A frame that cannot be read ends the replay as the last one does: what is done is kept.
+  std::optional<SourceFrame> next_frame() {
+    try {
+      return frames_.next();
+    } catch (...) {
+      unreadable_ = std::current_exception();
+      return std::nullopt;
+    }
+  }
+
+  void give_up_without_frames() const {
+    if (unreadable_) std::rethrow_exception(unreadable_);
+    if (Interrupt::asked() == 0)
+      throw UsageError(plan_.input + ": there is no frame to replay; check --start and the input.");
+  }
+
   void open_outputs() {
     const ReplayOptions& o = options_;
     if (!o.record.empty()) outputs_.push_back(make_record_output(o.record, recorded_info()));
@@ -244,6 +263,7 @@ class Replay {
   std::vector<std::unique_ptr<ReplayOutput>> outputs_;
   std::optional<RecordComparison> comparison_;
   int failed_ = 0, first_failed_ = 0;
+  std::exception_ptr unreadable_;  ///< why the frames ended early
 };
 
 }  // namespace
