@@ -139,6 +139,25 @@ class Recordings(Replays):
         self.assertIn("6 not as recorded", words)
         self.refused("its own camera", scene, "--engine", "recorded", "--camera", "back")
 
+    def test_a_frame_that_fails_only_now_is_a_failure(self):
+        scene = self.scene("scene", "--frames", 3)
+        gated = self.folder / "gated"
+        self.run_well(scene, "--gate", 25.5, "--record", gated)
+        self.assertFalse((gated / "labels").exists(), "no map was read")
+        _, words = self.run_well(gated)
+        self.assertIn("all records as recorded", words)
+        _, words = self.run_well(gated, "--gate", 0, status=1)  # the recording holds no scores
+        self.assertIn("3 failed, the first: frame 0", words)
+
+    def test_a_recording_says_which_model_it_had(self):
+        scene = self.scene("scene", "--frames", 3, "--camera", "back")
+        lines = [json.loads(line) for line in (scene / "metadata.jsonl").read_text().splitlines()]
+        session = json.loads((scene / "session.json").read_text())
+        session["camera_type"] = 16  # as when the first frame's camera is not the model's
+        (scene / "session.json").write_text(json.dumps(session))
+        _, words = self.run_well(scene)
+        self.assertIn(f"{len(lines)} frames, all records as recorded", words)
+
     def test_a_killed_recording_replays(self):
         for sent, status in (signal.SIGKILL, -signal.SIGKILL), (signal.SIGINT, 130):
             killed = self.folder / sent.name
@@ -231,6 +250,10 @@ class Sources(Replays):
         lines, _ = self.run_well(self.folder, "--engine", "fixed", "--faces", "none")
         self.assertEqual([line["picture"] for line in lines], ["shot1.ppm", "shot2.ppm", "shot10.ppm"])
         self.assertEqual([line["frameCount"] for line in lines], [1, 2, 3], "one session, smoothed throughout")
+        faces = {f"shot{number}.ppm": [{"x": number, "y": 8, "w": 20, "h": 24}] for number in (1, 2, 10)}
+        (self.folder / "faces.json").write_text(json.dumps(faces))
+        lines, _ = self.run_well(self.folder, "--engine", "fixed", "--faces", self.folder / "faces.json")
+        self.assertEqual([line["cameraFaces"][0]["x"] for line in lines], [1, 2, 10])
 
     def test_inputs_that_cannot_be_used(self):
         empty = self.folder / "empty"
@@ -244,6 +267,10 @@ class Sources(Replays):
         self.refused("is no recording", junk, "--engine", "recorded")
         scene = self.scene("scene", "--frames", 2)
         self.refused("is not empty", scene, "--record", scene)
+        self.refused("is not a folder", scene, "--report", junk)
+        self.refused("cannot be a file", scene, "--trace", self.folder / "missing/trace.json")
+        self.refused("is no YUV4MPEG2", "-", "--engine", "fixed", "--record", self.folder / "fresh", stdin=b"")
+        self.assertFalse((self.folder / "fresh").exists(), "a session without a frame leaves no folder")
         (scene / "logits/000001.npy").unlink()
         self.refused("logits/000001.npy", scene)
 
@@ -285,6 +312,7 @@ class Outputs(Replays):
             self.assertLess(time.monotonic(), deadline)
             time.sleep(0.01)
         process.terminate()
+        process.terminate()  # as a batch system does, to the process and to its group
         words = process.communicate(timeout=100)[1].decode()
         self.assertEqual((process.returncode, words.count("stopped there")), (130, 2), words)
         self.assertFalse((self.folder / "kept/scene2").exists(), "none is started after the wish to stop")
@@ -303,6 +331,18 @@ class Outputs(Replays):
         runs = base64.b64decode(data["label_runs"][4])
         self.assertEqual([run >> 5 for run in runs for _ in range((run & 31) + 1)], winners)
         self.assertEqual([event["kind"] for event in data["events"]], ["found"])
+
+    def test_a_report_of_strips(self):
+        picture(self.folder / "strip.ppm", 4000, 2, 1)
+        self.run_well(self.folder / "strip.ppm", "--engine", "fixed", "--faces", "none", "--report", self.folder / "out")
+
+    def test_a_closed_standard_output(self):
+        scene = self.scene("scene", "--frames", 2)
+        command = f'"{PROGRAM}" replay "{scene}" --record "{self.folder}/copy" >&-'
+        done = subprocess.run(["bash", "-c", command], capture_output=True, text=True, timeout=60)
+        self.assertEqual(done.returncode, 1)
+        self.assertIn("output cannot be written", done.stderr)
+        self.assertEqual((self.folder / "copy/records.bin").read_bytes()[:288], (scene / "records.bin").read_bytes()[:288])
 
     def test_the_trace_tells_the_stages(self):
         scene = self.scene("scene", "--frames", 3)

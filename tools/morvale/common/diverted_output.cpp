@@ -17,6 +17,7 @@ DivertedOutput::DivertedOutput(int descriptor, int target) : descriptor_(descrip
   original_ = fcntl(descriptor, F_DUPFD_CLOEXEC, 3);
   const int opened = target >= 0 ? dup(target) : open("/dev/null", O_WRONLY);
   if (opened < 0) return;
+  if (opened == descriptor) return;  // it was closed, and must not lead into the next file that is opened
   dup2(opened, descriptor);
   close(opened);
 }

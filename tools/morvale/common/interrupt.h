@@ -3,7 +3,7 @@
 namespace tool {
 
 /// While it lives, Ctrl-C (and SIGTERM) only asks for an end, so that what is done can be kept. A second
-/// Ctrl-C ends the program at once.
+/// Ctrl-C ends the program at once; a second SIGTERM does not.
 class Interrupt {
  public:
   Interrupt();

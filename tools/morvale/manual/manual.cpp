@@ -162,7 +162,8 @@ void write_tail(Roff& roff) {
   roff.section("SEE ALSO");
   roff.text("\\fBffmpeg\\fR(1), \\fBparallel\\fR(1)");
   roff.paragraph(
-      "In the project's folder docs: frame-contract.md (records, rules and messages), replay.md, at-scale.md, "
+      "In the project's folder docs: frame-contract.md (records, rules and messages), replay.md, "
+      "at-scale.md, "
       "session-bundle.md (recordings), scenes.md, network.md and performance.md.");
 }
 

@@ -112,6 +112,9 @@ void wait_for_one(std::vector<Job>& jobs) {
 
 int replay_many(const ReplayOptions& options) {
   check_names(options);
+  // A caller that ignores SIGCHLD hands that down: children's statuses would be lost and we would wait
+  // forever.
+  std::signal(SIGCHLD, SIG_DFL);
   std::vector<Job> jobs;
   Progress progress(options.inputs.size());
   const Interrupt start_no_more;

@@ -1,5 +1,8 @@
 #include "replay/replay_outputs.h"
 
+#include <filesystem>
+#include <system_error>
+
 #include "common/command.h"
 #include "replay/replay_lines.h"
 
@@ -33,9 +36,15 @@ class LineOutput final : public ReplayOutput {
 class RecordOutput final : public ReplayOutput {
  public:
   RecordOutput(const std::string& folder, const morvale::session::SessionInfo& info) try
-      : writer_(folder, info) {
+      : folder_(folder), writer_(folder, info) {
   } catch (const morvale::session::BundleError& error) {
     throw UsageError("--record: " + std::string(error.what()) + ".");
+  }
+
+  /// A session without a frame leaves no folder: the next try finds it free.
+  ~RecordOutput() override {
+    std::error_code ignored;
+    if (empty_) std::filesystem::remove_all(folder_, ignored);
   }
 
   void add(const ReplayedFrame& frame) override {
@@ -47,19 +56,30 @@ class RecordOutput final : public ReplayOutput {
       output.network_ms = frame.times.network;
     }
     output.result = frame.report.record;
-    if (frame.source.input.after_process) output.labels = frame.report.label_map;
-    writer_.add(frame.source.input, output);
+    // The analysis leaves at once while no frame was segmented since the start or a gated frame.
+    if (frame.source.input.after_process && frame.report.frame_count > 0)
+      output.labels = frame.report.label_map;
+    empty_ = false;
+    try {
+      writer_.add(frame.source.input, output);
+    } catch (const morvale::session::BundleError& error) {
+      throw RunError("--record: " + std::string(error.what()) + ".");
+    }
   }
 
   void finish(const Comparison&) override {}
 
  private:
+  std::string folder_;
+  bool empty_ = true;
   morvale::session::BundleWriter writer_;
 };
 
 class ReportOutput final : public ReplayOutput {
  public:
-  ReportOutput(const std::string& folder, ReportHead head) : folder_(folder), page_(std::move(head)) {}
+  ReportOutput(const std::string& folder, ReportHead head) : folder_(folder), page_(std::move(head)) {
+    ReportPage::make_folder(folder_);  // better told before the first frame than behind the last
+  }
 
   void add(const ReplayedFrame& frame) override {
     // A frame that came without pixels went through the library as grey: nothing to look at.
@@ -80,7 +100,12 @@ class ReportOutput final : public ReplayOutput {
 
 class TraceOutput final : public ReplayOutput {
  public:
-  TraceOutput(const std::string& file, const std::string& source_name) : file_(file), input_(source_name) {}
+  TraceOutput(const std::string& file, const std::string& source_name) : file_(file), input_(source_name) {
+    const std::filesystem::path folder = std::filesystem::absolute(file_).parent_path();
+    std::error_code error;
+    if (std::filesystem::is_directory(file_, error) || !std::filesystem::is_directory(folder, error))
+      throw UsageError("--trace: " + file_ + " cannot be a file; name one in a folder that exists.");
+  }
 
   void add(const ReplayedFrame& frame) override {
     const std::string& name = frame.source.name.empty() ? input_ : frame.source.name;

@@ -90,6 +90,8 @@ Plan plan_of(const ReplayOptions& options) {
   if (other_camera) {
     plan.session.camera_type = camera_type_of(*options.camera);
     plan.session.open_result = 0;
+    plan.session.pad_size = *options.camera == Camera::kFront ? 256 : 128;
+    plan.session.net_size = plan.session.pad_size / 4;
   }
   plan.engine = engine_of(options, plan, other_camera);
   plan.as_recorded = plan.engine == "recorded" && !options.gate && !options.udc &&
@@ -115,8 +117,11 @@ class Replay {
         frames_([&options, &plan] { return open_source(options, plan); }, options.start, options.every,
                 options.pan.empty() ? options.frames : std::nullopt, options.repeat),
         data_(STDOUT_FILENO, options.verbose ? STDERR_FILENO : -1) {
-    if (plan.kind != SourceKind::kBundle)
-      faces_ = make_face_source(options.faces, options.cascade, {plan.input});
+    if (plan.kind != SourceKind::kBundle) {
+      std::vector<std::string> names = frames_.files();  // a face list goes by the name that a frame has
+      if (names.empty()) names.push_back(plan.input);
+      faces_ = make_face_source(options.faces, options.cascade, names);
+    }
     set_environment(options, plan);
     if (plan.kind == SourceKind::kBundle)
       service_.emplace(plan.session);
@@ -174,6 +179,7 @@ class Replay {
 
   SessionInfo recorded_info() const {
     SessionInfo info = plan_.session;
+    info.open_result = service_->open_result();
     info.made_by = "morvale " MORVALE_VERSION ": " + options_.command_line;
     if (PADSIZE > 0) info.pad_size = PADSIZE;
     if (NETSIZE > 0) info.net_size = NETSIZE;
@@ -202,7 +208,8 @@ class Replay {
     const StageTimes times = plan_.engine == "recorded" ? replayed_times(report, frame.recorded->network_ms)
                                                         : measured_times(report);
     if (comparison_) comparison_->add(frame.number, *frame.recorded, report);
-    if (report.process != 0) {
+    const bool failed_then = frame.recorded && frame.recorded->process_result != 0;
+    if (report.process != 0 && !failed_then) {
       if (failed_ == 0) first_failed_ = frame.number;
       ++failed_;
     }
@@ -234,16 +241,14 @@ class Replay {
       if (plan_.as_recorded) status = kExitFailed;
     } else if (comparison_) {
       text += ", all records as recorded";
-    } else {
-      if (plan_.kind == SourceKind::kBundle)
-        text += plan_.pixels_kept
-                    ? "; not compared with the recorded ones, which are not these frames in a row"
-                    : "; not compared: the recording holds no pixels";
-      if (failed_ > 0) {
-        text += "; " + std::to_string(failed_) + " failed, the first: frame " +
-                std::to_string(first_failed_) + " (--verbose shows what the library says)";
-        status = kExitFailed;
-      }
+    } else if (plan_.kind == SourceKind::kBundle) {
+      text += plan_.pixels_kept ? "; not compared with the recorded ones, which are not these frames in a row"
+                                : "; not compared: the recording holds no pixels";
+    }
+    if (failed_ > 0 && status == kExitDone) {
+      text += "; " + std::to_string(failed_) + " failed, the first: frame " + std::to_string(first_failed_) +
+              " (--verbose shows what the library says)";
+      status = kExitFailed;
     }
     if (Interrupt::asked() != 0) {
       text += "; stopped there";
@@ -262,8 +267,8 @@ class Replay {
   std::optional<CameraService> service_;
   std::vector<std::unique_ptr<ReplayOutput>> outputs_;
   std::optional<RecordComparison> comparison_;
-  int failed_ = 0, first_failed_ = 0;
-  std::exception_ptr unreadable_;  ///< why the frames ended early
+  int failed_ = 0, first_failed_ = 0;  ///< frames that fail here and did not when they were recorded
+  std::exception_ptr unreadable_;      ///< why the frames ended early
 };
 
 }  // namespace

@@ -229,12 +229,16 @@ void ReportPage::compare_with(const ReportBaseline& baseline) {
                         {"boxes", nullptr}};
 }
 
-void ReportPage::write(const std::filesystem::path& folder) const {
+void ReportPage::make_folder(const std::filesystem::path& folder) {
   std::error_code error;
   std::filesystem::create_directories(folder, error);
   if (!std::filesystem::is_directory(folder, error))
     throw UsageError("--report: " + folder.string() +
                      " is not a folder and cannot be made one; name another.");
+}
+
+void ReportPage::write(const std::filesystem::path& folder) const {
+  make_folder(folder);
   const std::string_view page = report_template();
   const size_t at = marker_place();
   std::string html(page.substr(0, at));

@@ -52,6 +52,9 @@ class ReportPage {
   void compare_with(const RecordComparison& comparison);
   void compare_with(const ReportBaseline& baseline);
 
+  /// Throws UsageError for a folder that cannot be.
+  static void make_folder(const std::filesystem::path& folder);
+
   /// Writes folder/report.html and makes the folder. Throws RunError, or UsageError for a folder that cannot
   /// be.
   void write(const std::filesystem::path& folder) const;

@@ -33,7 +33,8 @@ std::vector<uint8_t> jpeg_within(const cv::Mat& picture, size_t room) {
   for (const Fineness& fineness : kFineness) {
     const double scale = std::min(1.0, double(fineness.longer_side) / std::max(picture.cols, picture.rows));
     cv::Mat shown = picture;
-    if (scale < 1) cv::resize(picture, shown, {}, scale, scale, cv::INTER_AREA);
+    const auto side = [&](int full) { return std::max(cvRound(full * scale), 1); };  // a strip keeps a pixel
+    if (scale < 1) cv::resize(picture, shown, {side(picture.cols), side(picture.rows)}, 0, 0, cv::INTER_AREA);
     if (!cv::imencode(".jpg", shown, jpeg, {cv::IMWRITE_JPEG_QUALITY, fineness.quality}))
       throw RunError("a picture of the report cannot be encoded.");
     if (jpeg.size() <= room) break;

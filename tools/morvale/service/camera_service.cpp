@@ -38,10 +38,14 @@ std::vector<uint8_t> analysed_label_map(Camera camera, const Geometry& geometry)
   return {slot, slot + geometry.net_size * geometry.seg_factor * kLabels};
 }
 
-/// Bytes of a frame that the library may analyse; 0 for one that it is sure to refuse.
-size_t readable_bytes(const MorvaleData_t& record) {
-  const uint64_t bytes = morvale::session::pixel_bytes(record);
-  return bytes <= std::numeric_limits<int32_t>::max() ? bytes : 0;
+/// Bytes of a frame that the library may read, or draw into: also a luma plane whose rows overlap, which it
+/// does not analyse, gets the debug drawings of the map before. At least 1.
+size_t touched_bytes(const MorvaleData_t& record) {
+  constexpr uint64_t kMost = std::numeric_limits<int32_t>::max();
+  const int64_t stride = morvale::session::row_bytes(record), height = record.height;
+  const uint64_t read = morvale::session::pixel_bytes(record);
+  const uint64_t drawn = stride > 0 && height > 0 ? static_cast<uint64_t>(stride * height) : 0;
+  return std::max({uint64_t{1}, read <= kMost ? read : 0, drawn <= kMost ? drawn : 0});
 }
 
 std::string environment(const char* name) {
@@ -88,7 +92,7 @@ int32_t camera_type_of(Camera camera) { return camera == Camera::kFront ? kFront
 
 CameraService::CameraService(Camera camera) {
   data_.cameraType = camera_type_of(camera);
-  if (load_model() == 1) return;
+  if (load_model(data_.cameraType) == 1) return;
   core_.Morvale_core_deinit();
   morvale_host_observe_log(nullptr, nullptr);
   throw RunError(
@@ -99,7 +103,9 @@ CameraService::CameraService(const morvale::session::SessionInfo& recorded) {
   constexpr int32_t kNoModelLoaded = -1;
   data_.cameraType = recorded.camera_type;
   if (recorded.open_result != kNoModelLoaded) {
-    load_model();
+    // By its size: the first frame's camera type need not be that of the model that was loaded.
+    constexpr int32_t kFrontModelSize = 256;
+    load_model(recorded.pad_size == kFrontModelSize ? kFrontCamera : kBackCamera);
   } else {
     morvale_host_observe_log(keep_log_line, this);
     core_.Morvale_core_init(&data_);
@@ -112,10 +118,11 @@ CameraService::~CameraService() {
   morvale_host_observe_log(nullptr, nullptr);
 }
 
-int CameraService::load_model() {
+int CameraService::load_model(int32_t camera_type) {
   morvale_host_observe_log(keep_log_line, this);
   core_.Morvale_core_init(&data_);
-  const int opened = core_.Morvale_core_setModel(data_.cameraType);
+  const int opened = core_.Morvale_core_setModel(camera_type);
+  open_result_ = core_.status;
   if (opened == 1) probe_.emplace();
   return opened;
 }
@@ -142,11 +149,13 @@ FrameReport CameraService::replay(const morvale::session::FrameInput& input) {
   data_ = input.record;
   planes_ = input.nv21;
   // A frame that the library refuses has no pixels in the recording and none here.
-  if (planes_.empty()) planes_.assign(std::max<size_t>(readable_bytes(data_), 1), kGrey);
+  if (planes_.empty()) planes_.assign(touched_bytes(data_), kGrey);
   data_.yPlane = data_.uvPlane = input.has_planes ? planes_.data() : nullptr;
   if (input.has_planes && !input.chroma_follows) {
     const int64_t luma = int64_t{morvale::session::row_bytes(data_)} * data_.height;
-    chroma_.assign(planes_.begin() + std::min<int64_t>(luma, std::ssize(planes_)), planes_.end());
+    // A size that is none must not lead out of the planes; nor may the chroma pointer become null.
+    chroma_.assign(planes_.begin() + std::clamp<int64_t>(luma, 0, std::ssize(planes_)), planes_.end());
+    chroma_.push_back(kGrey);
     data_.uvPlane = chroma_.data();
   }
   return run(input.after_process);

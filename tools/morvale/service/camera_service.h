@@ -92,11 +92,14 @@ class CameraService {
   /// Sends one frame through as it was delivered when it was recorded. Without pixels the frame is grey.
   FrameReport replay(const morvale::session::FrameInput& input);
 
+  /// What the runtime's open returned here; -1: no model was loaded.
+  int32_t open_result() const { return open_result_; }
+
   /// The pixels of the last frame, with what the library has drawn into them at higher debug levels.
   const std::vector<uint8_t>& planes() const { return planes_; }
 
  private:
-  int load_model();
+  int load_model(int32_t camera_type);
   FrameReport run(bool after_process);
   static void keep_log_line(int priority, const char* text, void* service);
 
@@ -105,6 +108,7 @@ class CameraService {
   std::vector<uint8_t> chroma_;  ///< where the chroma plane did not follow the luma plane
   std::vector<LogLine> log_;
   MorvaleCore core_;
+  int32_t open_result_ = -1;
   std::optional<RuntimeProbe> probe_;
 };
 

@@ -1,6 +1,8 @@
 #include "sources/frame_selection.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 #include <utility>
 
 namespace tool {
@@ -42,7 +44,8 @@ std::optional<int> FrameSelection::count() const {
   if (!all) return std::nullopt;
   const int left = std::max(*all - start_, 0);
   const int chosen = (left + every_ - 1) / every_;
-  return std::min(chosen, frames_.value_or(chosen)) * repeat_;
+  const int64_t delivered = int64_t{std::min(chosen, frames_.value_or(chosen))} * repeat_;
+  return static_cast<int>(std::min<int64_t>(delivered, std::numeric_limits<int>::max()));
 }
 
 }  // namespace tool

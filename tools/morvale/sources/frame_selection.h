@@ -3,6 +3,8 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "sources/frame_source.h"
 
@@ -19,6 +21,8 @@ class FrameSelection {
   std::optional<SourceFrame> next();
   /// How many there will be, where the source knows.
   std::optional<int> count() const;
+  /// The files of the source's frames, where each has one of its own.
+  std::vector<std::string> files() const { return source_->files(); }
   /// The source's frames in their order, none left out at the front or between, none twice.
   bool is_plain() const { return start_ == 0 && every_ == 1 && repeat_ == 1; }
 

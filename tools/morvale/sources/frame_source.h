@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "service/camera_service.h"
 #include "service/frame_input.h"
@@ -35,6 +36,8 @@ class FrameSource {
   virtual bool skip() { return next().has_value(); }
   /// How many frames there are, when that is known before they are read.
   virtual std::optional<int> count() const { return std::nullopt; }
+  /// The files of its frames, where each has one of its own.
+  virtual std::vector<std::string> files() const { return {}; }
 };
 
 /// What an input is, by its name and, for folders, by what is in it.

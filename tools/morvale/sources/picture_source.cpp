@@ -78,6 +78,7 @@ class PictureSource final : public FrameSource {
   }
 
   std::optional<int> count() const override { return static_cast<int>(files_.size()); }
+  std::vector<std::string> files() const override { return files_; }
 
  private:
   std::vector<std::string> files_;
