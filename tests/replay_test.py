@@ -300,6 +300,8 @@ class Outputs(Replays):
                          [("0", ", all"), ("1", ", all"), ("2", ", all"), ("3", "; 1 not"), ("4", ", all")])
         self.assertEqual(sorted(path.parent.name for path in self.folder.glob("reports/*/report.html")),
                          [f"scene{seed}" for seed in range(5)])
+        done = morvale("replay", "--jobs", 2, "--format", "csv", *scenes[:2])
+        self.assertEqual([line[:6] for line in done.stdout.splitlines()].count(b"input,"), 1, "one heading for all")
         self.refused("into the same folder", scenes[0], str(scenes[0]) + "/", "--report", self.folder / "r")
 
     def test_many_recordings_stop_together(self):

@@ -12,8 +12,10 @@
 #include <thread>
 
 #include "common/command.h"
+#include "common/command_line.h"
 #include "common/interrupt.h"
 #include "common/progress.h"
+#include "replay/replay_lines.h"
 #include "replay/replay_run.h"
 
 namespace tool {
@@ -21,9 +23,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// What stands behind the last slash, also of "recordings/one/".
+/// The name of the file or folder itself, also for "recordings/one/", "." and "..".
 std::string base_name(const std::string& input) {
-  const fs::path path = fs::path(input).lexically_normal();
+  const fs::path path = fs::absolute(input).lexically_normal();
   return (path.has_filename() ? path : path.parent_path()).filename().string();
 }
 
@@ -42,6 +44,10 @@ void check_names(const ReplayOptions& options) {
                        " would be written into the same folder; replay them apart.");
   }
 }
+
+/// Behind a long input the outputs of so many jobs wait in open files; then nobody starts, since a process
+/// may have about a thousand files open.
+constexpr size_t kMostWaiting = 256;
 
 /// One input's process. Its output waits in files without a name until its turn comes.
 struct Job {
@@ -75,6 +81,7 @@ Job start(const ReplayOptions& options, const std::string& input) {
     throw RunError("no temporary file can be made; check TMPDIR.");
   ReplayOptions own = options;
   own.inputs = {input};
+  own.heading = false;  // one for all of them
   own.record = inside(options.record, input);
   own.report = inside(options.report, input);
   job.process = fork();
@@ -118,6 +125,7 @@ int replay_many(const ReplayOptions& options) {
   std::vector<Job> jobs;
   Progress progress(options.inputs.size());
   const Interrupt start_no_more;
+  if (options.format == LineFormat::kCsv) print_text(csv_heading(options.times));
   size_t poured = 0;
   int highest = kExitDone;
   const auto running = [&] {
@@ -125,7 +133,8 @@ int replay_many(const ReplayOptions& options) {
   };
   while (true) {
     const bool more = jobs.size() < options.inputs.size() && Interrupt::asked() == 0;
-    if (more && running() < options.jobs) {
+    const bool room = jobs.size() - poured < kMostWaiting || running() == 0;
+    if (more && room && running() < options.jobs) {
       progress.next(options.inputs[jobs.size()]);
       std::fflush(nullptr);
       jobs.push_back(start(options, options.inputs[jobs.size()]));

@@ -30,6 +30,7 @@ struct ReplayOptions {
 
   std::string record, report, trace;  ///< empty: not wanted
   LineFormat format = LineFormat::kJson;
+  bool heading = true;  ///< CSV begins with the names of its columns
   bool times = false;
   bool verbose = false;
   int jobs = 1;

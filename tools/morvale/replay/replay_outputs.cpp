@@ -13,9 +13,10 @@ using Comparison = std::optional<RecordComparison>;
 
 class LineOutput final : public ReplayOutput {
  public:
-  LineOutput(LineFormat format, bool times, const std::string& source_name, DivertedOutput& data)
+  LineOutput(LineFormat format, bool heading, bool times, const std::string& source_name,
+             DivertedOutput& data)
       : csv_(format == LineFormat::kCsv), times_(times), input_(source_name), data_(data) {
-    if (csv_) data_.write_past(csv_heading(times_));
+    if (csv_ && heading) data_.write_past(csv_heading(times_));
   }
 
   void add(const ReplayedFrame& frame) override {
@@ -121,9 +122,9 @@ class TraceOutput final : public ReplayOutput {
 
 }  // namespace
 
-std::unique_ptr<ReplayOutput> make_line_output(LineFormat format, bool times, const std::string& source_name,
-                                               DivertedOutput& data) {
-  return std::make_unique<LineOutput>(format, times, source_name, data);
+std::unique_ptr<ReplayOutput> make_line_output(LineFormat format, bool heading, bool times,
+                                               const std::string& source_name, DivertedOutput& data) {
+  return std::make_unique<LineOutput>(format, heading, times, source_name, data);
 }
 
 std::unique_ptr<ReplayOutput> make_record_output(const std::string& folder,

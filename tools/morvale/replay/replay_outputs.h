@@ -29,8 +29,8 @@ class ReplayOutput {
   virtual void finish(const std::optional<RecordComparison>& comparison) = 0;
 };
 
-std::unique_ptr<ReplayOutput> make_line_output(LineFormat format, bool times, const std::string& source_name,
-                                               DivertedOutput& data);
+std::unique_ptr<ReplayOutput> make_line_output(LineFormat format, bool heading, bool times,
+                                               const std::string& source_name, DivertedOutput& data);
 /// Throws UsageError when the folder cannot be made or is not empty.
 std::unique_ptr<ReplayOutput> make_record_output(const std::string& folder,
                                                  const morvale::session::SessionInfo& info);

@@ -174,7 +174,7 @@ class Replay {
     if (!o.report.empty()) outputs_.push_back(make_report_output(o.report, report_head()));
     if (!o.trace.empty()) outputs_.push_back(make_trace_output(o.trace, plan_.input));
     if (o.format != LineFormat::kNone)
-      outputs_.push_back(make_line_output(o.format, o.times, plan_.input, data_));
+      outputs_.push_back(make_line_output(o.format, o.heading, o.times, plan_.input, data_));
   }
 
   SessionInfo recorded_info() const {

@@ -43,7 +43,10 @@ bool natural_less(const std::string& a, const std::string& b) {
 std::vector<std::string> pictures_in(const std::string& path) {
   if (!fs::is_directory(path)) return {path};
   std::vector<std::string> files;
-  for (const fs::directory_entry& entry : fs::directory_iterator(path)) {
+  std::error_code error;
+  fs::directory_iterator entries(path, error);
+  if (error) throw UsageError(path + ": cannot be read; check the folder's permissions.");
+  for (const fs::directory_entry& entry : entries) {
     const std::string file = entry.path().string();
     if (entry.is_regular_file() && (entry.path().extension() == ".nv21" || cv::haveImageReader(file)))
       files.push_back(file);
