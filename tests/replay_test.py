@@ -149,6 +149,17 @@ class Recordings(Replays):
         _, words = self.run_well(gated, "--gate", 0, status=1)  # the recording holds no scores
         self.assertIn("3 failed, the first: frame 0", words)
 
+    def test_a_refused_frame_is_refused_again(self):
+        """With debug drawings, which go into the rows that such a frame claims to have."""
+        scene = self.scene("scene", "--frames", 3)
+        lines = [json.loads(line) for line in (scene / "metadata.jsonl").read_text().splitlines()]
+        lines[1].update(width=0, stride=640, process=-1)
+        for key in "nv21", "logits", "labels", "execute":
+            lines[1].pop(key, None)
+        (scene / "metadata.jsonl").write_text("".join(json.dumps(line) + "\n" for line in lines))
+        replayed, _ = self.run_well(scene, "--debug-level", 1, "--report", self.folder / "report")
+        self.assertEqual([line["process"] for line in replayed], [0, -1, 0])
+
     def test_a_recording_says_which_model_it_had(self):
         scene = self.scene("scene", "--frames", 3, "--camera", "back")
         lines = [json.loads(line) for line in (scene / "metadata.jsonl").read_text().splitlines()]

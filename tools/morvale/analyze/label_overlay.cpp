@@ -69,7 +69,7 @@ cv::Point2d cell_to_frame(const Geometry& geometry, cv::Point2d cell) {
 }
 
 void lay_labels_over(cv::Mat& picture, const FrameReport& report) {
-  if (report.geometry.seg_factor < 1) return;
+  if (report.label_map.empty()) return;
   const cv::Mat cells = cells_below(report, picture.size());
   std::array<cv::Mat, kLabels> scores;
   for (int label = 0; label < kLabels; ++label)

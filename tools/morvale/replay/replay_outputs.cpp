@@ -57,9 +57,7 @@ class RecordOutput final : public ReplayOutput {
       output.network_ms = frame.times.network;
     }
     output.result = frame.report.record;
-    // The analysis leaves at once while no frame was segmented since the start or a gated frame.
-    if (frame.source.input.after_process && frame.report.frame_count > 0)
-      output.labels = frame.report.label_map;
+    output.labels = frame.report.label_map;
     empty_ = false;
     try {
       writer_.add(frame.source.input, output);

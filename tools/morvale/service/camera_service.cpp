@@ -180,7 +180,9 @@ FrameReport CameraService::run(bool after_process) {
   report.geometry = geometry_of(core_, data_);
   report.person_boxes.assign(core_.personBoxes,
                              core_.personBoxes + std::clamp(core_.personCount, 0, kMaxFaces));
-  report.label_map = analysed_label_map(report.camera, report.geometry);
+  // The analysis leaves at once while no frame was segmented since the start or a gated frame.
+  if (after_process && report.frame_count > 0)
+    report.label_map = analysed_label_map(report.camera, report.geometry);
   if (probe_) report.network = probe_->take();
   report.log.swap(log_);
   log_.clear();

@@ -59,7 +59,8 @@ struct FrameReport {
   std::vector<FaceRect> camera_faces;
   std::vector<FaceRect> person_boxes;  ///< the first personCount boxes; what lies behind them is stale
   PersonWholeMeta record{};
-  std::vector<uint8_t> label_map;  ///< net_size x seg_factor cells of five scores, as the analysis read them
+  /// net_size x seg_factor cells of five scores, as the analysis read them; empty: it read none.
+  std::vector<uint8_t> label_map;
   std::optional<NetworkRun> network;  ///< absent: the network was not asked
   FrameTimes times;
   std::vector<LogLine> log;  ///< what the library logged since the frame before
