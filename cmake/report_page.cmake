@@ -21,6 +21,7 @@ if(MORVALE_REPORT)
     COMMAND ${CMAKE_COMMAND} -E make_directory ${page_build}
     COMMAND ${CMAKE_COMMAND} -E copy ${page_folder}/package.json ${page_folder}/package-lock.json ${page_build}
     COMMAND ${NPM} ci --prefix ${page_build} ${omit_test_tools} --ignore-scripts --no-audit --no-fund --loglevel=error
+      --fetch-retries=1 --fetch-retry-mintimeout=1000 --fetch-retry-maxtimeout=5000
     COMMAND ${CMAKE_COMMAND} -E touch ${page_build}/node_modules/.installed
     DEPENDS ${page_folder}/package.json ${page_folder}/package-lock.json
     COMMENT "Fetching the report page's libraries" VERBATIM)

@@ -21,8 +21,9 @@ class AtScale(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.folder = pathlib.Path(folder.name)
         self.environment = dict(os.environ, PATH=f"{PROGRAM.parent}:{os.environ['PATH']}", HOME=folder.name)
-        for seed in range(1, 5):
-            self.shell(f"morvale scene --out recordings/session-000{seed} --seed {seed} --frames 3 --size 160x120")
+        for seed, name in enumerate(["phone/session-0001", "phone/session-0002", "phone/session-0003",
+                                     "tablet/session-0001"]):
+            self.shell(f"morvale scene --out recordings/{name} --seed {seed} --frames 3 --size 160x120")
         self.blocks = re.findall(r"```sh\n(.*?)```", PAGE.read_text(), re.DOTALL)
 
     def shell(self, script, **more):
@@ -31,7 +32,7 @@ class AtScale(unittest.TestCase):
         return done.returncode, done.stdout, done.stderr
 
     def damage(self, offset):
-        path = self.folder / "recordings/session-0002/records.bin"
+        path = self.folder / "recordings/phone/session-0002/records.bin"
         records = bytearray(path.read_bytes())
         records[offset] ^= 1
         path.write_bytes(records)
@@ -43,21 +44,22 @@ class AtScale(unittest.TestCase):
         self.damage(288 + 4)
         replay, again = self.blocks[:2]
         self.assertEqual(self.shell(replay)[0], 1)
-        lines = [json.loads(line) for path in self.folder.glob("lines/*.jsonl")
+        lines = [json.loads(line) for path in self.folder.glob("lines/*/*.jsonl")
                  for line in path.read_text().splitlines()]
         self.assertEqual(len(lines), 12)
-        self.assertEqual(len(list(self.folder.glob("reports/*/report.html"))), 4)
-        self.assertIn("frame 1: humanRatio", (self.folder / "lines/session-0002.jsonl.err").read_text())
+        self.assertEqual(len(list(self.folder.glob("reports/*/*/report.html"))), 4)
+        self.assertIn("frame 1: humanRatio", (self.folder / "lines/phone/session-0002.jsonl.err").read_text())
         self.damage(288 + 4)  # whole again
         status, listed, _ = self.shell(again)
-        self.assertEqual((status, listed.split()), (0, ["1", f"{self.folder}/recordings/session-0002"]))
-        self.assertIn("all records as recorded", (self.folder / "lines/session-0002.jsonl.err").read_text())
+        self.assertEqual((status, listed.split()), (0, ["1", "recordings/phone/session-0002"]))
+        self.assertIn("all records as recorded", (self.folder / "lines/phone/session-0002.jsonl.err").read_text())
+        self.assertEqual(self.shell(again.splitlines()[0])[1], "", "nothing is left to do")
 
     def test_slurm_task(self):
-        self.shell("find $PWD/recordings -name session.json -printf '%h\\n' | sort > recordings.txt; mkdir lines")
+        self.shell(self.blocks[0].splitlines()[0] + "; mkdir lines")
         self.assertEqual(self.shell(self.blocks[2], SLURM_ARRAY_TASK_ID="3")[0], 0)
-        self.assertEqual(len((self.folder / "lines/session-0003.jsonl").read_text().splitlines()), 3)
-        self.assertTrue((self.folder / "reports/session-0003/report.html").exists())
+        self.assertEqual(len((self.folder / "lines/phone/session-0003.jsonl").read_text().splitlines()), 3)
+        self.assertTrue((self.folder / "reports/phone/session-0003/report.html").exists())
 
 
 if __name__ == "__main__":

@@ -158,7 +158,7 @@ class Bundles(InFolder):
         done = morvale("diff", a, b, "--report", self.folder / "page")
         if b"without the report page" in done.stderr:
             self.skipTest("built without the report page")
-        self.assertEqual((done.returncode, done.stderr), (1, b""))
+        self.assertEqual((done.returncode, done.stderr.count(b"\n"), b"report.html" in done.stderr), (1, 1, True))
         page = (self.folder / "page/report.html").read_text()
         data = json.loads(re.search(r'id="report-data"[^>]*>(.*?)</script>', page, re.S)[1])
         self.assertEqual(base64.b64decode(data["baseline"]["records"]), (a / "records.bin").read_bytes())
@@ -170,7 +170,7 @@ class Bundles(InFolder):
              "shrunkHeight": 192, "segFactor": 48, "scaleRatio": 1.25}])
         self.assertEqual(len(data["pictures"]), self.FRAMES)
         done = morvale("diff", a / "records.bin", b, "--report", self.folder / "bare")
-        self.assertEqual((done.returncode, done.stderr), (1, b""))
+        self.assertEqual((done.returncode, done.stderr.count(b"\n"), b"report.html" in done.stderr), (1, 1, True))
 
     def test_unusable(self):
         a, good = self.bundle(), self.file("good", record({}))

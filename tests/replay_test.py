@@ -357,6 +357,21 @@ class Outputs(Replays):
         self.assertIn("output cannot be written", done.stderr)
         self.assertEqual((self.folder / "copy/records.bin").read_bytes()[:288], (scene / "records.bin").read_bytes()[:288])
 
+    def test_the_report_tells_when_the_person_is_lost(self):
+        for camera in "front", "back":
+            scene = self.scene(camera, "--frames", 12, "--camera", camera)
+            for frame in range(4, 9):
+                path = scene / f"logits/{frame:06d}.npy"
+                data = path.read_bytes()
+                cells = (len(data) - 128) // 20
+                self.assertIn(cells, (32 * 32, 64 * 64))
+                path.write_bytes(data[:128] + struct.pack("<5f", 8, -8, -8, -8, -8) * cells)  # background alone
+            out = self.folder / f"report_{camera}"
+            self.run_well(scene, "--report", out, status=1)
+            html = (out / "report.html").read_text()
+            data = json.loads(re.search(r'<script[^>]*id="report-data"[^>]*>(.*?)</script>', html, re.DOTALL)[1])
+            self.assertEqual([event["kind"] for event in data["events"]], ["found", "lost", "found"], camera)
+
     def test_the_trace_tells_the_stages(self):
         scene = self.scene("scene", "--frames", 3)
         self.run_well(scene, "--trace", self.folder / "trace.json")

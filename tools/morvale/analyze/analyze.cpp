@@ -79,7 +79,10 @@ class Analysis {
  private:
   void analyze(const Frame& frame) {
     // Only now: what is wrong with the command line or a file is said even where there is no network yet.
-    choose_model_folder(options_.model_dir);
+    // Another engine than the network brings its own answers and needs no model.
+    const char* engine = std::getenv("VEXA_ENGINE");
+    if (engine == nullptr || *engine == '\0' || std::string_view(engine) == "onnx")
+      choose_model_folder(options_.model_dir);
     CameraService service(options_.camera);
     note_stride(frame);
     const std::vector<FaceRect> faces = faces_->faces(frame);

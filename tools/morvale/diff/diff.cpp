@@ -246,7 +246,11 @@ int diff(const DiffOptions& options) {
   if (a.bundle && b.bundle && !options.records_only) difference.notes = compare_sessions(a, b);
   options.json ? print_json(difference) : print_text(difference);
   std::fflush(stdout);
-  if (!options.report.empty()) write_diff_page(a, b, options.camera, options.command, options.report);
+  if (!options.report.empty()) {
+    write_diff_page(a, b, options.camera, options.command, options.report);
+    std::fprintf(stderr, "morvale: the report is %s.\n",
+                 (std::filesystem::path(options.report) / "report.html").c_str());
+  }
   return difference.same() ? kExitSame : kExitDifferent;
 }
 

@@ -55,7 +55,8 @@ void declare_selection(CLI::App& app, ReplayOptions& options, Texts& texts) {
   app.add_option("--start", options.start, "The first frame, counted from 0 (default: 0)")
       ->type_name("N")
       ->check(count(0, kMost));
-  app.add_option("--frames", texts.frames, "At most so many frames (default: all; with --pan: 120)")
+  app.add_option("--frames", texts.frames,
+                 "At most so many frames (default: all); with --pan: the frames of its one round (120)")
       ->type_name("N")
       ->check(count(1, kMost));
   app.add_option("--every", options.every, "Every Nth frame only (default: 1)")
@@ -78,16 +79,14 @@ void declare_session(CLI::App& app, ReplayOptions& options, Texts& texts) {
       ->type_name("N")
       ->check(count(0, 2));
   app.add_option("--engine", options.engine,
-                 "What answers for the network: the recording (auto, where there is one), the network, or a "
-                 "fixed portrait")
+                 "What answers for the network (default: auto, a recording where there is one)")
       ->type_name("auto|recorded|onnx|fixed")
       ->check(one_of({"auto", "recorded", "onnx", "fixed"}));
   app.add_option("--model-dir", texts.model_dir,
                  "Folder of the network (default: $VEXA_MODEL_DIR, else ~/.cache/morvale/network)")
       ->type_name("DIR");
-  app.add_option(
-         "--faces", options.faces,
-         "The camera's faces: a JSON file, auto (default: a cascade) or none; recordings bring theirs")
+  app.add_option("--faces", options.faces,
+                 "The camera's faces: a JSON file, auto (default: a cascade) or none")
       ->type_name("FILE|auto|none");
   app.add_option("--cascade", options.cascade, "The cascade of --faces auto (default: frontalface_alt2)")
       ->type_name("FILE");

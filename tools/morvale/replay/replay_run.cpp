@@ -146,6 +146,9 @@ class Replay {
     if (done == 0) give_up_without_frames();
     for (const auto& output : outputs_) output->finish(comparison_);
     const int status = sum_up(done);
+    if (!options_.report.empty())
+      std::fprintf(stderr, "morvale: the report is %s.\n",
+                   (fs::path(options_.report) / "report.html").c_str());
     // Ctrl-C ends the program before us in a pipe too: a stream that then breaks off is no error.
     if (unreadable_ && Interrupt::asked() == 0) std::rethrow_exception(unreadable_);
     return status;

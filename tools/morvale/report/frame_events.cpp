@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "service/report_text.h"
+
 namespace tool {
 
 void EventFinder::add(const FrameReport& report, std::optional<double> network_ms) {
@@ -9,7 +11,10 @@ void EventFinder::add(const FrameReport& report, std::optional<double> network_m
   follow(failed_, report.process != 0);
   follow(sluggish_, network_ms.value_or(0) >= kSluggishMs);
   // A gated frame clears the record and a failed one says nothing new: neither tells where the person is.
-  const bool person = report.record.humanRatio > 0;
+  // Not by humanRatio: a sleeve keeps it above 0 when nobody is found any more.
+  const bool front = report.camera == Camera::kFront;
+  // On the back camera personCount keeps its value where nobody is found; the record's box does not.
+  const bool person = front ? !report.person_boxes.empty() : person_box(report.record).w > 0;
   if (!report.gated && report.process == 0 && person != person_) {
     events_.push_back({index_, person ? "found" : "lost", person ? "person found" : "person lost"});
     person_ = person;

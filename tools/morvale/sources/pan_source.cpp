@@ -53,7 +53,7 @@ class PanSource final : public FrameSource {
     const cv::Size2d seen(view_.width * zoom, view_.height * zoom);
     const cv::Point2d room(picture_.cols - seen.width, picture_.rows - seen.height);
     const cv::Point2d corner(room.x * (0.5 + 0.45 * std::sin(turn)),
-                             room.y * (0.5 + 0.35 * std::sin(2 * turn)));
+                             room.y * (0.15 + 0.15 * std::sin(2 * turn)));  // heads are in the upper part
     const double step_x = seen.width / size_.width, step_y = seen.height / size_.height;
     const cv::Matx23d frame_to_picture(step_x, 0, corner.x + step_x / 2 - 0.5, 0, step_y,
                                        corner.y + step_y / 2 - 0.5);

@@ -5,8 +5,8 @@ import {cellLayer, labelLayer, mapExtent} from './label_map.js';
 import {kGridColumns, kGridRows} from './records.js';
 
 export const kDifferenceColour = '#ff2d95';
-const kFaceColour = '#ffd60a';
-const kBoxColour = '#ffffff';
+const kFaceColour = '#ffffff';
+const kBoxColour = '#f0e442';
 const kGridColour = '#ffffff';
 const kKeptLayers = 32;
 

@@ -101,11 +101,10 @@ function peopleCard(report, count) {
   if (report.frames.boxes.every(boxes => boxes === null))
     return card('Persons seen', '–', ['a recording alone does not tell']);
   const most = report.frames.boxes.reduce((highest, boxes) => Math.max(highest, boxes?.length ?? 0), 0);
-  const seen = count(frame => report.personCount(frame) > 0);
-  return card(
-      'Persons seen', `${most}`,
-      [most === 0 ? 'no person box in the run' :
-                    `at most; one or more in ${seen} of ${plural(report.count, 'frame')}`]);
+  if (most === 0) return card('Persons seen', '0', ['no person box in the run']);
+  const seen = `${count(frame => report.personCount(frame) > 0)} of ${plural(report.count, 'frame')}`;
+  return report.front ? card('Persons seen', `${most}`, [`at most; one or more in ${seen}`]) :
+                        card('Person boxed', `${most}`, [`in ${seen}; the back camera boxes no more than one`]);
 }
 
 function timeCard(title, times, none) {
@@ -145,7 +144,8 @@ export function banner(report, player) {
   return h(
       'p', {class: 'banner bad', id: 'comparison'}, h('b', {}, 'The records differ. '), 'First in ',
       goTo(report, player, comparison.index), ', ', h('code', {}, comparison.field),
-      comparison.offset === null ? '' : ` at byte ${comparison.offset}`, ': expected ', h('b', {}, comparison.expected), ', got ',
+      comparison.offset === null ? '' : ` at byte ${comparison.offset}`, report.baseline ? ': baseline ' : ': expected ',
+      h('b', {}, comparison.expected), report.baseline ? ', current ' : ', got ',
       h('b', {}, comparison.got),
       `. ${plural(comparison.differing, 'frame differs', 'frames differ')} in all.`);
 }

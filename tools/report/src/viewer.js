@@ -8,7 +8,7 @@ import {kDifferenceColour} from './frame_painter.js';
 
 const kTallest = 0.72;   // of the window's height
 const kSharpest = 2000;  // pixels across; more only costs time
-const kFirstOpacity = 0.75;
+const kFirstOpacity = 0.5;
 
 export class Viewer {
   constructor(report, player, painter) {
