@@ -167,12 +167,12 @@ int bench_main(int argc, char** argv) {
   CLI::App app(kIntroduction, "morvale bench");
   app.add_option("--camera", options.camera, "front or back (default: front)")
       ->type_name("front|back")
-      ->check(CLI::IsMember({"front", "back"}).description(""));
+      ->check(one_of({"front", "back"}));
   app.add_option("--size", options.size, "Frame size (default: 4000x3000 front, 1920x1080 back)")
       ->type_name("WxH");
   app.add_option("--frames", options.frames, "How many frames (default: 3000)")
       ->type_name("N")
-      ->check(CLI::Range(2, 1000000).description(""));
+      ->check(within(2, 1000000));
   app.add_flag("--json", options.json, "One JSON object in place of the table");
   app.footer(kExamples);
   if (!parse_command_line(app, argc, argv)) return kExitDone;

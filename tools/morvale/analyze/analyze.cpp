@@ -5,7 +5,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <map>
-#include <opencv2/core/utils/logger.hpp>
 
 #include "analyze/analyze_options.h"
 #include "analyze/annotate.h"
@@ -136,8 +135,6 @@ class Analysis {
 int analyze_main(int argc, char** argv) {
   const std::optional<AnalyzeOptions> options = parse_analyze_options(argc, argv);
   if (!options) return kExitDone;
-  // OpenCV's own complaints would stand beside our one sentence.
-  cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
   check(*options);
   choose_log_level(options->verbose);
   return Analysis(*options).run();

@@ -48,9 +48,6 @@ struct Texts {
 };
 
 void declare(CLI::App& app, AnalyzeOptions& options, Texts& texts) {
-  // The values are named in the texts; CLI11's own lists of them would stand there twice.
-  const auto one_of = [](std::set<std::string> values) { return CLI::IsMember(values).description(""); };
-  const auto count = [](int least, int most) { return CLI::Range(least, most).description(""); };
   app.add_option("INPUT", options.inputs, "Photographs and raw NV21 frames")->required()->type_name("");
   app.add_option("--camera", texts.camera, "Whose analysis: front (default) or back")
       ->type_name("front|back")
@@ -67,10 +64,10 @@ void declare(CLI::App& app, AnalyzeOptions& options, Texts& texts) {
   app.add_option("--size", texts.size, "A raw frame's size; photographs are resized to it")->type_name("WxH");
   app.add_option("--stride", texts.stride, "Bytes from one row to the next (default: the width)")
       ->type_name("N")
-      ->check(count(2, 1 << 20));
+      ->check(within(2, 1 << 20));
   app.add_option("--repeat", options.repeat, "Send each frame N times through one session (default: 1)")
       ->type_name("N")
-      ->check(count(1, 100000));
+      ->check(within(1, 100000));
   app.add_option("--format", texts.format, "One JSON object a frame (default) or a readable table")
       ->type_name("json|table")
       ->check(one_of({"json", "table"}));

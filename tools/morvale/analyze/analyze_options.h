@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "service/camera_service.h"
+#include "service/faces.h"
 #include "service/frame_input.h"
 
 namespace tool {
@@ -12,7 +13,7 @@ namespace tool {
 struct AnalyzeOptions {
   Camera camera = Camera::kFront;
   std::string faces = "auto";
-  std::string cascade = "/usr/share/opencv4/haarcascades/haarcascade_frontalface_alt2.xml";
+  std::string cascade = kUsualCascade;
   std::optional<std::string> model_dir;
   std::string out;    ///< folder of the annotated pictures; empty: none
   std::string trace;  ///< empty: none

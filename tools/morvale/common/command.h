@@ -3,6 +3,7 @@
 
 #include <span>
 #include <stdexcept>
+#include <string>
 #include <string_view>
 
 namespace tool {
@@ -40,6 +41,23 @@ struct UsageError : std::runtime_error {
 struct RunError : std::runtime_error {
   using runtime_error::runtime_error;
 };
+
+/// The ends of the commands that compare.
+constexpr int kExitSame = 0;
+constexpr int kExitDifferent = 1;
+
+/// Ends such a command. Any failure would end with the status that says "different": it ends as what cannot
+/// be used does.
+template <class Compare>
+int comparison_status(Compare compare) {
+  try {
+    return compare();
+  } catch (const UsageError&) {
+    throw;
+  } catch (const std::exception& error) {
+    throw UsageError(std::string("the comparison failed: ") + error.what() + ".");
+  }
+}
 
 /// The subcommands. argv[0] is the subcommand's name; the result is the exit status. They may throw.
 int analyze_main(int argc, char** argv);

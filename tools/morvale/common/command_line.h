@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <functional>
+#include <set>
 #include <string>
 
 namespace tool {
@@ -10,6 +11,16 @@ struct Command;
 
 /// Parses a subcommand's arguments. False when the help was asked for and printed; throws UsageError.
 bool parse_command_line(CLI::App& app, int argc, char** argv);
+
+/// Checks of an option's value. The allowed values stand in the option's own texts; CLI11's lists of them
+/// would stand there twice.
+inline CLI::Validator one_of(const std::set<std::string>& values) {
+  return CLI::IsMember(values).description("");
+}
+template <class Number>
+CLI::Validator within(Number least, Number most) {
+  return CLI::Range(least, most).description("");
+}
 
 /// Asks a subcommand for its help, as --help does, and shows `read` what it would print it from. So whoever
 /// tells of a subcommand elsewhere takes every word from where the subcommand takes it.

@@ -2,7 +2,6 @@
 #include <cmath>
 #include <cstdio>
 #include <nlohmann/json.hpp>
-#include <opencv2/core/utils/logger.hpp>
 
 #include "common/command.h"
 #include "common/command_line.h"
@@ -13,9 +12,6 @@ namespace tool {
 namespace {
 
 using nlohmann::ordered_json;
-
-constexpr int kExitSame = 0;
-constexpr int kExitDifferent = 1;
 
 constexpr const char* kIntroduction =
     "Compares two pictures of the same size, channel by channel: PSNR, SSIM, the largest difference, and "
@@ -58,7 +54,7 @@ std::optional<CompareOptions> parse_compare_options(int argc, char** argv) {
       ->type_name("WxH");
   app.add_option("--tolerance", options.tolerance, "The largest difference that counts as none (default: 0)")
       ->type_name("N")
-      ->check(CLI::Range(0.0, 1e9).description(""));
+      ->check(within(0.0, 1e9));
   app.add_flag("--json", options.json, "One JSON object in place of the table");
   app.footer(kExamples);
   if (!parse_command_line(app, argc, argv)) return std::nullopt;
@@ -168,16 +164,7 @@ int compare(const CompareOptions& options) {
 int compare_main(int argc, char** argv) {
   const std::optional<CompareOptions> options = parse_compare_options(argc, argv);
   if (!options) return kExitSame;
-  // OpenCV's own complaints would stand beside our one sentence.
-  cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
-  try {
-    return compare(*options);
-  } catch (const UsageError&) {
-    throw;
-  } catch (const std::exception& error) {
-    // Any other failure would end with the status that says "different".
-    throw UsageError(std::string("the comparison failed: ") + error.what() + ".");
-  }
+  return comparison_status([&] { return compare(*options); });
 }
 
 }  // namespace tool

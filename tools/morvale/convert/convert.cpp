@@ -1,6 +1,5 @@
 /// `morvale convert`: one image kernel over one file.
 #include <cstdio>
-#include <opencv2/core/utils/logger.hpp>
 
 #include "common/command.h"
 #include "convert/convert_options.h"
@@ -27,8 +26,6 @@ int convert_main(int argc, char** argv) {
   const std::optional<ConvertOptions> options = parse_convert_options(argc, argv);
   if (!options) return kExitDone;
   if (options->list) return print_list(options->json), kExitDone;
-  // OpenCV's own complaints would stand beside our one sentence.
-  cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
   const Kernel& kernel = *options->kernel;
   check_target(options->out, kernel.gives);
   const Picture in = read_picture(options->in, options->size, kernel.takes);

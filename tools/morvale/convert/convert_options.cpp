@@ -71,7 +71,6 @@ CLI::Option* declare_flag(CLI::App& app, FlagBit bit, T& value) {
 }
 
 void declare(CLI::App& app, ConvertOptions& options, Texts& texts) {
-  const auto range = [](auto least, auto most) { return CLI::Range(least, most).description(""); };
   constexpr int kFarMargin = 1 << 20;
   KernelFlags& flags = options.flags;
   app.add_option("KERNEL", texts.kernel, "The kernel's name")->type_name("");
@@ -81,15 +80,15 @@ void declare(CLI::App& app, ConvertOptions& options, Texts& texts) {
   app.add_flag("--json", options.json, "With --list: as JSON");
   app.add_option("--size", texts.size, "A raw file's size; photographs are resized to it")->type_name("WxH");
   declare_flag(app, kMode, flags.mode);
-  declare_flag(app, kFactor, flags.factor)->check(range(1, 64));
+  declare_flag(app, kFactor, flags.factor)->check(within(1, 64));
   declare_flag(app, kTo, texts.to);
-  declare_flag(app, kRightMargin, flags.right_margin)->check(range(-kFarMargin, kFarMargin));
-  declare_flag(app, kBottomMargin, flags.bottom_margin)->check(range(-kFarMargin, kFarMargin));
-  declare_flag(app, kOutWidth, flags.out_width)->check(range(1, kFarMargin));
-  declare_flag(app, kOutHeight, flags.out_height)->check(range(1, kFarMargin));
+  declare_flag(app, kRightMargin, flags.right_margin)->check(within(-kFarMargin, kFarMargin));
+  declare_flag(app, kBottomMargin, flags.bottom_margin)->check(within(-kFarMargin, kFarMargin));
+  declare_flag(app, kOutWidth, flags.out_width)->check(within(1, kFarMargin));
+  declare_flag(app, kOutHeight, flags.out_height)->check(within(1, kFarMargin));
   declare_flag(app, kRegion, texts.region);
-  declare_flag(app, kSigma, flags.sigma)->check(range(0.0, 1000.0));
-  declare_flag(app, kRadius, flags.radius)->check(range(0, 127));
+  declare_flag(app, kSigma, flags.sigma)->check(within(0.0, 1000.0));
+  declare_flag(app, kRadius, flags.radius)->check(within(0, 127));
   declare_flag(app, kBits, flags.bits)->check(CLI::IsMember({8, 14}).description(""));
   declare_flag(app, kGrid, flags.grid);
   app.footer(kExamples);

@@ -20,9 +20,6 @@ namespace {
 
 using nlohmann::ordered_json;
 
-constexpr int kExitSame = 0;
-constexpr int kExitDifferent = 1;
-
 constexpr const char* kIntroduction =
     "Compares the result records of two recordings, frame by frame: the first frame and field that differ,\n"
     "and how far each field is off.\n";
@@ -63,7 +60,6 @@ std::optional<DiffOptions> parse_diff_options(int argc, char** argv) {
   std::vector<std::string> tolerances;
   std::string camera = "front", format = "text";
   CLI::App app(kIntroduction, "morvale diff");
-  const auto one_of = [](std::set<std::string> values) { return CLI::IsMember(values).description(""); };
   app.add_option("A", options.a, "A session bundle or a file of records")->required()->type_name("");
   app.add_option("B", options.b, "What it is compared with")->required()->type_name("");
   app.add_option("--tolerance", tolerances, "FIELD may be off by N, * in FIELD is anything (repeatable)")
@@ -259,14 +255,7 @@ int diff(const DiffOptions& options) {
 int diff_main(int argc, char** argv) {
   const std::optional<DiffOptions> options = parse_diff_options(argc, argv);
   if (!options) return kExitSame;
-  try {
-    return diff(*options);
-  } catch (const UsageError&) {
-    throw;
-  } catch (const std::exception& error) {
-    // Any other failure would end with the status that says "different".
-    throw UsageError(std::string("the comparison failed: ") + error.what() + ".");
-  }
+  return comparison_status([&] { return diff(*options); });
 }
 
 }  // namespace tool

@@ -51,14 +51,13 @@ std::optional<InspectOptions> parse_inspect_options(int argc, char** argv) {
   InspectOptions options;
   std::string camera = "front", format = "text";
   CLI::App app(kIntroduction, "morvale inspect");
-  const auto one_of = [](std::set<std::string> values) { return CLI::IsMember(values).description(""); };
   app.add_option("PATH", options.path,
                  "A session bundle, a file of 288-byte records, or - for standard input")
       ->required()
       ->type_name("");
   auto* frame = app.add_option("--frame", options.frame, "Whose record is told (default: 0)")
                     ->type_name("N")
-                    ->check(CLI::Range(0, 1 << 30).description(""));
+                    ->check(within(0, 1 << 30));
   app.add_flag("--all", options.all, "Every frame's record")->excludes(frame);
   app.add_flag("--offsets", options.offsets, "The record word by word: offset, name, value, meaning");
   app.add_flag("--hex", options.hex, "The record's 288 bytes");

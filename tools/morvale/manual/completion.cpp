@@ -74,7 +74,7 @@ int completion_main(int argc, char** argv) {
   app.add_option("SHELL", shell, "The shell")
       ->required()
       ->type_name("bash|zsh")
-      ->check(CLI::IsMember({"bash", "zsh"}).description(""));
+      ->check(one_of({"bash", "zsh"}));
   app.footer(kExamples);
   if (!parse_command_line(app, argc, argv)) return kExitDone;
   const std::vector<CommandHelp> commands = all_command_helps();

@@ -47,24 +47,21 @@ struct Texts {
   float gate = 0;
 };
 
-auto one_of(std::set<std::string> values) { return CLI::IsMember(values).description(""); }
-auto count(int least, int most) { return CLI::Range(least, most).description(""); }
-
 void declare_selection(CLI::App& app, ReplayOptions& options, Texts& texts) {
   constexpr int kMost = 100000000;
   app.add_option("--start", options.start, "The first frame, counted from 0 (default: 0)")
       ->type_name("N")
-      ->check(count(0, kMost));
+      ->check(within(0, kMost));
   app.add_option("--frames", texts.frames,
                  "At most so many frames (default: all); with --pan: the frames of its one round (120)")
       ->type_name("N")
-      ->check(count(1, kMost));
+      ->check(within(1, kMost));
   app.add_option("--every", options.every, "Every Nth frame only (default: 1)")
       ->type_name("N")
-      ->check(count(1, kMost));
+      ->check(within(1, kMost));
   app.add_option("--repeat", options.repeat, "The chosen frames N times in a row (default: 1)")
       ->type_name("N")
-      ->check(count(1, 100000));
+      ->check(within(1, 100000));
 }
 
 void declare_session(CLI::App& app, ReplayOptions& options, Texts& texts) {
@@ -77,7 +74,7 @@ void declare_session(CLI::App& app, ReplayOptions& options, Texts& texts) {
   app.add_option("--debug-level", texts.debug_level,
                  "The library's debug level: drawings in the picture, more log")
       ->type_name("N")
-      ->check(count(0, 2));
+      ->check(within(0, 2));
   app.add_option("--engine", options.engine,
                  "What answers for the network (default: auto, a recording where there is one)")
       ->type_name("auto|recorded|onnx|fixed")
@@ -104,7 +101,7 @@ void declare_output(CLI::App& app, ReplayOptions& options, Texts& texts) {
                "Add the milliseconds of network, process and analysis to each line");
   app.add_option("--jobs", options.jobs, "Replay so many inputs at a time, each in a process of its own")
       ->type_name("N")
-      ->check(count(1, 1024));
+      ->check(within(1, 1024));
   app.add_flag("--verbose", options.verbose, "Show the library's own messages on standard error");
 }
 

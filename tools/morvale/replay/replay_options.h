@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "service/camera_service.h"
+#include "service/faces.h"
 #include "sources/frame_source.h"
 
 namespace tool {
@@ -25,7 +26,7 @@ struct ReplayOptions {
   std::optional<int> debug_level;
   std::string engine = "auto";
   std::string faces = "auto";
-  std::string cascade = "/usr/share/opencv4/haarcascades/haarcascade_frontalface_alt2.xml";
+  std::string cascade = kUsualCascade;
   std::optional<std::string> model_dir;
 
   std::string record, report, trace;  ///< empty: not wanted

@@ -72,11 +72,10 @@ void declare_words(CLI::App& app, const char* flag, std::string& text, const Wor
   }
   app.add_option(flag, text, help + " (default: " + words[0].text + ")")
       ->type_name(names)
-      ->check(CLI::IsMember(allowed).description(""));
+      ->check(one_of(allowed));
 }
 
 void declare(CLI::App& app, SceneCommand& command, Texts& texts) {
-  const auto count = [](int least, int most) { return CLI::Range(least, most).description(""); };
   app.add_option("--out", command.out, "The folder to make; it must not exist or be empty")
       ->type_name("DIR")
       ->required();
@@ -86,10 +85,10 @@ void declare(CLI::App& app, SceneCommand& command, Texts& texts) {
       ->type_name("WxH");
   app.add_option("--people", command.scene.people, "How many, 1 to 3 (default: 1)")
       ->type_name("N")
-      ->check(count(1, morvale::scene::kMostPeople));
+      ->check(within(1, morvale::scene::kMostPeople));
   app.add_option("--frames", command.frames, "How many (default: 60)")
       ->type_name("N")
-      ->check(count(1, 100000));
+      ->check(within(1, 100000));
   declare_words(app, "--camera", texts.camera, kCameras, "Whose frames; the back camera stands further off");
   declare_words(app, "--light", texts.light, kLights, "The light");
   declare_words(app, "--motion", texts.motion, kMotions, "How the people move");

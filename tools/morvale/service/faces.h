@@ -10,6 +10,10 @@
 
 namespace tool {
 
+/// Debian's opencv-data has it.
+inline constexpr const char* kUsualCascade =
+    "/usr/share/opencv4/haarcascades/haarcascade_frontalface_alt2.xml";
+
 class FaceSource {
  public:
   virtual ~FaceSource() = default;
