@@ -2,11 +2,11 @@
 
 #include <memory>
 
+#include <morvale/morvale.h>
 #include "bench/camera.h"
 #include "bench/floor.h"
 #include "bench/peers/chain.h"
 #include "bench/peers/opencv_analyses.h"
-#include "morvale.h"
 
 namespace bench {
 namespace {

@@ -4,8 +4,8 @@
 
 #include <cstdint>
 
+#include <morvale/morvale.h>
 #include "bench/pictures.h"
-#include "morvale.h"
 
 namespace bench {
 

@@ -1,11 +1,11 @@
 #include <memory>
 
+#include <morvale/morvale.h>
 #include "bench/floor.h"
 #include "bench/job.h"
 #include "bench/peers/libyuv_steps.h"
 #include "bench/peers/opencv_steps.h"
 #include "bench/pictures.h"
-#include "morvale.h"
 
 namespace bench {
 namespace {

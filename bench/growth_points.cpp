@@ -1,12 +1,12 @@
 /// How time grows with the work: colour and shrink with the frame, region finding with the regions.
 #include <memory>
 
+#include <morvale/morvale.h>
 #include "bench/analysis_jobs.h"
 #include "bench/frames.h"
 #include "bench/job.h"
 #include "bench/peers/libyuv_steps.h"
 #include "bench/shrink_jobs.h"
-#include "morvale.h"
 
 namespace bench {
 namespace {

@@ -1,13 +1,13 @@
 /// What stands around the network: its input, its scores, the smoothing, the split.
 #include <memory>
 
+#include <morvale/morvale.h>
 #include "bench/floor.h"
 #include "bench/job.h"
 #include "bench/our_steps.h"
 #include "bench/peers/libyuv_steps.h"
 #include "bench/peers/opencv_steps.h"
 #include "bench/pictures.h"
-#include "morvale.h"
 
 namespace bench {
 namespace {

@@ -3,11 +3,11 @@
 #include <cstring>
 #include <memory>
 
+#include <morvale/morvale.h>
 #include "bench/floor.h"
 #include "bench/frames.h"
 #include "bench/peers/libyuv_steps.h"
 #include "bench/peers/opencv_steps.h"
-#include "morvale.h"
 
 namespace bench {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "core/vexa_runtime.h"
+#include <morvale/core/vexa_runtime.h>
 #include "platform/log.h"
 #include "platform/properties.h"
 

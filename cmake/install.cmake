@@ -22,7 +22,7 @@ morvale_install(morvale_capture capture capture)
 target_include_directories(morvale_capture INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 foreach(header IN LISTS public_headers)
   cmake_path(GET header PARENT_PATH folder)
-  install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/morvale/${folder} COMPONENT capture)
+  install(FILES include/morvale/${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/morvale/${folder} COMPONENT capture)
 endforeach()
 
 morvale_install(morvale_host host standins)

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
+#include <morvale/morvale.h>
 #include "fakes/platform_double.h"
-#include "morvale.h"
 
 using Scores = std::array<uint8_t, 5>;
 

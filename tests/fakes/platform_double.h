@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "morvale.h"
+#include <morvale/morvale.h>
 
 namespace fakes {
 

@@ -8,11 +8,11 @@
 #include <string>
 #include <vector>
 
+#include <morvale/morvale.h>
 #include "common/command.h"
 #include "common/command_line.h"
 #include "common/diverted_output.h"
 #include "common/progress.h"
-#include "morvale.h"
 #include "service/camera_service.h"
 
 namespace tool {

@@ -14,12 +14,12 @@
 #include <utility>
 #include <vector>
 
+#include <morvale/morvale.h>
 #include "common/command.h"
 #include "common/command_line.h"
 #include "common/diverted_output.h"
 #include "common/sha256.h"
 #include "kernels/processor.h"
-#include "morvale.h"
 #include "service/camera_service.h"
 
 namespace tool {

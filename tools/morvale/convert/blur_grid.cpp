@@ -2,8 +2,8 @@
 
 #include <opencv2/imgcodecs.hpp>
 
+#include <morvale/imgproc/grid_blur.h>
 #include "common/command.h"
-#include "imgproc/grid_blur.h"
 #include "pictures/picture_decoder.h"
 
 namespace tool {

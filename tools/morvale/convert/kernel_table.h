@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "checked.h"
+#include <morvale/checked.h>
 #include "pictures/picture.h"
 
 namespace tool {

@@ -5,7 +5,7 @@
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
-#include "checked.h"
+#include <morvale/checked.h>
 #include "common/atomic_file.h"
 #include "common/command.h"
 #include "pictures/picture_decoder.h"

@@ -4,8 +4,8 @@
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
+#include <morvale/morvale.h>
 #include "common/command.h"
-#include "morvale.h"
 
 namespace tool {
 namespace {

@@ -6,7 +6,7 @@
 #include <limits>
 
 #include "common/command.h"
-#include "platform/host/log_observer.h"
+#include "host/log_observer.h"
 #include "session/frame_files.h"
 
 namespace tool {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "morvale.h"
+#include <morvale/morvale.h>
 #include "service/frame_input.h"
 #include "service/runtime_probe.h"
 #include "session/bundle.h"

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "morvale.h"
+#include <morvale/morvale.h>
 #include "service/frame_input.h"
 
 namespace tool {

@@ -5,8 +5,8 @@
 #include <limits>
 #include <opencv2/imgcodecs.hpp>
 
+#include <morvale/morvale.h>
 #include "common/command.h"
-#include "morvale.h"
 #include "pictures/picture_decoder.h"
 
 namespace tool {

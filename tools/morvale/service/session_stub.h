@@ -1,6 +1,6 @@
 #pragma once
 
-#include "morvale.h"
+#include <morvale/morvale.h>
 
 namespace tool {
 

@@ -2,8 +2,8 @@
 #include <cstdlib>
 #include <opencv2/videoio.hpp>
 
+#include <morvale/morvale.h>
 #include "common/command.h"
-#include "morvale.h"
 #include "sources/frame_source.h"
 
 namespace tool {

@@ -1,0 +1,66 @@
+// A headless Chromium, and pages that fail a test for whatever they print, raise or ask for.
+import {createRequire} from 'node:module';
+import {join} from 'node:path';
+import {fileURLToPath, pathToFileURL} from 'node:url';
+
+export const kReportFolder = fileURLToPath(new URL('../../../tools/report', import.meta.url));
+const modules = process.env.MORVALE_NODE_MODULES ?? join(kReportFolder, 'node_modules');
+export const require = createRequire(join(modules, 'any.js'));
+
+const kFlags = [
+  '--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run', '--disable-background-networking',
+  '--disable-component-update', '--disable-sync'
+];
+
+export function launch() {
+  const executablePath = process.env.MORVALE_CHROMIUM ?? '/usr/bin/chromium';
+  return require('playwright-core').chromium.launch({executablePath, headless: true, args: kFlags});
+}
+
+// Opens a page and waits until its first frame is drawn. `complaints` gathers what must not be.
+export async function open(
+    browser, file, {width = 1280, height = 900, theme = 'light', script, hash = ''} = {}) {
+  const context =
+      await browser.newContext({viewport: {width, height}, colorScheme: theme, reducedMotion: 'reduce'});
+  const page = await context.newPage();
+  const complaints = [];
+  page.on('console', message => complaints.push(`console: ${message.text()}`));
+  page.on('pageerror', error => complaints.push(`error: ${error.message}`));
+  page.on('request', request => {
+    if (!/^(file|data|blob):/.test(request.url())) complaints.push(`request: ${request.url()}`);
+  });
+  if (script) await page.addInitScript(script);
+  await page.goto(pathToFileURL(file).href + hash);
+  await page.waitForSelector('#stage[data-frame]');
+  return {page, complaints, close: () => context.close()};
+}
+
+export const shown = (page, frame) => page.waitForSelector(`#stage[data-frame="${frame}"]`);
+
+// One pixel of the large view, by its place in shares of the picture; read from a copy, as the view's own
+// canvas is not made for it.
+export function pixel(page, across, down, side = 'current') {
+  return page.evaluate(([x, y, which]) => {
+    const canvas = document.querySelector(`canvas[data-side="${which}"]`);
+    const copy = Object.assign(document.createElement('canvas'), {width: 1, height: 1});
+    const context = copy.getContext('2d', {willReadFrequently: true});
+    context.drawImage(canvas, -Math.floor(x * canvas.width), -Math.floor(y * canvas.height));
+    return [...context.getImageData(0, 0, 1, 1).data].slice(0, 3);
+  }, [across, down, side]);
+}
+
+// Plain pictures, one for each colour, as base64 of a JPEG.
+export async function plainPictures(browser, colours) {
+  const page = await browser.newPage();
+  const urls = await page.evaluate(
+      list => list.map(colour => {
+        const canvas = Object.assign(document.createElement('canvas'), {width: 32, height: 24});
+        const context = canvas.getContext('2d');
+        context.fillStyle = colour;
+        context.fillRect(0, 0, 32, 24);
+        return canvas.toDataURL('image/jpeg', 0.95);
+      }),
+      colours);
+  await page.close();
+  return urls.map(url => url.slice(url.indexOf(',') + 1));
+}

@@ -1,0 +1,250 @@
+/// The recording shim and the recorded engine together: a session recorded by loading order alone replays
+/// from its bundle with the same bytes. Runs record_camera in processes of their own.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <memory>
+
+#include <morvale/core/vexa_runtime.h>
+#include "session/bundle.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using morvale::session::BundleReader;
+
+std::string content(const fs::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+/// How often `part` stands in `text`.
+int count(const std::string& text, const std::string& part) {
+  int found = 0;
+  for (size_t at = 0; (at = text.find(part, at)) != std::string::npos; at += part.size()) ++found;
+  return found;
+}
+
+class RecordTest : public testing::Test {
+ protected:
+  RecordTest() {
+    std::string pattern = (fs::temp_directory_path() / "record_test_XXXXXX").string();
+    folder_ = mkdtemp(pattern.data());
+  }
+  ~RecordTest() override { fs::remove_all(folder_); }
+
+  /// Runs record_camera and returns the results that it wrote; its standard error is in errors_.
+  std::string camera(const std::string& settings, const std::string& what, const std::string& which) {
+    const fs::path results = folder_ / "results", errors = folder_ / "errors";
+    // The shim stands ahead of a sanitizer's runtime too, which would refuse to start.
+    status_ = std::system(("env MORVALE_LOG=F ASAN_OPTIONS=verify_asan_link_order=0 " + settings +
+                           " " RECORD_CAMERA " " + what + " " + which + " " + results.string() + " >" +
+                           (folder_ / "out").string() + " 2>" + errors.string())
+                              .c_str());
+    errors_ = content(errors);
+    return content(results);
+  }
+  std::string recorded(const std::string& settings, const std::string& what, const std::string& which) {
+    return camera("VEXA_ENGINE=fixed LD_PRELOAD=" RECORD_SHIM " VEXA_RECORD_DIR=" +
+                      (folder_ / "to").string() + " " + settings,
+                  what, which);
+  }
+  std::string replayed(const fs::path& bundle) {
+    return camera("VEXA_ENGINE=recorded VEXA_BUNDLE=" + bundle.string(), "replay", bundle.string());
+  }
+  fs::path session(int number) const { return folder_ / "to" / ("session-000" + std::to_string(number)); }
+
+  fs::path folder_;
+  std::string errors_;
+  int status_ = 0;
+};
+
+TEST_F(RecordTest, ARecordedSessionReplaysByteForByte) {
+  int number = 0;
+  for (const std::string which : {"front", "back"}) {
+    const std::string plain = camera("VEXA_ENGINE=fixed", "film", which);
+    EXPECT_EQ(recorded("VEXA_RECORD_LABELS=1", "film", which), plain) << "recording changed the results";
+    EXPECT_EQ(errors_, "");
+    EXPECT_EQ(replayed(session(++number)), plain) << errors_;
+    EXPECT_EQ(errors_, "");
+
+    const BundleReader bundle(session(number));
+    EXPECT_EQ(bundle.warning(), "");
+    ASSERT_EQ(bundle.frame_count(), 12);
+    const int side = which == "front" ? 64 : 32;
+    EXPECT_EQ(bundle.info().net_size, side);
+    EXPECT_EQ(bundle.output(0).labels.size(), static_cast<size_t>(side * side * 3 / 4 * 5));
+    EXPECT_FALSE(bundle.execute_result(4)) << "gated";
+    EXPECT_FALSE(bundle.execute_result(6)) << "no luma plane";
+    EXPECT_EQ(bundle.output(6).process_result, -1);
+    EXPECT_FALSE(bundle.metadata(5).chroma_follows);
+    EXPECT_FALSE(bundle.metadata(8).after_process);
+    EXPECT_EQ(bundle.metadata(11).record.faceCount, 1) << "the count that the analysis read";
+    EXPECT_EQ(content(session(number) / "records.bin").size(), 12u * 288);
+  }
+}
+
+TEST_F(RecordTest, DebugDrawingsDoNotReachTheRecordedPixels) {
+  recorded("", "film", "front");
+  recorded("PERSIST_MORVALE_CAPTURE_DEBUG=2 MORVALE_LOG=F", "film", "front");
+  const BundleReader plain(session(1)), drawn(session(2));
+  for (int frame = 0; frame < 12; ++frame)
+    EXPECT_EQ(plain.input(frame).nv21, drawn.input(frame).nv21) << frame;
+}
+
+TEST_F(RecordTest, FramesAndLabelsAreKeptAsAsked) {
+  recorded("VEXA_RECORD_FRAMES=0", "film", "back");
+  const BundleReader bundle(session(1));
+  ASSERT_EQ(bundle.frame_count(), 12);
+  for (int frame = 0; frame < 12; ++frame) {
+    EXPECT_FALSE(bundle.has_pixels(frame));
+    EXPECT_TRUE(bundle.output(frame).labels.empty());
+  }
+  EXPECT_TRUE(bundle.metadata(6).has_planes == false && bundle.metadata(7).has_planes);
+}
+
+TEST_F(RecordTest, AKilledSessionReplaysUpToItsLastFrame) {
+  const std::string before = recorded("", "crash", "front");
+  ASSERT_NE(status_, 0);
+  const BundleReader bundle(session(1));
+  EXPECT_EQ(bundle.frame_count(), 6);
+  const std::string again = replayed(session(1));
+  EXPECT_EQ(again.size(), 6u * 292);
+  EXPECT_EQ(again, camera("VEXA_ENGINE=fixed", "film", "front").substr(0, again.size()));
+}
+
+TEST_F(RecordTest, WhereRecordingFailsTheLibraryGoesOnAndOneLineSaysSo) {
+  const std::string plain = camera("VEXA_ENGINE=fixed", "film", "front");
+  std::ofstream(folder_ / "file") << "in the way";
+  const std::string in_the_way = (folder_ / "file").string();
+  for (const std::string& target : {std::string(), std::string("/proc/none"), in_the_way}) {
+    EXPECT_EQ(recorded("VEXA_RECORD_DIR=" + target, "film", "front"), plain);
+    EXPECT_EQ(count(errors_, "vexa_record: "), 1) << errors_;
+    EXPECT_EQ(count(errors_, "\n"), 1) << errors_;
+  }
+  // A frame of 115,200 bytes does not fit into files of at most 100 blocks of 1,024; the results do. The
+  // shell itself goes without the shim: clang's sanitizers have their runtime in a sanitized program only.
+  EXPECT_EQ(
+      camera("VEXA_ENGINE=fixed VEXA_RECORD_DIR=" + (folder_ / "full").string() +
+                 " bash -c 'trap \"\" XFSZ; ulimit -f 100; exec env LD_PRELOAD=" RECORD_SHIM " \"$@\"' -",
+             "film", "front"),
+      plain);
+  EXPECT_EQ(count(errors_, "cannot be written"), 1) << errors_;
+  EXPECT_EQ(count(errors_, "\n"), 1) << errors_;
+  const BundleReader bundle(folder_ / "full" / "session-0001");
+  EXPECT_EQ(bundle.frame_count(), 0);
+  EXPECT_NE(bundle.warning().find("frame 0"), std::string::npos) << bundle.warning();
+}
+
+TEST_F(RecordTest, ThePythonExampleReadsABundle) {
+  recorded("", "film", "back");
+  const fs::path out = folder_ / "listing";
+  if (std::system("/usr/bin/python3 -c 'import numpy' 2>/dev/null") != 0) GTEST_SKIP() << "no NumPy";
+  ASSERT_EQ(std::system(
+                ("/usr/bin/python3 -B " READ_BUNDLE " " + session(1).string() + " >" + out.string()).c_str()),
+            0);
+  EXPECT_EQ(count(content(out), "\n"), 13) << content(out);
+  EXPECT_EQ(count(content(out), "no scores"), 2) << content(out);
+}
+
+/// The engine itself, in this process.
+class RecordedEngineTest : public RecordTest {
+ protected:
+  RecordedEngineTest() {
+    setenv("VEXA_ENGINE", "recorded", 1);
+    setenv("VEXA_BUNDLE", (folder_ / "bundle").c_str(), 1);
+    unsetenv("VEXA_BUNDLE_FRAME");
+  }
+  ~RecordedEngineTest() override {
+    if (runtime_ != nullptr) DestroyVexaSession(runtime_);
+    for (const char* name : {"VEXA_ENGINE", "VEXA_BUNDLE", "VEXA_BUNDLE_FRAME"}) unsetenv(name);
+  }
+
+  /// Frame i has the score i in every cell; frames 1 and 3 were not run, the run of frame 4 failed.
+  void make_bundle(int32_t open_result) {
+    morvale::session::SessionInfo info{kFrontCamera, 16, 4, open_result, "test"};
+    morvale::session::BundleWriter writer(folder_ / "bundle", info);
+    for (int i = 0; i < 6; ++i) {
+      morvale::session::FrameOutput output;
+      if (i % 2 == 0 && i != 4) output.logits.assign(80, static_cast<float>(i));
+      if (i == 4) output.execute_result = 3;
+      if (i == 5) output.logits.assign(80, 5.0f);
+      writer.add({}, output);
+    }
+  }
+
+  int32_t open() {
+    if (runtime_ == nullptr) runtime_ = CreateVexaSession();
+    testing::internal::CaptureStderr();
+    const int32_t answer = runtime_->open({});
+    errors_ = testing::internal::GetCapturedStderr();
+    return answer;
+  }
+
+  /// The first score of a run, or -1 for a failed one, which must leave one line.
+  float run(int32_t side = 16) {
+    std::vector<float> pixels(static_cast<size_t>(side * side * 3));
+    std::vector<vexa::DataBuffer> ins{{pixels.data(), {1, side, side, 3}, 0, 1}}, outs;
+    testing::internal::CaptureStderr();
+    const int32_t answer = runtime_->execute(ins, outs);
+    errors_ = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(count(errors_, "\n"), answer == 0 ? 0 : 1) << errors_;
+    return answer == 0 ? *static_cast<float*>(outs.at(0).data) : -1.0f;
+  }
+  void expect_failure(const std::string& part, int32_t side = 16) {
+    EXPECT_EQ(run(side), -1.0f);
+    EXPECT_NE(errors_.find(part), std::string::npos) << part << " in: " << errors_;
+  }
+
+  vexa::VexaSession* runtime_ = nullptr;
+};
+
+TEST_F(RecordedEngineTest, AnswersInOrderAndPassesOverFramesThatWereNotRun) {
+  make_bundle(0);
+  ASSERT_EQ(open(), 0) << errors_;
+  EXPECT_EQ(run(), 0.0f);
+  expect_failure("16 pixels", 8);
+  EXPECT_EQ(run(), 2.0f) << "a refused input must not use up a frame";
+  expect_failure("frame 4: the run failed");
+  EXPECT_EQ(run(), 5.0f);
+  expect_failure("6 frames are used up");
+}
+
+TEST_F(RecordedEngineTest, VexaBundleFrameNamesTheFrame) {
+  make_bundle(0);
+  ASSERT_EQ(open(), 0) << errors_;
+  for (const char* frame : {"5", "2", "2", "0"}) {
+    setenv("VEXA_BUNDLE_FRAME", frame, 1);
+    EXPECT_EQ(run(), static_cast<float>(std::atoi(frame)));
+  }
+  unsetenv("VEXA_BUNDLE_FRAME");
+  EXPECT_EQ(run(), 2.0f) << "in order again, behind frame 0";
+  const std::pair<const char*, const char*> refused[] = {{"3", "frame 3: the network did not run"},
+                                                         {"6", "used up"},
+                                                         {"-1", "VEXA_BUNDLE_FRAME"},
+                                                         {"2x", "VEXA_BUNDLE_FRAME"}};
+  for (const auto& [frame, says] : refused) {
+    setenv("VEXA_BUNDLE_FRAME", frame, 1);
+    expect_failure(says);
+  }
+}
+
+TEST_F(RecordedEngineTest, OpensAsTheRecordedSessionDid) {
+  EXPECT_EQ(open(), 1) << "no bundle";
+  EXPECT_NE(errors_.find("session.json"), std::string::npos) << errors_;
+  make_bundle(2);
+  EXPECT_EQ(open(), 2) << errors_;
+  fs::remove_all(folder_ / "bundle");
+  make_bundle(1);
+  EXPECT_EQ(open(), 1) << errors_;
+  unsetenv("VEXA_BUNDLE");
+  EXPECT_EQ(open(), 1);
+  EXPECT_NE(errors_.find("VEXA_BUNDLE is not set"), std::string::npos) << errors_;
+}
+
+}  // namespace

@@ -1,0 +1,208 @@
+/// The workstation's stand-ins: the neural runtime (with tiny models of its own), the log, the properties.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <morvale/core/vexa_runtime.h>
+#include "platform/log.h"
+#include "platform/properties.h"
+
+namespace {
+
+/// Sets or unsets an environment variable for one scope.
+class ScopedVariable {
+ public:
+  ScopedVariable(const char* name, const char* value) : name_(name) {
+    if (const char* old = std::getenv(name)) old_ = old;
+    value == nullptr ? unsetenv(name) : setenv(name, value, 1);
+  }
+  ~ScopedVariable() { old_ ? setenv(name_, old_->c_str(), 1) : unsetenv(name_); }
+  ScopedVariable(const ScopedVariable&) = delete;
+  ScopedVariable& operator=(const ScopedVariable&) = delete;
+
+ private:
+  const char* name_;
+  std::optional<std::string> old_;
+};
+
+struct SessionDeleter {
+  void operator()(vexa::VexaSession* session) const {
+    session->close();
+    DestroyVexaSession(session);
+  }
+};
+using SessionPtr = std::unique_ptr<vexa::VexaSession, SessionDeleter>;
+
+vexa::VexaOptionsV2 options_for(const std::string& model) {
+  vexa::VexaOptionsV2 options;
+  options.inputNames = {"MobilenetV2/MobilenetV2/input:0"};
+  options.outputNames = {"logits/semantic/BiasAdd:0"};
+  options.modelPath = "/vendor/etc/models/" + model + ".dlc";
+  return options;
+}
+
+/// What standard error got while `action` ran.
+template <typename Action>
+std::string errors_of(Action action) {
+  testing::internal::CaptureStderr();
+  action();
+  return testing::internal::GetCapturedStderr();
+}
+
+/// Expects exactly one line on standard error that holds every part.
+void expect_one_line(const std::string& errors, const std::vector<std::string>& parts) {
+  EXPECT_EQ(errors.find('\n') + 1, errors.size()) << errors;
+  for (const std::string& part : parts)
+    EXPECT_NE(errors.find(part), std::string::npos) << part << " in: " << errors;
+}
+
+class RuntimeTest : public testing::Test {
+ protected:
+  ScopedVariable folder_{"VEXA_MODEL_DIR", TINY_MODELS};
+  SessionPtr session_{CreateVexaSession()};
+
+  int32_t open(const std::string& model) {
+    int32_t result = -1;
+    errors_ = errors_of([&] { result = session_->open(options_for(model)); });
+    return result;
+  }
+  int32_t execute(std::vector<vexa::DataBuffer> inputs) {
+    int32_t result = -1;
+    outputs_.clear();
+    errors_ = errors_of([&] { result = session_->execute(inputs, outputs_); });
+    return result;
+  }
+
+  std::vector<vexa::DataBuffer> outputs_;
+  std::string errors_;
+};
+
+using Picture = std::array<float, 8 * 8 * 3>;
+
+/// Red is `left` in columns 0..3 and `right` in columns 4..7; green and blue would show in any mix-up of
+/// axes.
+Picture two_halves(float left, float right) {
+  Picture picture;
+  for (size_t i = 0; i < picture.size(); ++i) {
+    picture[i] = i % 3 != 0 ? 100.0f : i / 3 % 8 < 4 ? left : right;
+  }
+  return picture;
+}
+
+TEST_F(RuntimeTest, RunsAModelCellByCellWithLabelsInnermost) {
+  ASSERT_EQ(open("good"), 0) << errors_;
+  EXPECT_EQ(errors_, "");
+  Picture picture = two_halves(1, -1);
+  ASSERT_EQ(execute({{picture.data(), {1, 8, 8, 3}, 0, 1}}), 0) << errors_;
+  ASSERT_EQ(outputs_.size(), 1u);
+  EXPECT_EQ(outputs_[0].shape, (std::vector<int32_t>{1, 2, 2, 5}));
+  const float* scores = static_cast<const float*>(outputs_[0].data);
+  const std::vector<float> row{1,  3,  5,  7,  9,
+                               -1, -1, -1, -1, -1};  // (k + 1) * red + k for k = 0..4, two cells
+  EXPECT_EQ(std::vector<float>(scores, scores + 10), row);
+  EXPECT_EQ(std::vector<float>(scores + 10, scores + 20), row);
+}
+
+TEST_F(RuntimeTest, OutputLivesUntilTheNextRunAndASecondRunSeesItsOwnInput) {
+  ASSERT_EQ(open("good"), 0) << errors_;
+  Picture first = two_halves(1, -1), second = two_halves(2, 0);
+  ASSERT_EQ(execute({{first.data(), {1, 8, 8, 3}}}), 0);
+  first.fill(0);
+  EXPECT_EQ(static_cast<const float*>(outputs_[0].data)[4], 9.0f);
+  ASSERT_EQ(execute({{second.data(), {1, 8, 8, 3}}}), 0);
+  EXPECT_EQ(static_cast<const float*>(outputs_[0].data)[4], 14.0f);
+}
+
+TEST_F(RuntimeTest, OpenRefusesModelsThatDoNotFit) {
+  const std::vector<std::pair<std::string, std::string>> cases{{"absent", "no model file"},
+                                                               {"garbage", "not an ONNX model"},
+                                                               {"oblong_input", "1x8x16x3"},
+                                                               {"batch_of_two", "2x8x8x3"},
+                                                               {"coarse_output", "1x1x1x5"},
+                                                               {"six_labels", "1x2x2x6"},
+                                                               {"untrue_output", "1x1x1x5"},
+                                                               {"cut_off", "not an ONNX model"},
+                                                               {"input_name", "no tensor MobilenetV2"},
+                                                               {"output_name", "no tensor logits"}};
+  for (const auto& [model, reason] : cases) {
+    EXPECT_EQ(open(model), 1) << model;
+    expect_one_line(errors_, {TINY_MODELS "/" + model + ".onnx", reason, "./dev network"});
+  }
+  {
+    const ScopedVariable unset("VEXA_MODEL_DIR", nullptr);
+    EXPECT_EQ(open("good"), 1);
+    expect_one_line(errors_, {"good.onnx", "VEXA_MODEL_DIR", "./dev network"});
+  }
+  Picture picture{};
+  EXPECT_NE(execute({{picture.data(), {1, 8, 8, 3}}}), 0) << "a session that never opened must not run";
+  EXPECT_EQ(open("good"), 0) << "an earlier failure must not stick: " << errors_;
+}
+
+TEST_F(RuntimeTest, ExecuteRefusesInputsThatDoNotFit) {
+  ASSERT_EQ(open("good"), 0) << errors_;
+  Picture picture{};
+  const std::vector<std::pair<std::string, std::vector<vexa::DataBuffer>>> cases{
+      {"no input", {}},
+      {"two inputs", {{picture.data(), {1, 8, 8, 3}}, {picture.data(), {1, 8, 8, 3}}}},
+      {"null data", {{nullptr, {1, 8, 8, 3}}}},
+      {"no shape", {{picture.data(), {}}}},
+      {"a larger picture than the buffer", {{picture.data(), {1, 16, 16, 3}}}},
+      {"a smaller picture", {{picture.data(), {1, 4, 4, 3}}}}};
+  for (const auto& [what, inputs] : cases) {
+    EXPECT_NE(execute(inputs), 0) << what;
+    EXPECT_TRUE(outputs_.empty()) << what;
+    expect_one_line(errors_, {"the run failed"});
+  }
+  EXPECT_EQ(execute({{picture.data(), {1, 8, 8, 3}}}), 0) << "a refused run must not break the session";
+}
+
+TEST(Runtime, DestroyingNoSessionIsHarmless) { DestroyVexaSession(nullptr); }
+
+TEST(HostLog, ShowsPriorityTagAndTextOnALineOfItsOwn) {
+  const ScopedVariable all("MORVALE_LOG", "V");
+  EXPECT_EQ(errors_of([] { MORVALE_ERROR("width %d", 640); }), "E Morvale_capture: width 640\n");
+  EXPECT_EQ(errors_of([] { MORVALE_DEBUG("%s", "ends itself\n"); }), "D Morvale_capture: ends itself\n");
+  EXPECT_EQ(errors_of([] { MORVALE_INFO("%s", ""); }), "I Morvale_capture: \n");
+  const std::string lengthy(5000, 'x');
+  EXPECT_EQ(errors_of([&] { MORVALE_INFO("%s", lengthy.c_str()); }), "I Morvale_capture: " + lengthy + "\n");
+}
+
+TEST(HostLog, FilterIsReadAtEveryCall) {
+  const std::vector<std::pair<const char*, std::string>> cases{
+      {"V", "VDIWEF"}, {"D", "DIWEF"},  {"W", "WEF"},      {"E", "EF"},
+      {"S", ""},       {nullptr, "EF"}, {"verbose", "EF"}, {"", "EF"}};
+  for (const auto& [setting, shown] : cases) {
+    const ScopedVariable filter("MORVALE_LOG", setting);
+    const std::string lines = errors_of([] {
+      for (int priority = 2; priority <= 7; ++priority) __android_log_print(priority, "t", "m");
+    });
+    std::string letters;
+    for (size_t at = 0; at < lines.size(); at = lines.find('\n', at) + 1) letters += lines[at];
+    EXPECT_EQ(letters, shown) << (setting == nullptr ? "unset" : setting);
+  }
+}
+
+TEST(HostProperties, ComeFromTheEnvironmentInUpperCase) {
+  std::array<char, kPropertyValueMax + 1> value;
+  value.fill('#');
+  const auto get = [&](const char* name) { return __system_property_get(name, value.data()); };
+  const ScopedVariable debug("PERSIST_MORVALE_CAPTURE_DEBUG", "2");
+  EXPECT_EQ(get("persist.morvale.capture.debug"), 1);
+  EXPECT_STREQ(value.data(), "2");
+  const ScopedVariable odd("RO_9_AZ_", "x");
+  EXPECT_EQ(get("ro-9.aZ~"), 1) << "digits stay, every other sign becomes an underscore";
+  EXPECT_EQ(get("persist.morvale.unset"), 0);
+  EXPECT_STREQ(value.data(), "");
+  const ScopedVariable lengthy("PERSIST_LENGTHY", std::string(200, 'y').c_str());
+  EXPECT_EQ(get("persist.lengthy"), kPropertyValueMax - 1);
+  EXPECT_EQ(std::string(value.data()), std::string(kPropertyValueMax - 1, 'y'));
+  EXPECT_EQ(value.back(), '#') << "nothing is written behind the longest value";
+}
+
+}  // namespace

@@ -1,0 +1,193 @@
+#include "record/recorder.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+#include <morvale/core/globals.h>
+#include "core/frame.h"
+#include "record/next_symbol.h"
+
+namespace morvale::record {
+namespace {
+
+namespace fs = std::filesystem;
+using session::BundleError;
+
+std::string_view setting(const char* name) {
+  const char* value = std::getenv(name);
+  return value != nullptr ? value : "";
+}
+
+/// Claims the first free number, so that processes may share the folder.
+fs::path new_session_folder() {
+  const fs::path folder(setting("VEXA_RECORD_DIR"));
+  if (folder.empty()) throw BundleError("VEXA_RECORD_DIR is not set");
+  std::error_code error;
+  fs::create_directories(folder, error);
+  for (int number = 1; !error; ++number) {
+    char name[32];
+    std::snprintf(name, sizeof name, "session-%04d", number);
+    if (fs::create_directory(folder / name, error)) return folder / name;
+  }
+  throw BundleError(folder.string() + ": " + error.message());
+}
+
+int32_t library_int(const char* name) {
+  const void* variable = library_variable(name);
+  if (variable == nullptr) throw BundleError(std::string(name) + " of the library cannot be found");
+  int32_t value;
+  std::memcpy(&value, variable, sizeof value);
+  return value;
+}
+
+}  // namespace
+
+Recorder& recorder() {
+  static Recorder* const only =
+      new Recorder;  // never destroyed: a caller may still deliver frames while exiting
+  return *only;
+}
+
+template <class Step>
+void Recorder::guarded(Step step) noexcept {
+  if (!recording_) return;
+  const auto stop = [&](const char* reason) {
+    recording_ = frame_open_ = false;
+    writer_.reset();
+    if (!told_) say(reason);
+    told_ = true;
+  };
+  try {
+    step();
+  } catch (const std::exception& error) {
+    char text[1024];
+    std::snprintf(text, sizeof text, "%s; nothing more of this session is recorded", error.what());
+    stop(text);
+  } catch (...) {
+    stop("nothing more of this session is recorded");
+  }
+}
+
+void Recorder::session_begins(const MorvaleCore& core) noexcept {
+  session_ends(core);  // a caller may begin anew without having ended
+  recording_ = true;
+  guarded([&] {
+    if (setting("VEXA_RECORD_DIR").empty()) throw BundleError("VEXA_RECORD_DIR is not set");
+    keep_pixels_ = setting("VEXA_RECORD_FRAMES") != "0";
+    keep_labels_ = setting("VEXA_RECORD_LABELS") == "1";
+  });
+}
+
+void Recorder::frame_begins(const MorvaleCore& core) noexcept {
+  guarded([&] {
+    if (frame_open_) write(core, core.result);
+    if (core.inputData == nullptr) return;
+    take_frame(*core.inputData);
+    output_.process_result = 0;
+    output_.execute_result.reset();
+    output_.network_ms.reset();
+    output_.logits.clear();
+    output_.labels.clear();
+    frame_open_ = true;
+  });
+}
+
+/// Takes the pixels before the library runs: it may draw into the luma plane.
+void Recorder::take_frame(const MorvaleData_t& record) {
+  input_.record = record;
+  input_.has_planes = record.yPlane != nullptr && record.uvPlane != nullptr;
+  input_.after_process = false;
+  input_.chroma_follows = true;
+  if (!usable_frame(record)) {
+    input_.nv21.clear();
+    return;
+  }
+  const size_t stride = static_cast<size_t>(row_bytes(record)), height = static_cast<size_t>(record.height);
+  const uint8_t* luma_end = record.yPlane + stride * height;
+  const uint8_t* chroma = record.uvPlane == record.yPlane ? luma_end : record.uvPlane;
+  input_.chroma_follows = chroma == luma_end;
+  if (!keep_pixels_) {
+    input_.nv21.clear();
+    return;
+  }
+  // Chroma rows lie `width` bytes apart whatever the stride is, and nothing behind them may be read.
+  const size_t chroma_bytes = static_cast<size_t>(record.width) * (height / 2);
+  input_.nv21.resize(stride * (height + height / 2));
+  const auto rest =
+      std::copy_n(chroma, chroma_bytes, std::copy_n(record.yPlane, stride * height, input_.nv21.begin()));
+  std::fill(rest, input_.nv21.end(), uint8_t{0});
+}
+
+void Recorder::executed(int32_t result, const float* scores, int32_t pad_size, double milliseconds) noexcept {
+  guarded([&] {
+    if (!frame_open_) return;
+    output_.execute_result = result;
+    output_.network_ms = milliseconds;
+    const ptrdiff_t side = pad_size / 4;
+    if (scores != nullptr) output_.logits.assign(scores, scores + side * side * kLabels);
+  });
+}
+
+void Recorder::processed(int32_t result) noexcept { output_.process_result = result; }
+
+void Recorder::analysis_begins(const MorvaleCore& core) noexcept {
+  guarded([&] {
+    if (!frame_open_ || core.inputData == nullptr) return;
+    // The analysis reads these only now, and a caller may have filled them in since Morvale_process.
+    const MorvaleData_t& record = *core.inputData;
+    MorvaleData_t& taken = input_.record;
+    taken.faceCount = record.faceCount;
+    std::copy_n(record.faces, kMaxFaces, taken.faces);
+    taken.qermHint = record.qermHint;
+    taken.isUDC = record.isUDC;
+    input_.after_process = true;
+    if (keep_labels_ && core.frameCount > 0) take_label_map(core);
+  });
+}
+
+void Recorder::take_label_map(const MorvaleCore& core) {
+  const bool front = core.inputData->cameraType == kFrontCamera;
+  const void* ring = library_variable(front ? "N_segResult_Front" : "N_segResult_Back");
+  if (ring == nullptr) throw BundleError("the library's label maps cannot be found");
+  const uint8_t* map = static_cast<const uint8_t*>(ring) + library_int("N0") * kRingSlotBytes;
+  output_.labels.assign(map, map + library_int("NETSIZE") * core.segFactor * kLabels);
+}
+
+void Recorder::frame_ends(const MorvaleCore& core, const PersonWholeMeta& result) noexcept {
+  guarded([&] {
+    if (frame_open_) write(core, result);
+  });
+}
+
+void Recorder::session_ends(const MorvaleCore& core) noexcept {
+  frame_ends(core, core.result);
+  recording_ = false;
+  writer_.reset();
+}
+
+void Recorder::write(const MorvaleCore& core, const PersonWholeMeta& result) {
+  frame_open_ = false;
+  if (writer_ == nullptr) open_bundle(core);
+  output_.result = result;
+  input_.record.yPlane = input_.record.uvPlane = nullptr;
+  writer_->add(input_, output_);
+}
+
+/// Only now, since the model's geometry is not known before.
+void Recorder::open_bundle(const MorvaleCore& core) {
+  session::SessionInfo info;
+  info.camera_type = input_.record.cameraType;
+  info.pad_size = library_int("PADSIZE");
+  info.net_size = library_int("NETSIZE");
+  info.open_result = core.status;
+  info.made_by = "libvexa_record " MORVALE_VERSION;
+  writer_ = std::make_unique<session::BundleWriter>(new_session_folder(), info);
+}
+
+}  // namespace morvale::record

@@ -1,0 +1,118 @@
+/// The session bundle: a folder that holds a recording, frame by frame, so that it replays bit for bit.
+/// docs/session-bundle.md describes the files for readers in other languages.
+///
+///   session.json      what the session was: version, camera type, model geometry, how it was made
+///   metadata.jsonl    one line a frame: every field of the caller's record that the library reads, and the
+///                     names of the frame's files below
+///   frames/           NV21, the name carries size and stride (optional, per frame)
+///   logits/           the network's output as NumPy .npy, float32 NETSIZE x NETSIZE x 5 (absent for a
+///                     frame that the network gave none for)
+///   records.bin       288 bytes a frame
+///   labels/           the label map that the analysis read (optional)
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <morvale/core/records.h>
+
+namespace morvale::session {
+
+constexpr int kBundleVersion = 1;
+
+/// Something in a bundle cannot be used. The text names file and frame.
+struct BundleError : std::runtime_error {
+  using runtime_error::runtime_error;
+};
+
+struct SessionInfo {
+  int32_t camera_type = kFrontCamera;
+  int32_t pad_size = 256, net_size = 64;
+  int32_t open_result = 0;  ///< what the runtime's open returned; -1: no model was loaded
+  std::string made_by;      ///< program, version and how, for people
+};
+
+/// One camera frame as delivered: the caller's record without its pointers, and its pixels when they are
+/// kept. Rows are record.stride bytes, or record.width where that is 0.
+struct FrameInput {
+  MorvaleData_t record{};      ///< yPlane and uvPlane are null; faces up to faceCount
+  bool chroma_follows = true;  ///< uvPlane was equal to yPlane, or lay directly behind the luma plane
+  bool has_planes = true;      ///< neither plane pointer was null
+  bool after_process = true;   ///< the caller called Morvale_core_afterProcss for this frame
+  std::vector<uint8_t> nv21;   ///< height rows of stride bytes, then height / 2 chroma rows; empty: not kept
+};
+
+/// What the library made of it.
+struct FrameOutput {
+  int32_t process_result = 0;  ///< what Morvale_process returned
+  /// What execute returned; absent: it was not called. Beside logits, absent means 0.
+  std::optional<int32_t> execute_result;
+  std::vector<float> logits;  ///< net_size * net_size * 5; empty: the network gave no scores
+  PersonWholeMeta result{};
+  std::vector<uint8_t> labels;       ///< net_size * segFactor * 5 bytes; empty: not kept
+  std::optional<double> network_ms;  ///< how long execute took; not compared in a replay
+};
+
+/// Writes a bundle. Every frame has left the process before add() returns, its line in metadata.jsonl last: a
+/// crash loses at most the frame that was being written.
+class BundleWriter {
+ public:
+  /// Makes the folder, which must not exist or be empty. Throws BundleError.
+  BundleWriter(const std::filesystem::path& folder, const SessionInfo& info);
+  ~BundleWriter();
+  BundleWriter(const BundleWriter&) = delete;
+  BundleWriter& operator=(const BundleWriter&) = delete;
+
+  /// Throws BundleError: before anything is written when the sizes do not fit, else (a full disk) for good,
+  /// since the frame is then half-written; a reader leaves it out.
+  void add(const FrameInput& input, const FrameOutput& output);
+
+ private:
+  struct Files;
+  std::unique_ptr<Files> files_;
+};
+
+/// Reads a bundle. The constructor checks everything that can be checked without reading pixels and scores; a
+/// half-written last frame is left out and told of in `warning()`.
+class BundleReader {
+ public:
+  explicit BundleReader(const std::filesystem::path& folder);
+  ~BundleReader();
+  BundleReader(const BundleReader&) = delete;
+  BundleReader& operator=(const BundleReader&) = delete;
+
+  const SessionInfo& info() const;
+  int frame_count() const;
+  const std::string& warning() const;  ///< empty, or one sentence
+
+  /// All of frame `index`, pixels, scores and labels included where the bundle has them. Throws BundleError.
+  FrameInput input(int index) const;
+  FrameOutput output(int index) const;
+
+  /// What is known of frame `index` without reading a file: input() without its pixels, whether the bundle
+  /// has these, and what execute returned (absent: the network was not asked).
+  const FrameInput& metadata(int index) const;
+  bool has_pixels(int index) const;
+  std::optional<int32_t> execute_result(int index) const;
+
+ private:
+  struct Files;
+  std::unique_ptr<Files> files_;
+};
+
+/// Reads and writes a float32 .npy array (NumPy format 1.0, little-endian, C order). Throw BundleError.
+struct NpyArray {
+  std::vector<int32_t> shape;
+  std::vector<float> values;
+};
+NpyArray read_npy(const std::filesystem::path& file);
+void write_npy(const std::filesystem::path& file, std::span<const int32_t> shape,
+               std::span<const float> values);
+
+}  // namespace morvale::session
