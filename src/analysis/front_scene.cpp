@@ -12,14 +12,14 @@
 namespace morvale {
 namespace {
 
-/// Debug view: copies a plane into the top-left corner of the caller's luma plane, up to the plane's end. A
-/// stride of 0 lets every row land on row 0.
+/// Debug view: copies a plane into the top-left corner of the caller's luma plane, inside the plane. A stride
+/// of 0 lets every row land on row 0; a negative one leads out of the plane after it.
 void paint(const uint8_t* plane, int width, int height, const MorvaleData_t& record) {
   const int64_t plane_bytes = luma_plane_bytes(record);
   for (int r = 0; r < height; ++r) {
     const int64_t offset = int64_t{r} * record.stride;
     const int64_t bytes = std::min<int64_t>(width, plane_bytes - offset);
-    if (bytes < 1) return;
+    if (offset < 0 || bytes < 1) return;
     std::memcpy(record.yPlane + offset, plane + static_cast<ptrdiff_t>(r) * width,
                 static_cast<size_t>(bytes));
   }

@@ -49,13 +49,16 @@ void draw_outline(const MorvaleData_t* data, Outline box, uint8_t value) {
   if (data == nullptr) return;
   const MorvaleData_t& record = *data;
   const int stride = row_bytes(record);
-  if (luma_plane_bytes(record) == 0) return;
+  const int64_t plane_bytes = luma_plane_bytes(record);
+  if (plane_bytes == 0 || stride < 1) return;
   const int left = std::min(box.left, stride - 1), right = std::min(box.right, stride - 1);
   const int top = std::min(box.top, record.height - 1), bottom = std::min(box.bottom, record.height - 1);
   for (int y = std::max(top, 0); y < bottom; ++y) {
-    uint8_t* row = record.yPlane + static_cast<ptrdiff_t>(y) * stride;
+    const int64_t offset = int64_t{y} * stride, in_plane = std::min<int64_t>(stride, plane_bytes - offset);
+    if (in_plane < 1) return;
+    uint8_t* row = record.yPlane + offset;
     const auto fill = [&](int64_t first, int64_t end) {
-      for (int64_t x = std::max<int64_t>(first, 0); x < std::min<int64_t>(end, stride); ++x) row[x] = value;
+      for (int64_t x = std::max<int64_t>(first, 0); x < std::min(end, in_plane); ++x) row[x] = value;
     };
     const bool edge = y - int64_t{top} < 2 || bottom - int64_t{y} <= 2;
     if (edge) {

@@ -14,8 +14,9 @@ struct Frame {
   SourcePlane luma, chroma;
 };
 
-/// Empty for a frame that cannot be read: a null plane, a size below 1, rows that overlap (a stride below the
-/// width), or sizes whose byte counts or Q8 positions leave int32.
+/// Empty for a frame that cannot be read: a null plane, a size below 1, sizes whose byte counts or Q8
+/// positions leave int32, or, where the stride has to find the chroma plane, a stride that is negative or
+/// leads out of int32.
 std::optional<Frame> usable_frame(const MorvaleData_t& record);
 
 /// Bytes from one luma row of the record to the next.
@@ -23,8 +24,9 @@ inline int32_t row_bytes(const MorvaleData_t& record) {
   return record.stride == 0 ? record.width : record.stride;
 }
 
-/// Bytes of the record's luma plane that debug drawings may touch; 0 when there is no plane or it is none
-/// that a frame could have.
+/// Bytes of the record's luma plane: `height` rows of `stride` bytes, or of `width` where the stride is no
+/// row length (below the width, 2^23 and above, or leading out of int32). 0 when there is no plane or it is
+/// none that a frame could have. Debug drawings stay inside.
 int64_t luma_plane_bytes(const MorvaleData_t& record);
 
 }  // namespace morvale

@@ -39,8 +39,7 @@ TEST_F(HostileRecords, AnUnusableFrameIsAFailedFrame) {
       {"one endless row", [](auto& r) { r.width = INT_MAX, r.height = 2; }},
       {"luma fits, chroma leaves 32 bits", [](auto& r) { r.width = 40'000, r.height = 50'000; }},
       {"a stride that leaves 32 bits", [](auto& r) { r.stride = INT_MAX; }},
-      {"a negative stride", [](auto& r) { r.stride = -256; }},
-      {"rows that overlap", [](auto& r) { r.stride = 100; }}};
+      {"a negative stride where it has to find the chroma", [](auto& r) { r.stride = -256; }}};
   start(16);
   set_frame(256, 256, 100);
   ASSERT_EQ(run_frame(), 0);
@@ -178,6 +177,30 @@ TEST_F(HostileRecords, AFrameOneColumnWideIsReadInsideItsPlanes) {
       record_.yPlane = luma.data();
       record_.uvPlane = chroma.data();
       EXPECT_EQ(core_.Morvale_process(), 0) << height;
+    }
+  }
+}
+
+/// With a chroma pointer of its own a frame is analysed and painted whatever the stride. Where the stride is
+/// no row length the plane is the packed one.
+TEST_F(HostileRecords, NoStrideLeadsAFrameOutOfItsPlanes) {
+  start(16);
+  VISUALDEBUG = 1;
+  for (const guarded::Edge edge : guarded::kEdges) {
+    for (const int stride : {INT_MIN, -256, -1, 0, 1, 100, 255, 256, 257, 300, 1 << 23, 1 << 30, INT_MAX}) {
+      const int row = stride > 256 && stride < 1 << 23 ? stride : 256;
+      guarded::GuardedBytes luma(std::vector<uint8_t>(static_cast<size_t>(row * 64), 90), edge);
+      guarded::GuardedBytes chroma(std::vector<uint8_t>(256 * 32, 128), edge);
+      record_ = {};
+      record_.cameraType = 16;
+      record_.width = 256;
+      record_.height = 64;
+      record_.stride = stride;
+      record_.yPlane = luma.data();
+      record_.uvPlane = chroma.data();
+      answer(ScoreMap(64, 64, {10, 20, 30, 40, 50}));
+      ASSERT_EQ(run_frame(), 0) << stride;
+      core_.WriteFaceInfo_HW(nullptr, nullptr, 0, INT_MAX, 0, INT_MAX, 0);
     }
   }
 }

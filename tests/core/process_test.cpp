@@ -1,4 +1,5 @@
 /// Morvale_process: the gate, the model's state, the network's input and output, the label-map rings.
+#include <climits>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -304,7 +305,12 @@ TEST_F(Process, ChromaIsFoundBesideOrBehindTheLumaRows) {
   const Case cases[] = {{"no stride: behind the packed plane", 0, 256 * 256, false},
                         {"stride equal to the width", 256, 256 * 256, false},
                         {"padded rows: behind the padded plane", 320, 320 * 256, false},
-                        {"a pointer of its own is used as it is", 320, 90'000, true}};
+                        {"a stride below the width: inside the luma rows", 200, 200 * 256, false},
+                        {"a pointer of its own is used as it is", 320, 90'000, true},
+                        {"whatever the stride: below the width", 100, 90'000, true},
+                        {"whatever the stride: negative", -1, 90'000, true},
+                        {"whatever the stride: lowest", INT_MIN, 90'000, true},
+                        {"whatever the stride: out of int32 with the height", INT_MAX, 90'000, true}};
   start(16);
   for (const Case& c : cases) {
     SCOPED_TRACE(c.why);
@@ -318,7 +324,7 @@ TEST_F(Process, ChromaIsFoundBesideOrBehindTheLumaRows) {
     record_.uvPlane = frame_.data() + (c.separate ? c.chroma : 0);
     ASSERT_EQ(core_.Morvale_process(), 0);
     // V = 148: 20 * 22458 / 16384 = 27.4 on red, -20 * 11436 / 16384 = -13.96 on green, nothing on blue.
-    for (const int row : {20, 90, 200}) {
+    for (const int row : {20, 90, 150}) {
       const uint8_t* pixel = core_.rgbInput + row * 768 + 24;
       EXPECT_EQ(pixel[0], row + 27);
       EXPECT_EQ(pixel[1], row - 14);
