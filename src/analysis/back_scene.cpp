@@ -9,6 +9,7 @@
 #include "analysis/grow_rows.h"
 #include "analysis/run_labeller.h"
 #include "analysis/scratch.h"
+#include "core/lost_record.h"
 #include "core/numeric.h"
 #include "kernels/kernel_set.h"
 #include "platform/log.h"
@@ -116,6 +117,7 @@ void log_scene(const PersonWholeMeta& result, int32_t hint, const uint8_t* grid)
 using namespace morvale;
 
 void MorvaleCore::argMax_back_only_human(uint8_t* segMap) {
+  if (!has_record(inputData, "argMax_back_only_human")) return;
   const int W = NETSIZE, H = segFactor;
   const int32_t cells = W * H;
   const bool empty = W < 1 || H < 1;

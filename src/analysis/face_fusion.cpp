@@ -7,12 +7,14 @@
 #include "analysis/map_figures.h"
 #include "analysis/run_labeller.h"
 #include "analysis/scratch.h"
+#include "core/lost_record.h"
 #include "kernels/kernel_set.h"
 
 using namespace morvale;
 
 void MorvaleCore::DL_FD_Calc(uint8_t* c0, uint8_t* c1, uint8_t* c2, uint8_t* c3, uint8_t* c4, uint8_t* luma,
                              uint8_t* rgb, int W, int H, int /*unused*/) {
+  if (!has_record(inputData, "DL_FD_Calc")) return;
   const int width = W < 1 || H < 1 ? 0 : W, height = W < 1 || H < 1 ? 0 : H;
   const size_t pixels = static_cast<size_t>(width) * static_cast<size_t>(height);
   const size_t words = BitRows::size(width, height), room = grow_near_room(width, height);

@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include <morvale/core/morvale_core.h>
+#include "core/lost_record.h"
 #include "core/numeric.h"
 #include "platform/log.h"
 
@@ -95,6 +96,7 @@ using namespace morvale;
 
 void MorvaleCore::Intersection_Calc(uint8_t* c2, uint8_t* luma, uint8_t* rgb, uint8_t* faceMask, int W,
                                     int H) {
+  if (!has_record(inputData, "Intersection_Calc")) return;
   const MorvaleData_t& record = *inputData;
   const FaceList faces = camera_faces(record);
   const auto measure = [&](const Edges& e, int face_index) {

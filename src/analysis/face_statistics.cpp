@@ -5,6 +5,7 @@
 
 #include <morvale/core/globals.h>
 #include <morvale/core/morvale_core.h>
+#include "core/lost_record.h"
 #include "core/numeric.h"
 #include "kernels/kernel_set.h"
 #include "platform/log.h"
@@ -128,7 +129,8 @@ using namespace morvale;
 
 void MorvaleCore::WriteFaceInfo(uint8_t* c2, uint8_t* luma, uint8_t* rgb, uint8_t* faceMask, int W,
                                 int /*unused*/, int left, int right, int top, int bottom, int faceIndex) {
-  if (faceIndex > kLastFaceIndex) return;
+  if (faceIndex < 0 || faceIndex > kLastFaceIndex) return;
+  if (!has_record(inputData, "WriteFaceInfo")) return;
   const FaceCounts counts = count_pixels(c2, luma, rgb, faceMask, W, left, right, top, bottom);
 
   const bool under_display = inputData->isUDC != 0;

@@ -7,6 +7,7 @@
 #include <morvale/imgproc/resize_plane.h>
 #include "analysis/scratch.h"
 #include "core/frame.h"
+#include "core/lost_record.h"
 #include "kernels/kernel_set.h"
 
 namespace morvale {
@@ -31,6 +32,7 @@ void paint(const uint8_t* plane, int width, int height, const MorvaleData_t& rec
 using namespace morvale;
 
 void MorvaleCore::argMax_human_onlySkin(uint8_t* rgb, uint8_t* shrunkFrame, uint8_t* segMap) {
+  if (!has_record(inputData, "argMax_human_onlySkin")) return;
   const int width = NETSIZE, height = segFactor;
   const size_t cells = static_cast<size_t>(width) * static_cast<size_t>(height);
   constexpr size_t kEnlarged = 16;

@@ -1,12 +1,16 @@
 #include <morvale/core/globals.h>
 #include <morvale/core/morvale_core.h>
+#include "core/lost_record.h"
 #include "platform/log.h"
+
+using namespace morvale;
 
 int MorvaleCore::Morvale_core_afterProcss() {
   if (frameCount == 0) {
     MORVALE_INFO("[Morvale] Reversal exec process skip current frame");
     return 0;
   }
+  if (!has_record(inputData, "afterProcss")) return 0;
   // The camera type is read now: the record may have changed since Morvale_process.
   if (inputData->cameraType == kFrontCamera) {
     argMax_human_onlySkin(rgbInput, resizedFrame, N_segResult_Front + N0 * kRingSlotBytes);

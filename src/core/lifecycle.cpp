@@ -6,6 +6,7 @@
 
 #include <morvale/core/globals.h>
 #include <morvale/core/morvale_core.h>
+#include "core/session.h"
 #include "core/work_buffer.h"
 #include "platform/clock.h"
 #include "platform/log.h"
@@ -148,9 +149,7 @@ int MorvaleCore::Morvale_core_setModel(int cameraType) {
   input.shape = {1, PADSIZE, PADSIZE, 3};
   input.tail0 = 0;
   input.tail1 = 1;
-  session_ = CreateVexaSession();
-  constexpr int32_t kOpenFailed = 1;
-  status = session_ != nullptr ? session_->open(options) : kOpenFailed;
+  status = open_session(options);
 
   // The time is taken afresh for each message; callers read both.
   MORVALE_DEBUG("[MORVALE] qc x7 capture Model init Time %lld  status %d ", elapsed(), status);
@@ -170,10 +169,7 @@ int MorvaleCore::Morvale_core_deinit() {
   MORVALE_DEBUG("MORVALE deinit  START_S ");
   release(inputs);
   release(outputs);
-  if (session_ != nullptr) {
-    session_->close();
-    DestroyVexaSession(session_);
-  }
+  close_session();
   MORVALE_DEBUG("MORVALE deinit START_X %lld", static_cast<long long>(elapsed_ms(start, wall_time())));
   frameCount = 0;
   return 1;

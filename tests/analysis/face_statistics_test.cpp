@@ -1,4 +1,7 @@
 /// WriteFaceInfo: brightness and trimmed colour figures of one face.
+#include <climits>
+#include <cstring>
+
 #include "fakes/core_fixture.h"
 
 namespace {
@@ -119,11 +122,14 @@ TEST_F(FaceStatistics, OnlyThreeFacesAreMeasured) {
   measure(Samples(100, grey(50)), 2);
   EXPECT_EQ(words(core_.result.meta[2]),
             (std::array<int32_t, 14>{0, 0, 0, 0, 0, 0, 360, 0, 50, 2, 0, 0, 0, 17}));
-  core_.result.meta[3].faceYavg = 5;
-  measure(Samples(100, grey(50)), 3);
+  forget();
+  const PersonWholeMeta before = core_.result;
+  std::vector<uint8_t> plane(100 * 3, 255);
+  uint8_t* p = plane.data();
+  for (const int nobody : {3, INT_MAX, -1, INT_MIN})
+    core_.WriteFaceInfo(p, p, p, p, 100, 0, 0, 100, 0, 1, nobody);
   EXPECT_TRUE(fakes::platform().log.empty());
-  EXPECT_EQ(core_.result.meta[3].faceYavg, 5);
-  EXPECT_EQ(core_.result.meta[3].hsv[0], 0);
+  EXPECT_EQ(std::memcmp(&core_.result, &before, sizeof before), 0);
 }
 
 // 100 greys 0, 2, 4 ... 198. Three (under a display: five) per cent go from each end, the bands are the next

@@ -78,6 +78,35 @@ TEST_F(HostileRecords, ANullRecordIsAnUnusableFrame) {
   EXPECT_EQ(out.ver, 0);
 }
 
+TEST_F(HostileRecords, ALostRecordIsAFailedFrame) {
+  for (const int camera : {16, 0}) {
+    start(camera);
+    set_frame(256, 256, 100);
+    answer(ScoreMap(NETSIZE, NETSIZE, kFace));
+    ASSERT_EQ(run_frame(), 0);
+    const PersonWholeMeta before = core_.result;
+    core_.inputData = nullptr;
+    std::vector<uint8_t> plane(256 * 256 * 3, 255);
+    uint8_t* p = plane.data();
+    const std::function<void()> calls[] = {
+        [&] { EXPECT_EQ(core_.Morvale_process(), -1); },
+        [&] { EXPECT_EQ(core_.Morvale_core_afterProcss(), 0); },
+        [&] { core_.argMax_human_onlySkin(core_.rgbInput, core_.resizedFrame, p); },
+        [&] { core_.argMax_back_only_human(p); },
+        [&] { core_.DL_FD_Calc(p, p, p, p, p, p, p, 64, 64, 0); },
+        [&] { core_.Intersection_Calc(p, p, p, p, 64, 64); },
+        [&] { core_.WriteFaceInfo(p, p, p, p, 64, 0, 0, 64, 0, 64, 0); }};
+    for (const auto& call : calls) {
+      forget();
+      call();
+      EXPECT_EQ(platform().log.size(), 1u);
+      EXPECT_EQ(lines(kError).size(), 1u);
+      EXPECT_EQ(N0, 2);
+      EXPECT_EQ(std::memcmp(&core_.result, &before, sizeof before), 0);
+    }
+  }
+}
+
 // The record is the caller's and may change between two calls of one frame.
 TEST_F(HostileRecords, ARecordMayBreakBetweenTheCallsOfAFrame) {
   start(16);

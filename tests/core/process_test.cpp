@@ -348,6 +348,36 @@ TEST_F(Process, TheInputIsNormalisedInDouble) {
   EXPECT_EQ(row[3 * 255 + 2], 1.0f);
 }
 
+// A shape that a runtime names is believed; too few scores for the label map are a failed run.
+TEST_F(Process, AShortAnswerIsAFailedRun) {
+  struct Case {
+    std::vector<int32_t> shape;
+    int result;
+  };
+  const Case cases[] = {{{1, 64, 64, 5}, 0},
+                        {{20480}, 0},
+                        {{}, 0},
+                        {{1, 65, 64, 5}, 0},
+                        {{64, 64, 4}, -1},
+                        {{1, 32, 32, 5}, -1},
+                        {{1, 0, 64, 5}, -1},
+                        {{-1, 64, 64, -5}, -1},
+                        {{20479}, -1},
+                        {{INT_MAX, INT_MAX, INT_MAX, INT_MAX}, 0},
+                        {{INT_MAX, INT_MAX, 0}, -1}};
+  start(16);
+  set_frame(256, 256, 100);
+  for (const Case& c : cases) {
+    platform().shape = c.shape;
+    const uint32_t before = core_.frameCount;
+    forget();
+    EXPECT_EQ(core_.Morvale_process(), c.result) << testing::PrintToString(c.shape);
+    EXPECT_EQ(lines(kError), c.result == 0 ? Lines{} : Lines{"Morvale vexa execute  fail"});
+    EXPECT_EQ(core_.frameCount, before + (c.result == 0));
+    EXPECT_EQ(outputs.size(), c.result == 0 ? 1u : 0u);
+  }
+}
+
 TEST_F(Process, TheRuntimeGetsOneInputAndAnEmptyOutputList) {
   start(16);
   set_frame(256, 256, 100);

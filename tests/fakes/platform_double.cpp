@@ -38,7 +38,7 @@ class ScriptedSession final : public vexa::VexaSession {
     p.clock_us += p.execute_us;
     if (p.output == Output::kNone) return p.execute_result;
     vexa::DataBuffer tensor;
-    tensor.shape = {1, NETSIZE, NETSIZE, 5};
+    tensor.shape = p.shape.value_or(std::vector<int32_t>{1, NETSIZE, NETSIZE, 5});
     tensor.data = p.output == Output::kLogits ? p.logits.data() : nullptr;
     out.push_back(tensor);
     return p.execute_result;

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -46,6 +47,7 @@ struct Platform {
   int64_t execute_us = 0;
   Output output = Output::kLogits;
   std::vector<float> logits;
+  std::optional<std::vector<int32_t>> shape;  ///< what the tensor says; unset: the true one
 
   // What it saw: the calls in order, the options, and the lists of the last execute.
   std::vector<std::string> calls;

@@ -3,6 +3,8 @@
 /// Life: construct, Morvale_core_init, Morvale_core_setModel, then per frame Morvale_process,
 /// Morvale_core_afterProcss and Morvale_core_getresult, then Morvale_core_deinit, destruct. One live core per
 /// process, one calling thread at a time; nothing is locked. The misspelt names are the interface and stay.
+///
+/// No method throws anything but std::bad_alloc; the runtime's operations must not throw.
 #pragma once
 
 #include <cstddef>
@@ -32,8 +34,8 @@ class MORVALE_API MorvaleCore {
   /// leaks the first session. Returns 1, or -1 when the session is null or its open returned 1.
   int Morvale_core_setModel(int cameraType);
 
-  /// Closes and destroys the session. The buffers live on until the destructor. Must not be called twice:
-  /// session_ keeps its stale value. Returns 1.
+  /// Closes and destroys the session. The buffers live on until the destructor. session_ keeps its stale
+  /// value, but a destroyed session is neither run nor closed again. Returns 1.
   int Morvale_core_deinit();
 
   // --- every frame ---
@@ -41,13 +43,13 @@ class MORVALE_API MorvaleCore {
   /// Runs the network on the caller's current frame and stores its smoothed label map in ring slot N0.
   /// Returns  0  analysed; or gated out (result and frameCount cleared); or no model loaded yet;
   ///         -1  the model failed to open or is disabled as sluggish, the frame cannot be used, or the run
-  ///             failed. Rings and frameCount stay.
+  ///             failed (or answered with too few scores). Rings and frameCount stay.
   /// Does not advance the ring: Morvale_core_afterProcss does.
   int Morvale_process();
 
   /// Runs the camera's scene analysis on slot N0, then advances the ring. Does nothing but log while
-  /// frameCount is 0. Does not ask whether the last Morvale_process succeeded: after a failed frame it
-  /// analyses what the slot held three frames ago and advances all the same. Returns 0.
+  /// frameCount is 0 or there is no record. Does not ask whether the last Morvale_process succeeded: after a
+  /// failed frame it analyses what the slot held three frames ago and advances all the same. Returns 0.
   int Morvale_core_afterProcss();
 
   /// Copies the 288 bytes of `result` to `out` (not checked) and logs them every 50th frame, or always at
@@ -84,7 +86,7 @@ class MORVALE_API MorvaleCore {
 
   /// Measures the face inside columns left..right-1 and rows top..bottom-1 of the W-wide maps into
   /// result.meta[faceIndex]: bright pixels, mean luma, trimmed H, S, V figures, skinRatio. All planes,
-  /// luma too, have row stride W; rgb has three bytes a pixel. Does nothing when faceIndex is above 2.
+  /// luma too, have row stride W; rgb has three bytes a pixel. Does nothing when faceIndex is not 0, 1 or 2.
   void WriteFaceInfo(uint8_t* c2, uint8_t* luma, uint8_t* rgb, uint8_t* faceMask, int W, int unused, int left,
                      int right, int top, int bottom, int faceIndex);
 

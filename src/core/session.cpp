@@ -1,0 +1,70 @@
+#include "core/session.h"
+
+#include <algorithm>
+
+#include <morvale/core/globals.h>
+#include "platform/clock.h"
+#include "platform/log.h"
+
+namespace morvale {
+namespace {
+
+/// A network run may take 30 ms; from this many whole milliseconds on it is logged as sluggish.
+constexpr int64_t kSluggishRunMs = 31;
+
+const vexa::VexaSession* destroyed = nullptr;
+
+vexa::VexaSession* live_session() { return session_ != destroyed ? session_ : nullptr; }
+
+/// Whether the tensor holds the scores of every cell. A runtime that names no shape is taken at its word.
+bool holds_all_scores(const vexa::DataBuffer& tensor) {
+  if (tensor.data == nullptr) return false;
+  if (tensor.shape.empty()) return true;
+  const int64_t needed = int64_t{NETSIZE} * NETSIZE * kLabels;
+  int64_t held = 1;
+  for (const int32_t size : tensor.shape) held = std::min(held * std::max(size, 0), needed);
+  return held == needed;
+}
+
+void empty_lists() {
+  inputs.clear();
+  outputs.clear();
+}
+
+}  // namespace
+
+int32_t open_session(const vexa::VexaOptionsV2& options) {
+  session_ = CreateVexaSession();
+  destroyed = nullptr;  // the runtime may have given the same address again
+  return session_ != nullptr ? session_->open(options) : kOpenFailed;
+}
+
+const float* run_session(float* pixels) {
+  const WallTime start = wall_time();
+  input.data = pixels;
+  empty_lists();
+  inputs.push_back(input);
+  vexa::VexaSession* const session = live_session();
+  const bool done = session != nullptr && session->execute(inputs, outputs) == 0;
+  if (!done || outputs.empty() || !holds_all_scores(outputs.front())) {
+    empty_lists();
+    MORVALE_ERROR("Morvale vexa execute  fail");
+    return nullptr;
+  }
+  const auto* scores = static_cast<const float*>(outputs.front().data);
+  if (elapsed_ms(start, wall_time()) >= kSluggishRunMs) {
+    MORVALE_ERROR("Morvale frame dealy sluggish ->  disable");
+    empty_lists();
+  }
+  return scores;
+}
+
+void close_session() {
+  vexa::VexaSession* const session = live_session();
+  if (session == nullptr) return;
+  destroyed = session;
+  session->close();
+  DestroyVexaSession(session);
+}
+
+}  // namespace morvale
