@@ -2,6 +2,7 @@
 #include <morvale/core/morvale_core.h>
 #include "core/lost_record.h"
 #include "platform/log.h"
+#include "platform/rounding.h"
 
 using namespace morvale;
 
@@ -10,6 +11,7 @@ int MorvaleCore::Morvale_core_afterProcss() {
     MORVALE_INFO("[Morvale] Reversal exec process skip current frame");
     return 0;
   }
+  const RoundToNearest rounding;
   if (!has_record(inputData, "afterProcss")) return 0;
   // The camera type is read now: the record may have changed since Morvale_process.
   if (inputData->cameraType == kFrontCamera) {

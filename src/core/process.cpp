@@ -13,6 +13,7 @@
 #include "imgproc/scale_nv21.h"
 #include "kernels/kernel_set.h"
 #include "platform/log.h"
+#include "platform/rounding.h"
 
 namespace morvale {
 namespace {
@@ -82,6 +83,7 @@ void store_labels(const float* scores, bool front, uint32_t frame_count) {
 using namespace morvale;
 
 int MorvaleCore::Morvale_process() {
+  const RoundToNearest rounding;
   if (!has_record(inputData, "process")) return -1;
   const MorvaleData_t& record = *inputData;
   if (record.gateLevel > kGateLimit) {

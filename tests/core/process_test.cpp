@@ -1,4 +1,5 @@
 /// Morvale_process: the gate, the model's state, the network's input and output, the label-map rings.
+#include <cfenv>
 #include <climits>
 #include <cmath>
 #include <cstring>
@@ -376,6 +377,37 @@ TEST_F(Process, AShortAnswerIsAFailedRun) {
     EXPECT_EQ(core_.frameCount, before + (c.result == 0));
     EXPECT_EQ(outputs.size(), c.result == 0 ? 1u : 0u);
   }
+}
+
+// Normalisation, scores, face figures and person share all round somewhere.
+TEST_F(Process, TheCallersRoundingModeChangesNoByte) {
+  const auto run = [&](int mode) {
+    start(16);
+    set_frame(500, 300, 0);
+    for (std::size_t i = 0; i < frame_.size(); ++i) frame_[i] = static_cast<uint8_t>(i * 7 % 251);
+    record_.faceCount = 1;
+    record_.faces[0] = {101, 57, 201, 133};
+    ScoreMap map(64, 64, {30, 60, 220, 10, 90});
+    map.paint(10, 9, 20, 17, {90, 30, 5, 60, 200});
+    answer(map);
+    for (float& logit : platform().logits) logit += 0.01f;
+    std::fill(std::begin(N_segResult_Front), std::end(N_segResult_Front), uint8_t{0});
+    std::fesetround(mode);
+    for (int frame = 0; frame < 3; ++frame) EXPECT_EQ(run_frame(), 0);
+    EXPECT_EQ(std::fegetround(), mode);
+    std::fesetround(FE_TONEAREST);
+    std::vector<uint8_t> seen(std::begin(N_segResult_Front), std::end(N_segResult_Front));
+    const auto append = [&](const void* from, std::size_t bytes) {
+      const auto* first = static_cast<const uint8_t*>(from);
+      seen.insert(seen.end(), first, first + bytes);
+    };
+    append(core_.netInput, 256 * 256 * 3 * sizeof(float));
+    append(&core_.result, sizeof core_.result);
+    append(core_.personBoxes, sizeof core_.personBoxes);
+    return seen;
+  };
+  const std::vector<uint8_t> nearest = run(FE_TONEAREST);
+  for (const int mode : {FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO}) EXPECT_EQ(run(mode), nearest) << mode;
 }
 
 TEST_F(Process, TheRuntimeGetsOneInputAndAnEmptyOutputList) {

@@ -1,5 +1,6 @@
 /// Blue-green-red to hue, saturation, value. No state, no allocation; callable from any thread.
 /// Hexcone model (A. R. Smith, "Color gamut transform pairs", 1978), H in degrees, S and V scaled to 0..255.
+/// Floating point must round to nearest, as it does unless the calling thread was set otherwise.
 #pragma once
 
 #include <morvale/core/export.h>

@@ -4,7 +4,8 @@
 /// Morvale_core_afterProcss and Morvale_core_getresult, then Morvale_core_deinit, destruct. One live core per
 /// process, one calling thread at a time; nothing is locked. The misspelt names are the interface and stay.
 ///
-/// No method throws anything but std::bad_alloc; the runtime's operations must not throw.
+/// Morvale_process and Morvale_core_afterProcss work in round-to-nearest and give the calling thread's
+/// rounding mode back. No method throws anything but std::bad_alloc; the runtime's operations must not throw.
 #pragma once
 
 #include <cstddef>

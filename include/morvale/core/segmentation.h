@@ -1,5 +1,6 @@
 /// Steps around the network's input and output. The two smoothing steps run on every frame; the others are
-/// exported for callers and are not used inside the library.
+/// exported for callers and are not used inside the library. Floating point must round to nearest, as it does
+/// unless the calling thread was set otherwise.
 #pragma once
 
 #include <cstdint>

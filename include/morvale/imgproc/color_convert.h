@@ -1,6 +1,7 @@
 /// Colour conversion between the camera's 4:2:0 frames and 8-bit RGB, BGR or grey. Free functions over the
 /// caller's buffers: no allocation, no state, no checks beyond those stated, any number of calls at once on
-/// distinct buffers. Every function returns 0.
+/// distinct buffers. Every function returns 0. The conversions from RGB and BGR need floating point that
+/// rounds to nearest, as it does unless the calling thread was set otherwise.
 ///
 /// NV21: a luma plane of width x height bytes, then (or at a pointer of its own) a chroma plane of rows of
 /// `width` bytes, one V,U pair per 2 x 2 luma block. The pair of luma pixel (x, y) lies in chroma row y / 2

@@ -1,5 +1,6 @@
 /// Separable Gaussian blur, applied only inside the cells that a grid marks. Free functions over the caller's
-/// buffers: no allocation, no state.
+/// buffers: no allocation, no state. Floating point must round to nearest, as it does unless the calling
+/// thread was set otherwise.
 ///
 /// The grid has one byte per cell of 8 x 8 pixels, kGridColumns bytes a row, whatever the picture's width:
 /// pixel (x, y) belongs to grid[(y / 8) * kGridColumns + x / 8]; nonzero marks it. So a picture may be up to
