@@ -5,42 +5,43 @@
 namespace morvale {
 namespace {
 
-/// The blocks that a thread's analyses work in, kept from one frame to the next: new memory would fault in
-/// every page anew. One block per level, since an analysis may call another; they are freed with the thread.
-struct ThreadBlocks {
-  static constexpr size_t kLevels = 4;
+/// One block per level, since an analysis may call another.
+constexpr size_t kLevels = 4;
 
-  /// What no camera's map needs is not kept.
-  static constexpr size_t kLargest = size_t{1} << 20;
+/// What no camera's map needs is not kept.
+constexpr size_t kLargestKept = size_t{1} << 20;
 
-  struct Block {
-    std::unique_ptr<uint8_t[]> bytes;
-    size_t size = 0;
-  };
-  std::array<Block, kLevels> blocks;
-  size_t level = 0;
+struct Block {
+  std::unique_ptr<uint8_t[]> bytes;
+  size_t size = 0;
 };
 
-thread_local ThreadBlocks thread_blocks;
+// Like all state of the library one set for the process, used by one thread at a time.
+std::array<Block, kLevels> kept_blocks;
+size_t level = 0;
+
+/// Not zeroed: what is carved from it is uninitialised anyway.
+std::unique_ptr<uint8_t[]> new_bytes(size_t count) { return std::unique_ptr<uint8_t[]>(new uint8_t[count]); }
 
 }  // namespace
 
 Scratch::Scratch(size_t bytes) {
-  ThreadBlocks& kept = thread_blocks;
-  if (kept.level >= ThreadBlocks::kLevels || bytes > ThreadBlocks::kLargest) {
-    own_ = std::make_unique_for_overwrite<uint8_t[]>(bytes);
+  if (level >= kLevels || bytes > kLargestKept) {
+    own_ = new_bytes(bytes);
     next_ = own_.get();
   } else {
-    ThreadBlocks::Block& block = kept.blocks[kept.level];
+    Block& block = kept_blocks[level];
     if (block.size < bytes) {
-      block.bytes = std::make_unique_for_overwrite<uint8_t[]>(bytes);
-      block.size = bytes;
+      block = {};
+      block = {new_bytes(bytes), bytes};
     }
     next_ = block.bytes.get();
   }
-  ++kept.level;
+  ++level;
 }
 
-Scratch::~Scratch() { --thread_blocks.level; }
+Scratch::~Scratch() { --level; }
+
+void free_scratch() { kept_blocks = {}; }
 
 }  // namespace morvale

@@ -1,4 +1,5 @@
-/// Scratch memory of one analysis call: one block, carved, given back on every exit.
+/// Scratch memory of one analysis call: one block, carved, given back on every exit. Blocks are kept from one
+/// frame to the next, for new memory would fault in every page anew.
 #pragma once
 
 #include <cstddef>
@@ -23,8 +24,11 @@ class Scratch {
   }
 
  private:
-  std::unique_ptr<uint8_t[]> own_;  // when the thread's blocks do not serve
+  std::unique_ptr<uint8_t[]> own_;  // when the kept blocks do not serve
   uint8_t* next_;
 };
+
+/// Frees the kept blocks; no Scratch may live. The next one takes new memory.
+void free_scratch();
 
 }  // namespace morvale

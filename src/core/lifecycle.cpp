@@ -6,6 +6,7 @@
 
 #include <morvale/core/globals.h>
 #include <morvale/core/morvale_core.h>
+#include "analysis/scratch.h"
 #include "core/session.h"
 #include "core/work_buffer.h"
 #include "platform/clock.h"
@@ -170,6 +171,7 @@ int MorvaleCore::Morvale_core_deinit() {
   release(inputs);
   release(outputs);
   close_session();
+  free_scratch();
   MORVALE_DEBUG("MORVALE deinit START_X %lld", static_cast<long long>(elapsed_ms(start, wall_time())));
   frameCount = 0;
   return 1;
