@@ -22,6 +22,15 @@ std::vector<std::string_view> find_runnable() {
   return names;
 }
 
+/// The library's only look at its caller's environment. On a device, where the caller has privileges, it is left out.
+const char* wished_set() {
+#if defined(MORVALE_KERNELS_FROM_ENVIRONMENT)
+  return std::getenv("MORVALE_KERNELS");
+#else
+  return nullptr;
+#endif
+}
+
 }  // namespace
 
 std::span<const std::string_view> runnable_kernel_names() {
@@ -31,7 +40,7 @@ std::span<const std::string_view> runnable_kernel_names() {
 
 KernelChoice choose_kernels() {
   const std::span<const std::string_view> names = runnable_kernel_names();
-  const char* wish = std::getenv("MORVALE_KERNELS");
+  const char* wish = wished_set();
   if (wish == nullptr || *wish == '\0') return {names.back(), {}};
   const auto found = std::find(names.begin(), names.end(), std::string_view(wish));
   return found != names.end() ? KernelChoice{*found, {}} : KernelChoice{names.back(), wish};

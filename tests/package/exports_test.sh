@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # The shared object defines exactly the listed names, and needs nothing but the C and C++ libraries and the four
 # functions of the platform.
-# usage: exports_test.sh LIBRARY LIST NM READELF
+# usage: exports_test.sh LIBRARY LIST NM READELF MAY_READ_ENVIRONMENT
 set -euo pipefail
-library=$1 list=$2 nm=$3 readelf=$4
+library=$1 list=$2 nm=$3 readelf=$4 may_read_environment=$5
 status=0
 
 echo "-- defined names against $list"
@@ -18,6 +18,11 @@ echo "-- needed libraries"
 foreign=$("$readelf" -d "$library" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' |
   grep -vE '^(libstdc\+\+|libm|libgcc_s|libc|ld-linux-[a-z0-9-]+)\.so' || true)
 [ -z "$foreign" ] || { echo "needs $foreign"; status=1; }
+
+if [[ $may_read_environment != ON ]]; then
+  echo "-- no look at the environment"
+  ! "$nm" -D --undefined-only "$library" | grep getenv || status=1
+fi
 
 soname=$("$readelf" -d "$library" | sed -n 's/.*(SONAME).*\[\(.*\)\]/\1/p')
 [[ $soname =~ ^libmorvale_capture\.so\.[0-9]+$ ]] || { echo "SONAME $soname carries no major version"; status=1; }
