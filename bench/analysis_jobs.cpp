@@ -42,7 +42,7 @@ struct FaceRectangle {
 };
 
 Work our_figures() {
-  const auto camera = std::make_shared<Camera>(kFrontCamera, portrait(), kFrameWidth, kFrameHeight);
+  const auto camera = std::make_shared<Camera>(morvale::kFrontCamera, portrait(), kFrameWidth, kFrameHeight);
   const auto face = std::make_shared<FaceRectangle>();
   camera->core().segFactor = 48;
   return [=] {
@@ -75,7 +75,7 @@ Job face_figures() {
 }
 
 Work our_front_scene() {
-  const auto camera = std::make_shared<Camera>(kFrontCamera, portrait(), kFrameWidth, kFrameHeight);
+  const auto camera = std::make_shared<Camera>(morvale::kFrontCamera, portrait(), kFrameWidth, kFrameHeight);
   const auto frame = std::make_shared<SmallFrame>();
   const auto map = std::make_shared<Bytes>(portrait().bytes());
   camera->core().segFactor = 48;
@@ -126,7 +126,8 @@ Job back_scene() {
 
 Way our_faces(const ScoreMap& map, int width, int height) {
   return [=]() -> Work {
-    const auto camera = std::make_shared<Camera>(kFrontCamera, portrait(), kFrameWidth, kFrameHeight);
+    const auto camera =
+        std::make_shared<Camera>(morvale::kFrontCamera, portrait(), kFrameWidth, kFrameHeight);
     const auto planes = std::make_shared<std::vector<Bytes>>(map.planes());
     camera->core().segFactor = 48;
     camera->core().scaleRatio = 1e-6f;  // every box shrinks to a point: no pixel is measured

@@ -26,7 +26,8 @@ constexpr int kSettled = 4;
 Way ours(FrameKind kind) {
   return [=]() -> Work {
     const int w = kind.shrink.width, h = kind.shrink.height;
-    const auto camera = std::make_shared<Camera>(kind.front() ? kFrontCamera : kBackCamera, kind.map(), w, h);
+    const auto camera =
+        std::make_shared<Camera>(kind.front() ? morvale::kFrontCamera : kBackCamera, kind.map(), w, h);
     const auto frames = std::make_shared<FrameSource>(w, h, kind.frames);
     for (int i = 0; i < kSettled; ++i) camera->run_frame(frames->next());
     return [=] { camera->run_frame(frames->next()); };

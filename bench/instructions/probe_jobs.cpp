@@ -77,7 +77,7 @@ Work normalise_output() {
 Work blur(decltype(GaussianBlur_Grid_Hori)* pass) {
   const auto from = std::make_shared<Bytes>(bench::picture(kWidth, 64, 1, 1));
   const auto to = std::make_shared<Bytes>(from->size());
-  const auto grid = std::make_shared<Bytes>(kGridColumns * 8);
+  const auto grid = std::make_shared<Bytes>(morvale::kBlurGridColumns * 8);
   for (size_t i = 0; i < grid->size(); i += 2) (*grid)[i] = 1;
   const auto weights = std::make_shared<std::vector<uint16_t>>(9);
   GFilterCreation(1.5f, 4, 8, weights->data());
@@ -85,7 +85,7 @@ Work blur(decltype(GaussianBlur_Grid_Hori)* pass) {
 }
 
 std::shared_ptr<Camera> front_camera() {
-  const auto camera = std::make_shared<Camera>(kFrontCamera, bench::portrait(), 1000, 750);
+  const auto camera = std::make_shared<Camera>(morvale::kFrontCamera, bench::portrait(), 1000, 750);
   camera->core().segFactor = 48;
   camera->core().scaleRatio = 1000 / 256.0f;
   return camera;
@@ -224,7 +224,7 @@ const std::vector<Job>& all_jobs() {
       {"DL_Human_Calc", persons},
       {"front_scene", front_scene},
       {"back_scene", back_scene},
-      {"front_frame", [] { return frame(kFrontCamera, bench::portrait(), 1000, 750); }},
+      {"front_frame", [] { return frame(morvale::kFrontCamera, bench::portrait(), 1000, 750); }},
       {"back_frame", [] { return frame(bench::kBackCamera, bench::person(), 480, 270); }},
   };
   return jobs;

@@ -565,10 +565,11 @@ using BlurKernel = void(const uint8_t*, uint8_t*, const uint8_t*, int, int, cons
 inline Status blur(BlurKernel* kernel, std::span<const uint8_t> src, std::span<uint8_t> dst,
                    std::span<const uint8_t> grid, int width, int height, std::span<const uint16_t> weights,
                    int radius, int bits) {
-  if (!within({width, height}) || width > kGridColumns * kGridCell) return Status::kBadSize;
+  if (!within({width, height}) || width > kBlurGridColumns * kBlurCell) return Status::kBadSize;
   if (radius < 0 || radius > 127 || (bits != 8 && bits != 14)) return Status::kBadSize;
   const int64_t pixels = luma_bytes(width, height);
-  const int64_t cells = rows_reach(eight_up(height) / kGridCell, kGridColumns, eight_up(width) / kGridCell);
+  const int64_t cells =
+      rows_reach(eight_up(height) / kBlurCell, kBlurGridColumns, eight_up(width) / kBlurCell);
   if (!holds(grid, cells) || !holds(weights, 2 * radius + 1)) return Status::kSourceTooSmall;
   return run(src, pixels, dst, pixels, [&](const uint8_t* in, uint8_t* out) {
     kernel(in, out, grid.data(), width, height, weights.data(), radius, bits);

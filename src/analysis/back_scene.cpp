@@ -22,8 +22,7 @@ constexpr int32_t kBackVersion = 5;
 /// The best region must exceed this share of the map.
 constexpr double kMinPersonShare = 0.0125;
 
-constexpr int kGridColumns = 19, kGridRows = 15;
-constexpr int kGridCells = kGridColumns * kGridRows;
+constexpr int kOccupancyCells = kOccupancyColumns * kOccupancyRows;
 
 /// The 12th grid word, offset 228 of the record, carries the resource hint instead.
 int32_t& hint_word(PersonWholeMeta& result) { return result.meta[3].box[3]; }
@@ -68,7 +67,7 @@ void clear_boxes(PersonWholeMeta& result) {
 /// The next grid word, most significant bit first; the cursor moves on by 32 cells. The word in which the
 /// cells end takes one byte behind them (always 0) and two more zeros; so do the words after it.
 uint32_t pack_word(const uint8_t* grid, int& cursor) {
-  constexpr int kLastCell = kGridCells - 1;
+  constexpr int kLastCell = kOccupancyCells - 1;
   uint32_t word = grid[cursor];
   if (cursor > kLastCell) return word << 2;
   for (int j = 1; j <= 31; ++j) {
@@ -104,9 +103,10 @@ void log_scene(const PersonWholeMeta& result, int32_t hint, const uint8_t* grid)
   const int32_t* box = result.meta[0].box;
   MORVALE_DEBUG("MorvaleMeta = qermHint %d ", hint);
   MORVALE_DEBUG("MorvaleMeta :: %d %d %d %d", box[0], box[1], box[2], box[3]);
-  for (int row = 0; row < kGridRows; ++row) {
-    char cells[kGridColumns + 1] = {};
-    for (int x = 0; x < kGridColumns; ++x) cells[x] = static_cast<char>('0' + grid[row * kGridColumns + x]);
+  for (int row = 0; row < kOccupancyRows; ++row) {
+    char cells[kOccupancyColumns + 1] = {};
+    for (int x = 0; x < kOccupancyColumns; ++x)
+      cells[x] = static_cast<char>('0' + grid[row * kOccupancyColumns + x]);
     MORVALE_DEBUG("MorvaleMeta :: %s", cells);
   }
 }
@@ -151,7 +151,7 @@ void MorvaleCore::argMax_back_only_human(uint8_t* segMap) {
     personBoxes[0] = box;
   }
 
-  resize_Y_1(labelMapA, gridMap, W, H, kGridColumns, kGridRows);
+  resize_Y_1(labelMapA, gridMap, W, H, kOccupancyColumns, kOccupancyRows);
   result.ver = kBackVersion;
   pack_grid(gridMap, result);
   hint_word(result) = inputData->qermHint;

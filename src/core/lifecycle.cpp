@@ -16,7 +16,8 @@
 namespace morvale {
 namespace {
 
-constexpr int kGridMapBytes = 855;  // three times the 19 x 15 cells in use; part of the interface
+/// Three times the cells in use; part of the interface.
+constexpr int kGridMapBytes = 3 * kOccupancyColumns * kOccupancyRows;
 
 struct Model {
   const char* side;

@@ -18,9 +18,6 @@
 namespace morvale {
 namespace {
 
-/// Above this gate value the camera service wants no analysis.
-constexpr float kGateLimit = 25.0f;
-
 /// The counter stands still while frames fail, so a message that asks this comes at every call or at none.
 bool every_24th(uint32_t frame_count) { return frame_count % 24 == 0; }
 

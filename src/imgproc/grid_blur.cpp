@@ -8,15 +8,13 @@
 namespace morvale {
 namespace {
 
-constexpr int kMaxRadius = 127;
-
 struct Kernel {
   const uint16_t* weights;
   int radius, bits;
 };
 
 bool marked(const uint8_t* grid, int x, int y) {
-  return grid[static_cast<ptrdiff_t>(y / kGridCell) * kGridColumns + x / kGridCell] != 0;
+  return grid[static_cast<ptrdiff_t>(y / kBlurCell) * kBlurGridColumns + x / kBlurCell] != 0;
 }
 
 /// The weighted mean around position `at` of a line of n pixels, `step` bytes apart; the line's ends repeat.
@@ -34,8 +32,8 @@ uint8_t weighted_mean(const uint8_t* line, ptrdiff_t step, int at, int n, const 
 using namespace morvale;
 
 int GFilterCreation(float sigma, int radius, int bits, uint16_t* weights) {
-  if (radius < 0 || radius > kMaxRadius || (bits != 8 && bits != 14)) return -1;
-  std::array<double, kMaxRadius + 1> shape{};  // by distance from the centre
+  if (radius < 0 || radius > kMaxBlurRadius || (bits != 8 && bits != 14)) return -1;
+  std::array<double, kMaxBlurRadius + 1> shape{};  // by distance from the centre
   const double s = sigma;
   double total = shape[0] = 1.0;
   for (int i = 1; i <= radius; ++i) {

@@ -57,7 +57,7 @@ TEST_F(AfterProcess, AfterAFailedFrameTheOldSlotIsAnalysedAndTheRingTurns) {
   ASSERT_EQ(run_frame(), 0);
   ASSERT_EQ(N0, 2);
   ScoreMap old = ScoreMap(32, 32, kBackground).paint(0, 0, 32, 8, kBody);
-  std::memcpy(N_segResult_Back + 2 * kRingSlotBytes, old.data(), old.bytes().size());
+  std::memcpy(N_segResult_Back + 2 * morvale::kRingSlotBytes, old.data(), old.bytes().size());
   platform().execute_result = 1;
   EXPECT_EQ(run_frame(), -1);
   EXPECT_EQ(core_.result.humanRatio, 25);
@@ -70,7 +70,7 @@ TEST_F(AfterProcess, TheCameraIsReadAgain) {
   set_frame(256, 256, 100);
   ASSERT_EQ(core_.Morvale_process(), 0);
   ScoreMap body(64, 64, kBody);
-  std::memcpy(N_segResult_Back + kRingSlotBytes, body.data(), body.bytes().size());
+  std::memcpy(N_segResult_Back + morvale::kRingSlotBytes, body.data(), body.bytes().size());
   record_.cameraType = 15;
   core_.Morvale_core_afterProcss();
   EXPECT_EQ(core_.result.humanRatio, 100);

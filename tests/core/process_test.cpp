@@ -16,8 +16,8 @@ using Lines = std::vector<std::string>;
 
 class Process : public CoreFixture {
  protected:
-  const uint8_t* front_slot(int slot) const { return N_segResult_Front + slot * kRingSlotBytes; }
-  const uint8_t* back_slot(int slot) const { return N_segResult_Back + slot * kRingSlotBytes; }
+  const uint8_t* front_slot(int slot) const { return N_segResult_Front + slot * morvale::kRingSlotBytes; }
+  const uint8_t* back_slot(int slot) const { return N_segResult_Back + slot * morvale::kRingSlotBytes; }
 };
 
 TEST_F(Process, TheGateOpensUpTo25AndOtherwiseClearsResultAndCounter) {
@@ -445,7 +445,7 @@ TEST_F(Process, ScoresFrom10BelowTo10AboveBecomeBytes) {
     EXPECT_EQ(front_slot(1)[i], cases[i].byte) << cases[i].logit;
   EXPECT_EQ(front_slot(1)[20'479], 255);
   EXPECT_EQ(front_slot(1)[20'480], 0);
-  EXPECT_EQ(std::count(back_slot(0), back_slot(3), 0), 3 * kRingSlotBytes);
+  EXPECT_EQ(std::count(back_slot(0), back_slot(3), 0), 3 * morvale::kRingSlotBytes);
 }
 
 // Frames one and two fill the slot before theirs with their own map; from the third on they blend. A jump of
@@ -458,7 +458,7 @@ TEST_F(Process, TheThirdFrameIsTheFirstToBlend) {
     start(c.camera);
     set_frame(256, 256, 100);
     const uint8_t* ring = c.camera == 16 ? N_segResult_Front : N_segResult_Back;
-    const auto slot = [&](int i) { return static_cast<int>(ring[i * kRingSlotBytes + 17]); };
+    const auto slot = [&](int i) { return static_cast<int>(ring[i * morvale::kRingSlotBytes + 17]); };
     answer(10.0f);
     ASSERT_EQ(run_frame(), 0);
     EXPECT_EQ(slot(1), 255);
@@ -516,7 +516,7 @@ TEST_F(Process, AFailedRunKeepsRingsAndCounter) {
     EXPECT_EQ(lines(kError), Lines{"Morvale vexa execute  fail"});
     EXPECT_EQ(core_.frameCount, 1u);
     EXPECT_TRUE(inputs.empty() && outputs.empty());
-    EXPECT_EQ(std::count(front_slot(0), front_slot(3), 77), 3 * kRingSlotBytes);
+    EXPECT_EQ(std::count(front_slot(0), front_slot(3), 77), 3 * morvale::kRingSlotBytes);
   }
 }
 
@@ -538,7 +538,7 @@ TEST_F(Process, ARunOf31MillisecondsIsReportedButCounts) {
   for (const Case& c : cases) {
     SCOPED_TRACE(testing::Message() << c.start_us << " + " << c.run_us);
     core_.frameCount = 0;
-    N_segResult_Front[kRingSlotBytes] = 0;
+    N_segResult_Front[morvale::kRingSlotBytes] = 0;
     platform().clock_us = c.start_us;
     platform().execute_us = c.run_us;
     forget();

@@ -47,14 +47,14 @@ auto method(void* library, const char* name) {
 void run_session(void* library) {
   std::vector<uint8_t> frame(640 * 480 * 3 / 2, 90);
   MorvaleData_t record{};
-  record.cameraType = kFrontCamera;
+  record.cameraType = morvale::kFrontCamera;
   record.width = 640;
   record.height = 480;
   record.yPlane = record.uvPlane = frame.data();
   alignas(MorvaleCore) std::byte core[sizeof(MorvaleCore)];
   method<void>(library, "_ZN11MorvaleCoreC1Ev")(core);
   method<int, MorvaleData_t*>(library, "_ZN11MorvaleCore17Morvale_core_initEP13MorvaleData_t")(core, &record);
-  method<int, int>(library, "_ZN11MorvaleCore21Morvale_core_setModelEi")(core, kFrontCamera);
+  method<int, int>(library, "_ZN11MorvaleCore21Morvale_core_setModelEi")(core, morvale::kFrontCamera);
   EXPECT_EQ(method<int>(library, "_ZN11MorvaleCore15Morvale_processEv")(core), 0);
   method<int>(library, "_ZN11MorvaleCore24Morvale_core_afterProcssEv")(core);
   PersonWholeMeta result{};

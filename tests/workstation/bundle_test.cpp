@@ -20,13 +20,13 @@ namespace {
 namespace fs = std::filesystem;
 using namespace morvale::session;
 
-const SessionInfo kInfo{kFrontCamera, 16, 4, 2, "bundle_test \"quoted\" \xff"};
+const SessionInfo kInfo{morvale::kFrontCamera, 16, 4, 2, "bundle_test \"quoted\" \xff"};
 constexpr size_t kScores = 4 * 4 * 5;
 
 FrameInput frame_input(int seed) {
   FrameInput input;
   MorvaleData_t& record = input.record;
-  record.cameraType = seed % 2 == 0 ? kFrontCamera : std::numeric_limits<int32_t>::min();
+  record.cameraType = seed % 2 == 0 ? morvale::kFrontCamera : std::numeric_limits<int32_t>::min();
   record.width = 6;
   record.height = 5;
   record.stride = seed % 2 == 0 ? 0 : 8;

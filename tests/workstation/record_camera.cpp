@@ -120,7 +120,7 @@ int main(int argc, char** argv) {
     if (what == "replay") {
       replay(which, results);
     } else {
-      film(which == "front" ? kFrontCamera : 0, what == "crash", results);
+      film(which == "front" ? morvale::kFrontCamera : 0, what == "crash", results);
     }
   } catch (const std::exception& error) {
     std::cerr << error.what() << '\n';

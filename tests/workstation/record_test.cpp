@@ -167,7 +167,7 @@ class RecordedEngineTest : public RecordTest {
 
   /// Frame i has the score i in every cell; frames 1 and 3 were not run, the run of frame 4 failed.
   void make_bundle(int32_t open_result) {
-    morvale::session::SessionInfo info{kFrontCamera, 16, 4, open_result, "test"};
+    morvale::session::SessionInfo info{morvale::kFrontCamera, 16, 4, open_result, "test"};
     morvale::session::BundleWriter writer(folder_ / "bundle", info);
     for (int i = 0; i < 6; ++i) {
       morvale::session::FrameOutput output;

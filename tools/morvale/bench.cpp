@@ -184,7 +184,7 @@ int bench_main(int argc, char** argv) {
   const std::vector<Frame> frames = frames_of(parse_size(options.size));
 
   DivertedOutput library_output(1);
-  TimedSession session(front ? kFrontCamera : 0);
+  TimedSession session(front ? morvale::kFrontCamera : 0);
   Progress progress(static_cast<size_t>(options.frames));
   for (int i = 0; i < options.frames; ++i) {
     progress.next(options.size);

@@ -130,7 +130,7 @@ void Recorder::executed(int32_t result, const float* scores, int32_t pad_size, d
     output_.execute_result = result;
     output_.network_ms = milliseconds;
     const ptrdiff_t side = pad_size / 4;
-    if (scores != nullptr) output_.logits.assign(scores, scores + side * side * kLabels);
+    if (scores != nullptr) output_.logits.assign(scores, scores + side * side * morvale::kLabels);
   });
 }
 
@@ -143,7 +143,7 @@ void Recorder::analysis_begins(const MorvaleCore& core) noexcept {
     const MorvaleData_t& record = *core.inputData;
     MorvaleData_t& taken = input_.record;
     taken.faceCount = record.faceCount;
-    std::copy_n(record.faces, kMaxFaces, taken.faces);
+    std::copy_n(record.faces, morvale::kMaxFaces, taken.faces);
     taken.qermHint = record.qermHint;
     taken.isUDC = record.isUDC;
     input_.after_process = true;
@@ -152,11 +152,11 @@ void Recorder::analysis_begins(const MorvaleCore& core) noexcept {
 }
 
 void Recorder::take_label_map(const MorvaleCore& core) {
-  const bool front = core.inputData->cameraType == kFrontCamera;
+  const bool front = core.inputData->cameraType == morvale::kFrontCamera;
   const void* ring = library_variable(front ? "N_segResult_Front" : "N_segResult_Back");
   if (ring == nullptr) throw BundleError("the library's label maps cannot be found");
-  const uint8_t* map = static_cast<const uint8_t*>(ring) + library_int("N0") * kRingSlotBytes;
-  output_.labels.assign(map, map + library_int("NETSIZE") * core.segFactor * kLabels);
+  const uint8_t* map = static_cast<const uint8_t*>(ring) + library_int("N0") * morvale::kRingSlotBytes;
+  output_.labels.assign(map, map + library_int("NETSIZE") * core.segFactor * morvale::kLabels);
 }
 
 void Recorder::frame_ends(const MorvaleCore& core, const PersonWholeMeta& result) noexcept {

@@ -2,12 +2,11 @@
 #include <stdexcept>
 #include <vector>
 
+#include <morvale/core/globals.h>
 #include "runtime/engine.h"
 
 namespace morvale::runtime {
 namespace {
-
-constexpr int32_t kLabels = 5;
 
 /// Scores of a made-up portrait on a side x side map: background, a body below, a face in the middle with
 /// hair around it. Sure scores, so that every stage behind the network has its full work.
@@ -23,9 +22,9 @@ std::vector<float> portrait(int32_t side) {
       if (inside(x, y, 0.5, 0.85, 0.32, 0.35)) label = 4;
       if (inside(x, y, 0.5, 0.33, 0.17, 0.22)) label = 1;
       if (inside(x, y, 0.5, 0.37, 0.13, 0.17)) label = 2;
-      float cell[kLabels] = {-6, -6, -6, -9, -6};
+      float cell[morvale::kLabels] = {-6, -6, -6, -9, -6};
       cell[label] = 8;
-      scores.insert(scores.end(), cell, cell + kLabels);
+      scores.insert(scores.end(), cell, cell + morvale::kLabels);
     }
   }
   return scores;
@@ -43,7 +42,7 @@ class FixedEngine final : public Engine {
   vexa::DataBuffer run(const vexa::DataBuffer& input) override {
     const auto scores = scores_.find(input.shape.size() == 4 ? input.shape[1] / 4 : 0);
     if (scores == scores_.end()) throw std::runtime_error("the input fits neither model");
-    return {scores->second.data(), {1, scores->first, scores->first, kLabels}};
+    return {scores->second.data(), {1, scores->first, scores->first, morvale::kLabels}};
   }
 
  private:

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include <morvale/core/globals.h>
 #include "runtime/engine.h"
 #include "runtime/onnx_signature.h"
 
@@ -14,7 +15,6 @@ namespace morvale::runtime {
 namespace {
 
 using Shape = std::vector<int32_t>;
-constexpr int32_t kLabels = 5;
 
 /// OpenCV reports a fault on standard error before it throws; the session's own line is to stand alone.
 class QuietOpenCv {
@@ -62,7 +62,7 @@ Shape fitting_input(const OnnxSignature& model, const std::string& input_name,
   if (side < 4 || side % 4 != 0 || in != Shape{1, side, side, 3}) {
     throw std::runtime_error("it takes " + to_text(in) + ", not 1xPxPx3");
   }
-  const Shape expected{1, side / 4, side / 4, kLabels};
+  const Shape expected{1, side / 4, side / 4, morvale::kLabels};
   if (out != expected) throw std::runtime_error("it gives " + to_text(out) + ", not " + to_text(expected));
   return in;
 }
@@ -93,7 +93,7 @@ class OnnxEngine final : public Engine {
   /// One run on zeros: proves that the graph keeps what the file declares, and leaves OpenCV's buffers in
   /// place.
   void probe() {
-    const Shape expected{1, input_shape_[1] / 4, input_shape_[1] / 4, kLabels};
+    const Shape expected{1, input_shape_[1] / 4, input_shape_[1] / 4, morvale::kLabels};
     const cv::Mat scores = forward(cv::Mat::zeros(4, input_shape_.data(), CV_32F));
     if (shape_of(scores) != expected || scores.type() != CV_32F) {
       throw std::runtime_error("it gave " + to_text(shape_of(scores)) + ", not " + to_text(expected));

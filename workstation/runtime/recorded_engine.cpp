@@ -7,13 +7,12 @@
 #include <utility>
 #include <vector>
 
+#include <morvale/core/globals.h>
 #include "runtime/engine.h"
 #include "session/bundle.h"
 
 namespace morvale::runtime {
 namespace {
-
-constexpr int32_t kLabels = 5;
 
 class RecordedEngine final : public Engine {
  public:
@@ -40,7 +39,7 @@ class RecordedEngine final : public Engine {
                                ": the run failed when it was recorded");
     }
     logits_ = std::move(output.logits);
-    return {logits_.data(), {1, info.net_size, info.net_size, kLabels}};
+    return {logits_.data(), {1, info.net_size, info.net_size, morvale::kLabels}};
   }
 
  private:

@@ -1,12 +1,12 @@
 #include "scene/camera.h"
 
+#include <morvale/core/globals.h>
 #include "core/frame_geometry.h"
 #include "scene/random.h"
 
 namespace morvale::scene {
 namespace {
 
-constexpr int kLabels = 5;
 constexpr float kAbsent = -7.0f, kPresent = 8.0f, kNever = -9.0f, kScoreNoise = 0.3f;
 
 uint8_t to_byte(float value) { return static_cast<uint8_t>(std::clamp(value + 0.5f, 0.0f, 255.0f)); }
@@ -78,9 +78,9 @@ std::vector<uint8_t> padded_labels(const std::vector<uint8_t>& labels, int width
 }
 
 /// How much of a cell, and of half a cell around it, each label has.
-std::array<float, kLabels> shares(const std::vector<uint8_t>& padded, int side, int cell_x, int cell_y,
-                                  int cell) {
-  std::array<float, kLabels> shares{};
+std::array<float, morvale::kLabels> shares(const std::vector<uint8_t>& padded, int side, int cell_x,
+                                           int cell_y, int cell) {
+  std::array<float, morvale::kLabels> shares{};
   int pixels = 0;
   const int reach = cell / 2;
   for (int y = std::max(cell_y * cell - reach, 0); y < std::min((cell_y + 1) * cell + reach, side); ++y) {
@@ -102,9 +102,9 @@ std::vector<float> scores_of(const std::vector<uint8_t>& labels, int width, int 
   std::vector<float> scores;
   for (int y = 0; y < network.output; ++y) {
     for (int x = 0; x < network.output; ++x) {
-      const std::array<float, kLabels> part = shares(padded, network.input, x, y, cell);
-      for (int label = 0; label < kLabels; ++label) {
-        const float chance = kScoreNoise * (2.0f * hash_unit(x * kLabels + label, y, seed) - 1.0f);
+      const std::array<float, morvale::kLabels> part = shares(padded, network.input, x, y, cell);
+      for (int label = 0; label < morvale::kLabels; ++label) {
+        const float chance = kScoreNoise * (2.0f * hash_unit(x * morvale::kLabels + label, y, seed) - 1.0f);
         const float sure = kAbsent + (kPresent - kAbsent) * part[static_cast<size_t>(label)];
         scores.push_back((label == 3 ? kNever : sure) + chance);
       }

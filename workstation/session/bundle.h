@@ -32,7 +32,7 @@ struct BundleError : std::runtime_error {
 };
 
 struct SessionInfo {
-  int32_t camera_type = kFrontCamera;
+  int32_t camera_type = morvale::kFrontCamera;
   int32_t pad_size = 256, net_size = 64;
   int32_t open_result = 0;  ///< what the runtime's open returned; -1: no model was loaded
   std::string made_by;      ///< program, version and how, for people

@@ -120,7 +120,7 @@ struct BundleReader::Files {
     if (line.execute_result.value_or(1) != 0)
       refuse(index, kMetadataFile, "has scores of a run that gave none");
     const NpyHead head = about(index, [&] { return read_npy_head(folder / line.logits); });
-    if (head.shape != std::vector<int32_t>{info.net_size, info.net_size, kLabels}) {
+    if (head.shape != std::vector<int32_t>{info.net_size, info.net_size, morvale::kLabels}) {
       refuse(index, line.logits, "the scores are not those of the session's model");
     }
   }

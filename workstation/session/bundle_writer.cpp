@@ -41,7 +41,7 @@ std::string pixel_file_name(int index, const MorvaleData_t& record) {
 std::string label_file_name(int index, const SessionInfo& info, size_t bytes) {
   const size_t columns = static_cast<size_t>(info.net_size);
   return numbered("labels/%06d", index) + "_" + std::to_string(columns) + "x" +
-         std::to_string(bytes / columns / kLabels) + "x" + std::to_string(kLabels) + ".bin";
+         std::to_string(bytes / columns / morvale::kLabels) + "x" + std::to_string(morvale::kLabels) + ".bin";
 }
 
 void write_whole(const fs::path& path, const void* data, size_t size) {
@@ -102,7 +102,7 @@ struct BundleWriter::Files {
     if (!output.logits.empty()) {
       if (!line.execute_result) line.execute_result = 0;
       line.logits = numbered("logits/%06d.npy", count);
-      write_npy(folder / line.logits, std::vector<int32_t>{info.net_size, info.net_size, kLabels},
+      write_npy(folder / line.logits, std::vector<int32_t>{info.net_size, info.net_size, morvale::kLabels},
                 output.logits);
     }
     if (!output.labels.empty()) {

@@ -25,12 +25,12 @@ inline uint64_t pixel_bytes(const MorvaleData_t& record) {
 
 /// Scores of one network run.
 inline size_t logit_count(const SessionInfo& info) {
-  return static_cast<size_t>(info.net_size) * static_cast<size_t>(info.net_size) * kLabels;
+  return static_cast<size_t>(info.net_size) * static_cast<size_t>(info.net_size) * morvale::kLabels;
 }
 
 /// A label map is some whole rows of the network's output.
 inline bool is_label_map(const SessionInfo& info, uint64_t bytes) {
-  const uint64_t row = static_cast<uint64_t>(info.net_size) * kLabels;
+  const uint64_t row = static_cast<uint64_t>(info.net_size) * morvale::kLabels;
   return bytes > 0 && bytes % row == 0 && bytes <= logit_count(info);
 }
 

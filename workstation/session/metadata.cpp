@@ -94,7 +94,7 @@ std::string file_at(const Json& json, const char* key, std::string_view folder) 
 
 Json faces_json(const MorvaleData_t& record) {
   Json faces = Json::array();
-  for (int i = 0; i < std::min(record.faceCount, kMaxFaces); ++i) {
+  for (int i = 0; i < std::min(record.faceCount, morvale::kMaxFaces); ++i) {
     const FaceRect& face = record.faces[i];
     faces.push_back({face.x, face.y, face.w, face.h});
   }
@@ -102,7 +102,7 @@ Json faces_json(const MorvaleData_t& record) {
 }
 
 void read_faces(const Json& faces, MorvaleData_t& record) {
-  const int count = std::clamp(record.faceCount, 0, kMaxFaces);
+  const int count = std::clamp(record.faceCount, 0, morvale::kMaxFaces);
   if (!faces.is_array() || faces.size() != static_cast<size_t>(count)) {
     refuse("\"faces\" does not hold " + std::to_string(count) + " rectangles");
   }

@@ -22,12 +22,19 @@ extern MORVALE_API int32_t VISUALDEBUG;
 /// N0 is the slot that the next frame writes, N1 the slot of the previous frame (the smoothing partner), N2
 /// is unused. Morvale_core_init sets 1, 0, 0; Morvale_core_afterProcss advances.
 extern MORVALE_API int32_t N0, N1, N2;
-constexpr int32_t kLabels = 5;
-constexpr int32_t kRingSlots = 3;
-constexpr int32_t kRingSlotBytes = 327680;  ///< 256 * 256 * kLabels
 extern MORVALE_API uint8_t N_segResult_Front[983040];
 extern MORVALE_API uint8_t N_segResult_Back[983040];
+
+namespace morvale {
+
+/// Labels of the network, scores of a cell.
+constexpr int32_t kLabels = 5;
+
+constexpr int32_t kRingSlots = 3;
+constexpr int32_t kRingSlotBytes = 256 * 256 * kLabels;
 static_assert(sizeof(N_segResult_Front) == kRingSlots * kRingSlotBytes);
+
+}  // namespace morvale
 
 /// The runtime session and the tensor descriptors handed to it. Created by Morvale_core_setModel, used by
 /// Morvale_process, released by Morvale_core_deinit (session_ keeps its stale value).

@@ -115,8 +115,8 @@ class MORVALE_API MorvaleCore {
 
   // Cleared by Morvale_core_init, written by the analyses:
   int32_t workWordsA[18];
-  int32_t personCount;              ///< persons or faces found in the last analysed frame
-  FaceRect personBoxes[kMaxFaces];  ///< {x, y, w, h}, frame pixels
+  int32_t personCount;                       ///< persons or faces found in the last analysed frame
+  FaceRect personBoxes[morvale::kMaxFaces];  ///< {x, y, w, h}, frame pixels
   int32_t workWordsB[5];
   PersonWholeMeta result;
 

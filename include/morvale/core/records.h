@@ -12,31 +12,41 @@ struct FaceRect {
 };
 static_assert(sizeof(FaceRect) == 16);
 
+namespace morvale {
+
 /// The value of MorvaleData_t::cameraType that means the front camera. Every other value is a back camera.
 constexpr int32_t kFrontCamera = 16;
+
+/// MorvaleData_t::gateLevel above this value: the camera service wants no analysis of the frame.
+constexpr float kGateLimit = 25.0f;
 
 /// How many faces or persons a record has room for.
 constexpr int32_t kMaxFaces = 5;
 
+/// Columns and rows of the occupancy grid that the back camera packs into the record.
+constexpr int kOccupancyColumns = 19, kOccupancyRows = 15;
+
+}  // namespace morvale
+
 /// The caller's record of one frame. The caller owns it, refreshes it before every frame and keeps it alive
 /// from Morvale_core_init to Morvale_core_deinit. The library reads only the named fields.
 struct MorvaleData_t {
-  int32_t cameraType;         ///<   0  kFrontCamera, or anything else for a back camera; read on every frame
-  int32_t unread0[3];         ///<   4  the caller's own
-  int32_t width;              ///<  16  frame width in pixels
-  int32_t height;             ///<  20  frame height in pixels
-  int32_t unread1[2];         ///<  24  the caller's own
-  float gateLevel;            ///<  32  above 25.0 the frame is not analysed and the result is cleared
-  int32_t unread2;            ///<  36  alignment of the pointer
-  uint8_t* yPlane;            ///<  40  luma plane; written by debug views and box drawings only
-  uint8_t* uvPlane;           ///<  48  chroma plane, V first; equal to yPlane: it follows the luma plane
-  int32_t unread3[4];         ///<  56  the caller's own
-  int32_t faceCount;          ///<  72  valid entries of faces, 0..5; further ones are ignored
-  FaceRect faces[kMaxFaces];  ///<  76  faces of the camera's own detector, frame pixels
-  int32_t stride;             ///< 156  bytes from one luma row to the next; 0 means width
-  int32_t unread4[2];         ///< 160  the caller's own
-  int32_t qermHint;           ///< 168  resource hint, passed through into the back camera's result
-  int32_t isUDC;              ///< 172  nonzero: the front camera sits under the display
+  int32_t cameraType;  ///<   0  kFrontCamera, or anything else for a back camera; read on every frame
+  int32_t unread0[3];  ///<   4  the caller's own
+  int32_t width;       ///<  16  frame width in pixels
+  int32_t height;      ///<  20  frame height in pixels
+  int32_t unread1[2];  ///<  24  the caller's own
+  float gateLevel;     ///<  32  above 25.0 the frame is not analysed and the result is cleared
+  int32_t unread2;     ///<  36  alignment of the pointer
+  uint8_t* yPlane;     ///<  40  luma plane; written by debug views and box drawings only
+  uint8_t* uvPlane;    ///<  48  chroma plane, V first; equal to yPlane: it follows the luma plane
+  int32_t unread3[4];  ///<  56  the caller's own
+  int32_t faceCount;   ///<  72  valid entries of faces, 0..5; further ones are ignored
+  FaceRect faces[morvale::kMaxFaces];  ///<  76  faces of the camera's own detector, frame pixels
+  int32_t stride;                      ///< 156  bytes from one luma row to the next; 0 means width
+  int32_t unread4[2];                  ///< 160  the caller's own
+  int32_t qermHint;                    ///< 168  resource hint, passed through into the back camera's result
+  int32_t isUDC;                       ///< 172  nonzero: the front camera sits under the display
 };
 static_assert(sizeof(MorvaleData_t) == 176 && std::is_trivially_copyable_v<MorvaleData_t>);
 static_assert(offsetof(MorvaleData_t, width) == 16 && offsetof(MorvaleData_t, gateLevel) == 32);
@@ -68,7 +78,7 @@ struct PersonWholeMeta {
   int32_t ver;         ///<   0  front: faces measured, or the camera's faces (0..5) where the map has none;
                        ///      back: 5 once a person candidate was seen
   int32_t humanRatio;  ///<   4  share of the label map classed as person, per cent
-  PersonMeta meta[kMaxFaces];  ///<   8, 64, 120, 176, 232
+  PersonMeta meta[morvale::kMaxFaces];  ///<   8, 64, 120, 176, 232
 };
 static_assert(sizeof(PersonWholeMeta) == 288 && std::is_trivially_copyable_v<PersonWholeMeta>);
 static_assert(offsetof(PersonWholeMeta, meta) == 8);

@@ -2,17 +2,22 @@
 /// buffers: no allocation, no state. Floating point must round to nearest, as it does unless the calling
 /// thread was set otherwise.
 ///
-/// The grid has one byte per cell of 8 x 8 pixels, kGridColumns bytes a row, whatever the picture's width:
-/// pixel (x, y) belongs to grid[(y / 8) * kGridColumns + x / 8]; nonzero marks it. So a picture may be up to
-/// 4800 pixels wide.
+/// The grid has one byte per cell of 8 x 8 pixels, morvale::kBlurGridColumns bytes a row, whatever the
+/// picture's width: pixel (x, y) belongs to grid[(y / 8) * kBlurGridColumns + x / 8]; nonzero marks it. So a
+/// picture may be up to 4800 pixels wide.
 #pragma once
 
 #include <cstdint>
 
 #include <morvale/core/export.h>
 
-constexpr int kGridColumns = 600;
-constexpr int kGridCell = 8;
+namespace morvale {
+
+constexpr int kBlurGridColumns = 600;
+constexpr int kBlurCell = 8;  ///< pixels, in both directions
+constexpr int kMaxBlurRadius = 127;
+
+}  // namespace morvale
 
 /// Weights of a Gaussian of standard deviation `sigma` (pixels) in fixed point with `bits` fractional bits,
 /// 8 or 14. weights has room for 2 * radius + 1 values; weights[radius] is the centre. They are

@@ -37,7 +37,7 @@ extern "C" void DestroyVexaSession(vexa::VexaSession* session) {
 int main() {
   std::vector<uint8_t> frame(640 * 480 * 3 / 2, 128);
   MorvaleData_t record{};
-  record.cameraType = kFrontCamera;
+  record.cameraType = morvale::kFrontCamera;
   record.width = 640;
   record.height = 480;
   record.yPlane = record.uvPlane = frame.data();
@@ -45,9 +45,9 @@ int main() {
   MorvaleCore core;
   PersonWholeMeta result{};
   const bool analysed = core.Morvale_core_init(&record) == 1 &&
-                        core.Morvale_core_setModel(kFrontCamera) == 1 && core.Morvale_process() == 0 &&
-                        core.Morvale_core_afterProcss() == 0 && core.Morvale_core_getresult(&result) == 1 &&
-                        core.Morvale_core_deinit() == 1;
+                        core.Morvale_core_setModel(morvale::kFrontCamera) == 1 &&
+                        core.Morvale_process() == 0 && core.Morvale_core_afterProcss() == 0 &&
+                        core.Morvale_core_getresult(&result) == 1 && core.Morvale_core_deinit() == 1;
   std::printf("ver %d humanRatio %d personCount %d luma %d\n", result.ver, result.humanRatio,
               core.personCount, result.meta[0].faceYavg);
   const bool expected = result.ver == 1 && result.humanRatio == 100 && result.meta[0].faceYavg == 128;

@@ -5,7 +5,7 @@
 
 namespace tool {
 
-const std::array<LabelStyle, kLabels> kLabelStyles = {{
+const std::array<LabelStyle, morvale::kLabels> kLabelStyles = {{
     {"background", {}},
     {"hair", {0, 159, 230}},
     {"face skin", {233, 180, 86}},
@@ -36,10 +36,10 @@ cv::Mat cells_below(const FrameReport& report, cv::Size size) {
 /// The scores of one label for every pixel; 0 below the map's last row.
 cv::Mat scores_of(const FrameReport& report, int label, const cv::Mat& cells) {
   const Geometry& geometry = report.geometry;
-  cv::Mat map(geometry.seg_factor, geometry.net_size * kLabels, CV_8UC1,
+  cv::Mat map(geometry.seg_factor, geometry.net_size * morvale::kLabels, CV_8UC1,
               const_cast<uint8_t*>(report.label_map.data()));
   cv::Mat plane, scores;
-  cv::extractChannel(map.reshape(kLabels), plane, label);
+  cv::extractChannel(map.reshape(morvale::kLabels), plane, label);
   cv::remap(plane, scores, cells, cv::noArray(), cv::INTER_LINEAR, cv::BORDER_REPLICATE);
   const int rows = static_cast<int>(std::ceil(cell_to_frame(geometry, {0.0, double(geometry.seg_factor)}).y /
                                               geometry.height * scores.rows));
@@ -48,7 +48,7 @@ cv::Mat scores_of(const FrameReport& report, int label, const cv::Mat& cells) {
 }
 
 /// 255 where `label` beats every other label; a tie is no win.
-cv::Mat won_by(int label, const std::array<cv::Mat, kLabels>& scores) {
+cv::Mat won_by(int label, const std::array<cv::Mat, morvale::kLabels>& scores) {
   const auto own = static_cast<size_t>(label);
   cv::Mat won(scores[own].size(), CV_8UC1, cv::Scalar(255));
   for (size_t other = 0; other < scores.size(); ++other)
@@ -71,10 +71,10 @@ cv::Point2d cell_to_frame(const Geometry& geometry, cv::Point2d cell) {
 void lay_labels_over(cv::Mat& picture, const FrameReport& report) {
   if (report.label_map.empty()) return;
   const cv::Mat cells = cells_below(report, picture.size());
-  std::array<cv::Mat, kLabels> scores;
-  for (int label = 0; label < kLabels; ++label)
+  std::array<cv::Mat, morvale::kLabels> scores;
+  for (int label = 0; label < morvale::kLabels; ++label)
     scores[static_cast<size_t>(label)] = scores_of(report, label, cells);
-  for (int label = 1; label < kLabels; ++label) {
+  for (int label = 1; label < morvale::kLabels; ++label) {
     const cv::Scalar color = kLabelStyles[static_cast<size_t>(label)].color;
     const cv::Mat won = won_by(label, scores);
     cv::Mat tinted;

@@ -15,7 +15,7 @@ struct LabelStyle {
 
 /// Names and colours of the labels. Background has no colour. The others are told apart by colour-blind
 /// people too.
-extern const std::array<LabelStyle, kLabels> kLabelStyles;
+extern const std::array<LabelStyle, morvale::kLabels> kLabelStyles;
 
 /// Where the centre of a frame pixel lies in the label map, in cells; the inverse of cell_to_frame.
 cv::Point2d frame_to_cell(const Geometry& geometry, cv::Point2d frame_pixel);

@@ -44,7 +44,8 @@ class RecordedFrames {
     const MorvaleData_t& record = line.input.record;
     report.process = line.process_result;
     report.gated = is_gated(line);
-    report.camera_faces.assign(record.faces, record.faces + std::clamp(record.faceCount, 0, kMaxFaces));
+    report.camera_faces.assign(record.faces,
+                               record.faces + std::clamp(record.faceCount, 0, morvale::kMaxFaces));
     report.geometry = geometry_of(source->bundle->info(), record);
     return report;
   }
@@ -132,7 +133,8 @@ void write_diff_page(const RecordSource& a, const RecordSource& b, Camera camera
     // here.
     if (index < a.frame_count() && before.size() != now.size()) before.clear(), now.clear();
     if (!now.empty())
-      report.geometry.seg_factor = static_cast<int>(now.size()) / (report.geometry.net_size * kLabels);
+      report.geometry.seg_factor =
+          static_cast<int>(now.size()) / (report.geometry.net_size * morvale::kLabels);
     report.label_map = std::move(now);
     baseline.label_maps.push_back(std::move(before));
     StageTimes times;

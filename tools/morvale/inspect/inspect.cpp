@@ -77,7 +77,7 @@ std::optional<InspectOptions> parse_inspect_options(int argc, char** argv) {
 /// What the bundle tells of the frame beside its record.
 std::string frame_text(const FrameLine& line) {
   const MorvaleData_t& record = line.input.record;
-  const int faces = std::clamp(record.faceCount, 0, kMaxFaces);
+  const int faces = std::clamp(record.faceCount, 0, morvale::kMaxFaces);
   std::string text = ", " + std::to_string(record.width) + "x" + std::to_string(record.height) + ", " +
                      std::to_string(faces) + " camera " + (faces == 1 ? "face" : "faces");
   if (is_gated(line)) text += ", gated";

@@ -119,8 +119,7 @@ void ValueRange::add(int64_t value) {
 }
 
 bool is_gated(const FrameLine& line) {
-  constexpr float kGateLimit = 25.0f;  // above it a frame is not analysed and its record is cleared
-  return line.process_result == 0 && line.input.record.gateLevel > kGateLimit;
+  return line.process_result == 0 && line.input.record.gateLevel > morvale::kGateLimit;
 }
 
 double percentile(const std::vector<double>& values, int percent) {
@@ -157,7 +156,7 @@ BundleSummary summary_of(const std::vector<FrameLine>& lines) {
     summary.with_pixels += !line.pixels.empty();
     summary.with_scores += !line.logits.empty();
     summary.with_labels += !line.labels.empty();
-    summary.camera_faces.add(std::clamp(record.faceCount, 0, kMaxFaces));
+    summary.camera_faces.add(std::clamp(record.faceCount, 0, morvale::kMaxFaces));
     if (line.network_ms) summary.network_ms.push_back(*line.network_ms);
   }
   std::sort(summary.network_ms.begin(), summary.network_ms.end());

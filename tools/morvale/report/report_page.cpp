@@ -63,8 +63,8 @@ std::string label_runs(std::span<const uint8_t> label_map) {
     if (length > 0) runs.push_back(static_cast<uint8_t>(run_label << 5 | (length - 1)));
     length = 0;
   };
-  for (size_t cell = 0; cell + kLabels <= label_map.size(); cell += kLabels) {
-    const auto scores = label_map.subspan(cell, kLabels);
+  for (size_t cell = 0; cell + morvale::kLabels <= label_map.size(); cell += morvale::kLabels) {
+    const auto scores = label_map.subspan(cell, morvale::kLabels);
     const int label = static_cast<int>(std::max_element(scores.begin(), scores.end()) - scores.begin());
     if (label != run_label || length == kLongestRun) flush();
     run_label = label;

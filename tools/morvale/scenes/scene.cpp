@@ -36,7 +36,7 @@ class ScriptedSession final : public SessionStub {
   void answer(std::vector<float> scores) { scores_ = std::move(scores); }
 
   int32_t execute(std::vector<vexa::DataBuffer>&, std::vector<vexa::DataBuffer>& out) override {
-    out.push_back({scores_.data(), {1, NETSIZE, NETSIZE, kLabels}});
+    out.push_back({scores_.data(), {1, NETSIZE, NETSIZE, morvale::kLabels}});
     return 0;
   }
 
@@ -55,7 +55,7 @@ std::vector<FaceRect> visible_faces(const SceneFrame& frame) {
 /// The caller's record as CameraService delivers it, for the bundle.
 MorvaleData_t record_of(const SceneCommand& command, const std::vector<FaceRect>& faces) {
   MorvaleData_t record{};
-  record.cameraType = command.camera == Camera::kFront ? kFrontCamera : 0;
+  record.cameraType = command.camera == Camera::kFront ? morvale::kFrontCamera : 0;
   record.width = record.stride = command.scene.width;
   record.height = command.scene.height;
   record.faceCount = static_cast<int32_t>(faces.size());

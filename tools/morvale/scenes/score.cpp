@@ -157,7 +157,7 @@ Score score_of(const std::string& path) {
                      "; make the scene anew.");
   Score score;
   score.bundle = path;
-  score.camera = bundle.info().camera_type == kFrontCamera ? Camera::kFront : Camera::kBack;
+  score.camera = bundle.info().camera_type == morvale::kFrontCamera ? Camera::kFront : Camera::kBack;
   choose_bundle(path);
   CameraService service(score.camera);
   Progress progress(truth.size());
@@ -166,8 +166,8 @@ Score score_of(const std::string& path) {
     const morvale::session::FrameInput input = bundle.input(index);
     const MorvaleData_t& record = input.record;
     const Frame frame{path, record.width, record.height, record.width, input.nv21};
-    const FrameReport report =
-        service.analyze(frame, {record.faces, record.faces + std::clamp(record.faceCount, 0, kMaxFaces)});
+    const FrameReport report = service.analyze(
+        frame, {record.faces, record.faces + std::clamp(record.faceCount, 0, morvale::kMaxFaces)});
     if (report.process != 0)
       throw RunError(path + ": frame " + std::to_string(index) + " failed in the library.");
     const PersonWholeMeta recorded = bundle.output(index).result;

@@ -34,8 +34,8 @@ Geometry geometry_of(const MorvaleCore& core, const MorvaleData_t& record) {
 /// The map that the last analysis read: Morvale_core_afterProcss has moved its slot to N1.
 std::vector<uint8_t> analysed_label_map(Camera camera, const Geometry& geometry) {
   const uint8_t* ring = camera == Camera::kFront ? N_segResult_Front : N_segResult_Back;
-  const uint8_t* slot = ring + N1 * kRingSlotBytes;
-  return {slot, slot + geometry.net_size * geometry.seg_factor * kLabels};
+  const uint8_t* slot = ring + N1 * morvale::kRingSlotBytes;
+  return {slot, slot + geometry.net_size * geometry.seg_factor * morvale::kLabels};
 }
 
 /// Bytes of a frame that the library may read, or draw into: also a luma plane whose rows overlap, which it
@@ -86,9 +86,13 @@ StageTimes replayed_times(const FrameReport& report, std::optional<double> recor
   return times;
 }
 
-Camera camera_of(int32_t camera_type) { return camera_type == kFrontCamera ? Camera::kFront : Camera::kBack; }
+Camera camera_of(int32_t camera_type) {
+  return camera_type == morvale::kFrontCamera ? Camera::kFront : Camera::kBack;
+}
 
-int32_t camera_type_of(Camera camera) { return camera == Camera::kFront ? kFrontCamera : kBackCamera; }
+int32_t camera_type_of(Camera camera) {
+  return camera == Camera::kFront ? morvale::kFrontCamera : kBackCamera;
+}
 
 CameraService::CameraService(Camera camera) {
   data_.cameraType = camera_type_of(camera);
@@ -105,7 +109,7 @@ CameraService::CameraService(const morvale::session::SessionInfo& recorded) {
   if (recorded.open_result != kNoModelLoaded) {
     // By its size: the first frame's camera type need not be that of the model that was loaded.
     constexpr int32_t kFrontModelSize = 256;
-    load_model(recorded.pad_size == kFrontModelSize ? kFrontCamera : kBackCamera);
+    load_model(recorded.pad_size == kFrontModelSize ? morvale::kFrontCamera : kBackCamera);
   } else {
     morvale_host_observe_log(keep_log_line, this);
     core_.Morvale_core_init(&data_);
@@ -139,7 +143,7 @@ FrameReport CameraService::analyze(const Frame& frame, const std::vector<FaceRec
   data_.height = frame.height;
   data_.stride = frame.stride;
   data_.yPlane = data_.uvPlane = planes_.data();  // equal pointers: the chroma plane follows the luma plane
-  data_.faceCount = static_cast<int32_t>(std::min(faces.size(), size_t{kMaxFaces}));
+  data_.faceCount = static_cast<int32_t>(std::min(faces.size(), size_t{morvale::kMaxFaces}));
   std::copy_n(faces.begin(), data_.faceCount, data_.faces);
   return run(/*after_process=*/true);
 }
@@ -162,10 +166,9 @@ FrameReport CameraService::replay(const morvale::session::FrameInput& input) {
 }
 
 FrameReport CameraService::run(bool after_process) {
-  constexpr float kGateLimit = 25.0f;  // above it Morvale_process clears the record and leaves
   FrameReport report;
   report.camera = camera_of(data_.cameraType);
-  report.camera_faces.assign(data_.faces, data_.faces + std::clamp(data_.faceCount, 0, kMaxFaces));
+  report.camera_faces.assign(data_.faces, data_.faces + std::clamp(data_.faceCount, 0, morvale::kMaxFaces));
   using Clock = std::chrono::steady_clock;
   report.times.start = Clock::now();
   report.process = core_.Morvale_process();
@@ -174,12 +177,13 @@ FrameReport CameraService::run(bool after_process) {
   report.times.analysed = Clock::now();
   core_.Morvale_core_getresult(&report.record);
   report.times.done = Clock::now();
-  report.gated = report.process == 0 && data_.gateLevel > kGateLimit;
+  // A gated frame: Morvale_process clears the record and leaves.
+  report.gated = report.process == 0 && data_.gateLevel > morvale::kGateLimit;
   report.status = core_.status;
   report.frame_count = core_.frameCount;
   report.geometry = geometry_of(core_, data_);
   report.person_boxes.assign(core_.personBoxes,
-                             core_.personBoxes + std::clamp(core_.personCount, 0, kMaxFaces));
+                             core_.personBoxes + std::clamp(core_.personCount, 0, morvale::kMaxFaces));
   // The analysis leaves at once while no frame was segmented since the start or a gated frame.
   if (after_process && report.frame_count > 0)
     report.label_map = analysed_label_map(report.camera, report.geometry);

@@ -87,7 +87,7 @@ class CameraService {
   CameraService(const CameraService&) = delete;
   CameraService& operator=(const CameraService&) = delete;
 
-  /// Sends one frame through. `faces`: at most kMaxFaces.
+  /// Sends one frame through. `faces`: at most morvale::kMaxFaces.
   FrameReport analyze(const Frame& frame, const std::vector<FaceRect>& faces);
 
   /// Sends one frame through as it was delivered when it was recorded. Without pixels the frame is grey.

@@ -49,7 +49,7 @@ class CascadeFaces : public FaceSource {
     std::sort(found.begin(), found.end(), [](const cv::Rect& a, const cv::Rect& b) {
       return std::tuple(-a.area(), a.y, a.x) < std::tuple(-b.area(), b.y, b.x);
     });
-    found.resize(std::min(found.size(), size_t{kMaxFaces}));
+    found.resize(std::min(found.size(), size_t{morvale::kMaxFaces}));
     std::vector<FaceRect> faces;
     for (const cv::Rect& box : found) faces.push_back({box.x, box.y, box.width, box.height});
     return faces;
@@ -91,7 +91,8 @@ class FileFaces : public FaceSource {
 
   std::vector<FaceRect> face_list(const json& list) const {
     if (!list.is_array()) fail("must hold lists of faces");
-    if (list.size() > kMaxFaces) fail("holds more than " + std::to_string(kMaxFaces) + " faces for a frame");
+    if (list.size() > morvale::kMaxFaces)
+      fail("holds more than " + std::to_string(morvale::kMaxFaces) + " faces for a frame");
     std::vector<FaceRect> faces;
     for (const json& face : list) {
       if (!face.is_object() || face.size() != 4) fail("must give each face as {\"x\", \"y\", \"w\", \"h\"}");

@@ -17,7 +17,7 @@ inline constexpr const char* kUsualCascade =
 class FaceSource {
  public:
   virtual ~FaceSource() = default;
-  /// The faces of a frame, at most kMaxFaces, largest or first-named first.
+  /// The faces of a frame, at most morvale::kMaxFaces, largest or first-named first.
   virtual std::vector<FaceRect> faces(const Frame& frame) = 0;
 };
 

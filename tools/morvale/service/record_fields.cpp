@@ -20,7 +20,7 @@ class FieldList {
         "5 once a person candidate was seen");
     add("humanRatio", "share of the label map that is person, per cent",
         "share of the label map that is body, per cent");
-    for (int block = 0; block < kMaxFaces; ++block) add_block(block);
+    for (int block = 0; block < morvale::kMaxFaces; ++block) add_block(block);
   }
   std::array<RecordField, kRecordWords> take() { return std::move(fields_); }
 

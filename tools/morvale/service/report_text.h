@@ -11,7 +11,7 @@
 
 namespace tool {
 
-constexpr int kGridColumns = 19, kGridRows = 15;
+constexpr int kGridColumns = morvale::kOccupancyColumns, kGridRows = morvale::kOccupancyRows;
 
 /// The occupancy grid of a back camera's record: 15 rows of 19 characters, '1' where somebody is.
 std::array<std::string, kGridRows> occupancy_grid(const PersonWholeMeta& record);

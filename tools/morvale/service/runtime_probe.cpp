@@ -21,7 +21,7 @@ int32_t RuntimeProbe::execute(std::vector<vexa::DataBuffer>& in, std::vector<vex
   run.end = std::chrono::steady_clock::now();
   if (run.result == 0 && !out.empty() && out.front().data != nullptr) {
     const auto* scores = static_cast<const float*>(out.front().data);
-    run.scores.assign(scores, scores + ptrdiff_t{NETSIZE} * NETSIZE * kLabels);
+    run.scores.assign(scores, scores + ptrdiff_t{NETSIZE} * NETSIZE * morvale::kLabels);
   }
   run_ = std::move(run);
   return run_->result;
