@@ -10,8 +10,8 @@
 
 #include <morvale/morvale.h>
 #include "common/command.h"
-#include "common/command_line.h"
 #include "common/diverted_output.h"
+#include "common/options.h"
 #include "common/progress.h"
 #include "service/camera_service.h"
 
@@ -164,18 +164,15 @@ std::string json(const std::vector<Stage>& stages) {
 
 int bench_main(int argc, char** argv) {
   BenchOptions options;
-  CLI::App app(kIntroduction, "morvale bench");
-  app.add_option("--camera", options.camera, "front or back (default: front)")
-      ->type_name("front|back")
-      ->check(one_of({"front", "back"}));
-  app.add_option("--size", options.size, "Frame size (default: 4000x3000 front, 1920x1080 back)")
-      ->type_name("WxH");
-  app.add_option("--frames", options.frames, "How many frames (default: 3000)")
-      ->type_name("N")
-      ->check(within(2, 1000000));
-  app.add_flag("--json", options.json, "One JSON object in place of the table");
-  app.footer(kExamples);
-  if (!parse_command_line(app, argc, argv)) return kExitDone;
+  const CommandLine line{
+      "morvale bench",
+      kIntroduction,
+      kExamples,
+      {{"--camera", &options.camera, "front or back (default: front)", "front|back"},
+       {"--size", &options.size, "Frame size (default: 4000x3000 front, 1920x1080 back)", "WxH"},
+       {"--frames", &options.frames, "How many frames (default: 3000)", "N", Range{2, 1000000}},
+       {"--json", &options.json, "One JSON object in place of the table"}}};
+  if (!parse_options(line, argc, argv)) return kExitDone;
 
   const bool front = options.camera == "front";
   if (options.size.empty()) options.size = front ? "4000x3000" : "1920x1080";

@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <nlohmann/json.hpp>
 #include <opencv2/core/version.hpp>
 #include <sstream>
 #include <string>
@@ -16,17 +15,18 @@
 
 #include <morvale/morvale.h>
 #include "common/command.h"
-#include "common/command_line.h"
 #include "common/diverted_output.h"
+#include "common/options.h"
 #include "common/sha256.h"
 #include "kernels/processor.h"
 #include "service/camera_service.h"
+#include "session/json.h"
 
 namespace tool {
 namespace {
 
 namespace fs = std::filesystem;
-using nlohmann::ordered_json;
+using morvale::session::Json;
 
 constexpr const char* kIntroduction =
     "Prints what a bug report needs: versions, processor, kernels, runtime, models, and a check of the "
@@ -168,11 +168,11 @@ std::string text_of(const Facts& facts) {
   return text;
 }
 
-ordered_json json_of(const Facts& facts) {
-  ordered_json json;
+Json json_of(const Facts& facts) {
+  Json json = Json::object();
   for (const auto& [name, value] : facts.lines) json[name] = value;
   json["models in"] = facts.model_folder;
-  json["models"] = ordered_json::array();
+  json["models"] = Json::array();
   for (const Model& model : facts.models)
     json["models"].push_back({{"name", model.name}, {"bytes", model.bytes}, {"sha256", model.sha256}});
   return json;
@@ -196,10 +196,11 @@ bool library_works() {
 
 int doctor_main(int argc, char** argv) {
   bool as_json = false;
-  CLI::App app(kIntroduction, "morvale doctor");
-  app.add_flag("--json", as_json, "One JSON object in place of the lines");
-  app.footer(kExamples);
-  if (!parse_command_line(app, argc, argv)) return kExitDone;
+  const CommandLine options{"morvale doctor",
+                            kIntroduction,
+                            kExamples,
+                            {{"--json", &as_json, "One JSON object in place of the lines"}}};
+  if (!parse_options(options, argc, argv)) return kExitDone;
   try {
     choose_model_folder(std::nullopt);
   } catch (const RunError&) {
@@ -213,9 +214,9 @@ int doctor_main(int argc, char** argv) {
   if (!as_json) {
     std::fputs(line("self-check", works ? "passed" : "FAILED").c_str(), stdout);
   } else {
-    ordered_json json = json_of(facts);
+    Json json = json_of(facts);
     json["self-check"] = works;
-    std::puts(json.dump(2, ' ', false, ordered_json::error_handler_t::replace).c_str());
+    std::puts(json.dump(2).c_str());
   }
   return works ? kExitDone : kExitFailed;
 }

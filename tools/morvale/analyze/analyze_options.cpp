@@ -1,9 +1,7 @@
 #include "analyze/analyze_options.h"
 
-#include <set>
-
 #include "common/command.h"
-#include "common/command_line.h"
+#include "common/options.h"
 
 namespace tool {
 namespace {
@@ -41,40 +39,33 @@ they so come out left of and above what they mean; the label map is drawn where 
 Exit status: 0 done, 1 a model did not open or a frame failed, 2 the command line or a file cannot be used.
 )";
 
-/// The raw text of options that need more than CLI11's own conversion.
+/// What the options say, before it is looked at closer.
 struct Texts {
-  std::string camera = "front", size, format = "json", model_dir;
-  int stride = 0;
+  std::string camera = "front", format = "json";
+  std::optional<std::string> size;
 };
 
-void declare(CLI::App& app, AnalyzeOptions& options, Texts& texts) {
-  app.add_option("INPUT", options.inputs, "Photographs and raw NV21 frames")->required()->type_name("");
-  app.add_option("--camera", texts.camera, "Whose analysis: front (default) or back")
-      ->type_name("front|back")
-      ->check(one_of({"front", "back"}));
-  app.add_option("--faces", options.faces,
-                 "The camera's faces: a JSON file, auto (default: a cascade) or none")
-      ->type_name("FILE|auto|none");
-  app.add_option("--cascade", options.cascade, "The cascade of --faces auto (default: frontalface_alt2)")
-      ->type_name("FILE");
-  app.add_option("--model-dir", texts.model_dir,
-                 "Folder of the network (default: $VEXA_MODEL_DIR, else ~/.cache/morvale/network)")
-      ->type_name("DIR");
-  app.add_option("--out", options.out, "Write an annotated PNG a frame into this folder")->type_name("DIR");
-  app.add_option("--size", texts.size, "A raw frame's size; photographs are resized to it")->type_name("WxH");
-  app.add_option("--stride", texts.stride, "Bytes from one row to the next (default: the width)")
-      ->type_name("N")
-      ->check(within(2, 1 << 20));
-  app.add_option("--repeat", options.repeat, "Send each frame N times through one session (default: 1)")
-      ->type_name("N")
-      ->check(within(1, 100000));
-  app.add_option("--format", texts.format, "One JSON object a frame (default) or a readable table")
-      ->type_name("json|table")
-      ->check(one_of({"json", "table"}));
-  app.add_option("--trace", options.trace, "Write the stages of each frame for Perfetto (ui.perfetto.dev)")
-      ->type_name("FILE");
-  app.add_flag("--verbose", options.verbose, "Show the library's own messages on standard error");
-  app.footer(kExamples);
+CommandLine command_line(AnalyzeOptions& options, Texts& texts) {
+  return {
+      "morvale analyze",
+      kIntroduction,
+      kExamples,
+      {{"INPUT", &options.inputs, "Photographs and raw NV21 frames", "", Required()},
+       {"--camera", &texts.camera, "Whose analysis: front (default) or back", "front|back"},
+       {"--faces", &options.faces, "The camera's faces: a JSON file, auto (default: a cascade) or none",
+        "FILE|auto|none"},
+       {"--cascade", &options.cascade, "The cascade of --faces auto (default: frontalface_alt2)", "FILE"},
+       {"--model-dir", &options.model_dir,
+        "Folder of the network (default: $VEXA_MODEL_DIR, else ~/.cache/morvale/network)", "DIR"},
+       {"--out", &options.out, "Write an annotated PNG a frame into this folder", "DIR"},
+       {"--size", &texts.size, "A raw frame's size; photographs are resized to it", "WxH"},
+       {"--stride", &options.shape.stride, "Bytes from one row to the next (default: the width)", "N",
+        Range{2, 1 << 20}},
+       {"--repeat", &options.repeat, "Send each frame N times through one session (default: 1)", "N",
+        Range{1, 100000}},
+       {"--format", &texts.format, "One JSON object a frame (default) or a readable table", "json|table"},
+       {"--trace", &options.trace, "Write the stages of each frame for Perfetto (ui.perfetto.dev)", "FILE"},
+       {"--verbose", &options.verbose, "Show the library's own messages on standard error"}}};
 }
 
 }  // namespace
@@ -82,15 +73,12 @@ void declare(CLI::App& app, AnalyzeOptions& options, Texts& texts) {
 std::optional<AnalyzeOptions> parse_analyze_options(int argc, char** argv) {
   AnalyzeOptions options;
   Texts texts;
-  CLI::App app(kIntroduction, "morvale analyze");
-  declare(app, options, texts);
-  if (!parse_command_line(app, argc, argv)) return std::nullopt;
+  const auto given = parse_options(command_line(options, texts), argc, argv);
+  if (!given) return std::nullopt;
   options.camera = texts.camera == "front" ? Camera::kFront : Camera::kBack;
   options.table = texts.format == "table";
-  if (app.count("--model-dir") > 0) options.model_dir = texts.model_dir;
-  if (app.count("--size") > 0) options.shape.size = parse_size(texts.size);
-  if (app.count("--stride") > 0) options.shape.stride = texts.stride;
-  if (app.count("--out") > 0 && options.out.empty()) throw UsageError("--out: the folder's name is empty.");
+  if (texts.size) options.shape.size = parse_size(*texts.size);
+  if (given->contains("--out") && options.out.empty()) throw UsageError("--out: the folder's name is empty.");
   return options;
 }
 

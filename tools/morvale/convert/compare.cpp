@@ -1,17 +1,17 @@
 /// `morvale compare`: how far two pictures are apart.
 #include <cmath>
 #include <cstdio>
-#include <nlohmann/json.hpp>
 
 #include "common/command.h"
-#include "common/command_line.h"
+#include "common/options.h"
 #include "pictures/picture_file.h"
 #include "pictures/plane_difference.h"
+#include "session/json.h"
 
 namespace tool {
 namespace {
 
-using nlohmann::ordered_json;
+using morvale::session::Json;
 
 constexpr const char* kIntroduction =
     "Compares two pictures of the same size, channel by channel: PSNR, SSIM, the largest difference, and "
@@ -39,7 +39,7 @@ Exit status: 0 the same (or within the tolerance), 1 different, 2 the command li
 )";
 
 struct CompareOptions {
-  std::string a, b, size_text;
+  std::string a, b;
   std::optional<FrameSize> size;
   double tolerance = 0;
   bool json = false;
@@ -47,18 +47,18 @@ struct CompareOptions {
 
 std::optional<CompareOptions> parse_compare_options(int argc, char** argv) {
   CompareOptions options;
-  CLI::App app(kIntroduction, "morvale compare");
-  app.add_option("A", options.a, "The first file")->required()->type_name("");
-  app.add_option("B", options.b, "The second file")->required()->type_name("");
-  app.add_option("--size", options.size_text, "The size of raw files; photographs are resized to it")
-      ->type_name("WxH");
-  app.add_option("--tolerance", options.tolerance, "The largest difference that counts as none (default: 0)")
-      ->type_name("N")
-      ->check(within(0.0, 1e9));
-  app.add_flag("--json", options.json, "One JSON object in place of the table");
-  app.footer(kExamples);
-  if (!parse_command_line(app, argc, argv)) return std::nullopt;
-  if (app.count("--size") > 0) options.size = parse_size_flag("--size", options.size_text);
+  std::optional<std::string> size;
+  const CommandLine line{"morvale compare",
+                         kIntroduction,
+                         kExamples,
+                         {{"A", &options.a, "The first file", "", Required()},
+                          {"B", &options.b, "The second file", "", Required()},
+                          {"--size", &size, "The size of raw files; photographs are resized to it", "WxH"},
+                          {"--tolerance", &options.tolerance,
+                           "The largest difference that counts as none (default: 0)", "N", Range{0, 1e9}},
+                          {"--json", &options.json, "One JSON object in place of the table"}}};
+  if (!parse_options(line, argc, argv)) return std::nullopt;
+  if (size) options.size = parse_size_flag("--size", *size);
   return options;
 }
 
@@ -99,13 +99,13 @@ void check_comparable(const Side& a, const Side& b) {
                      text_of(b.picture.size) + "; compare pictures of one size.");
 }
 
-ordered_json json_of(const PlaneDifference& plane) {
+Json json_of(const PlaneDifference& plane) {
   // The library writes infinite numbers as null.
-  ordered_json json = {{"plane", plane.name}};
+  Json json = {{"plane", plane.name}};
   if (plane.size.width > 0) {
     json["width"] = plane.size.width;
     json["height"] = plane.size.height;
-    json["ssim"] = plane.ssim ? ordered_json(*plane.ssim) : ordered_json();
+    json["ssim"] = plane.ssim ? Json(*plane.ssim) : Json();
   }
   json["psnr"] = plane.psnr();
   json["maxDifference"] = plane.largest;
@@ -115,18 +115,18 @@ ordered_json json_of(const PlaneDifference& plane) {
 }
 
 void print_json(const Side& a, const Side& b, const std::vector<PlaneDifference>& planes, bool same) {
-  ordered_json list = ordered_json::array();
+  Json list = Json::array();
   for (const PlaneDifference& plane : planes) list.push_back(json_of(plane));
   const PlaneDifference all = total(planes);
-  const ordered_json json = {{"a", a.path},
-                             {"b", b.path},
-                             {"width", a.picture.size.width},
-                             {"height", a.picture.size.height},
-                             {"identical", all.differing == 0},
-                             {"withinTolerance", same},
-                             {"planes", list},
-                             {"all", json_of(all)}};
-  std::puts(json.dump(-1, ' ', false, ordered_json::error_handler_t::replace).c_str());
+  const Json json = {{"a", a.path},
+                     {"b", b.path},
+                     {"width", a.picture.size.width},
+                     {"height", a.picture.size.height},
+                     {"identical", all.differing == 0},
+                     {"withinTolerance", same},
+                     {"planes", list},
+                     {"all", json_of(all)}};
+  std::puts(json.dump().c_str());
 }
 
 void print_line(const PlaneDifference& plane) {

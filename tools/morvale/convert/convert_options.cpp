@@ -3,7 +3,7 @@
 #include <charconv>
 
 #include "common/command.h"
-#include "common/command_line.h"
+#include "common/options.h"
 
 namespace tool {
 namespace {
@@ -42,9 +42,10 @@ leaves unwritten is 128 in chroma, 0 elsewhere. A grid file is a picture with on
 Exit status: 0 done, 1 the result cannot be written, 2 the command line or a file cannot be used.
 )";
 
-/// The raw text of options that need more than CLI11's own conversion.
+/// What the options say, before it is looked at closer.
 struct Texts {
-  std::string kernel, size, to, region;
+  std::string kernel;
+  std::optional<std::string> size, to, region;
 };
 
 /// "X,Y,W,H".
@@ -62,36 +63,37 @@ Region parse_region(const std::string& text) {
   return {numbers[0], numbers[1], numbers[2], numbers[3]};
 }
 
-template <class T>
-CLI::Option* declare_flag(CLI::App& app, FlagBit bit, T& value) {
-  for (const FlagInfo& info : kernel_flags()) {
-    if (info.bit == bit) return app.add_option(info.name, value, info.help)->type_name(info.value);
-  }
+Option kernel_flag(FlagBit bit, OptionTarget target, OptionRule rule = {}) {
+  for (const FlagInfo& info : kernel_flags())
+    if (info.bit == bit) return {info.name, target, info.help, info.value, rule};
   throw std::logic_error("a flag is missing in the table");
 }
 
-void declare(CLI::App& app, ConvertOptions& options, Texts& texts) {
-  constexpr int kFarMargin = 1 << 20;
+CommandLine command_line(ConvertOptions& options, Texts& texts) {
+  constexpr int kFar = 1 << 20;
+  constexpr Range kMargin{-kFar, kFar}, kLength{1, kFar};
   KernelFlags& flags = options.flags;
-  app.add_option("KERNEL", texts.kernel, "The kernel's name")->type_name("");
-  app.add_option("IN", options.in, "A raw file or a photograph")->type_name("");
-  app.add_option("OUT", options.out, "A raw file or one of an image format")->type_name("");
-  app.add_flag("--list", options.list, "Show the kernels, nothing else");
-  app.add_flag("--json", options.json, "With --list: as JSON");
-  app.add_option("--size", texts.size, "A raw file's size; photographs are resized to it")->type_name("WxH");
-  declare_flag(app, kMode, flags.mode);
-  declare_flag(app, kFactor, flags.factor)->check(within(1, 64));
-  declare_flag(app, kTo, texts.to);
-  declare_flag(app, kRightMargin, flags.right_margin)->check(within(-kFarMargin, kFarMargin));
-  declare_flag(app, kBottomMargin, flags.bottom_margin)->check(within(-kFarMargin, kFarMargin));
-  declare_flag(app, kOutWidth, flags.out_width)->check(within(1, kFarMargin));
-  declare_flag(app, kOutHeight, flags.out_height)->check(within(1, kFarMargin));
-  declare_flag(app, kRegion, texts.region);
-  declare_flag(app, kSigma, flags.sigma)->check(within(0.0, 1000.0));
-  declare_flag(app, kRadius, flags.radius)->check(within(0, 127));
-  declare_flag(app, kBits, flags.bits)->check(CLI::IsMember({8, 14}).description(""));
-  declare_flag(app, kGrid, flags.grid);
-  app.footer(kExamples);
+  return {"morvale convert",
+          kIntroduction,
+          kExamples,
+          {{"KERNEL", &texts.kernel, "The kernel's name"},
+           {"IN", &options.in, "A raw file or a photograph"},
+           {"OUT", &options.out, "A raw file or one of an image format"},
+           {"--list", &options.list, "Show the kernels, nothing else"},
+           {"--json", &options.json, "With --list: as JSON"},
+           {"--size", &texts.size, "A raw file's size; photographs are resized to it", "WxH"},
+           kernel_flag(kMode, &flags.mode),
+           kernel_flag(kFactor, &flags.factor, Range{1, 64}),
+           kernel_flag(kTo, &texts.to),
+           kernel_flag(kRightMargin, &flags.right_margin, kMargin),
+           kernel_flag(kBottomMargin, &flags.bottom_margin, kMargin),
+           kernel_flag(kOutWidth, &flags.out_width, kLength),
+           kernel_flag(kOutHeight, &flags.out_height, kLength),
+           kernel_flag(kRegion, &texts.region),
+           kernel_flag(kSigma, &flags.sigma, Range{0, 1000}),
+           kernel_flag(kRadius, &flags.radius, Range{0, 127}),
+           kernel_flag(kBits, &flags.bits),
+           kernel_flag(kGrid, &flags.grid)}};
 }
 
 const Kernel& kernel_named(const std::string& name) {
@@ -101,9 +103,9 @@ const Kernel& kernel_named(const std::string& name) {
   return *kernel;
 }
 
-void check_flags(const CLI::App& app, const Kernel& kernel) {
+void check_flags(const std::set<std::string>& all_given, const Kernel& kernel) {
   for (const FlagInfo& info : kernel_flags()) {
-    const bool given = app.count(info.name) > 0;
+    const bool given = all_given.contains(info.name);
     if (given && ((kernel.required | kernel.optional) & info.bit) == 0)
       throw UsageError(std::string(kernel.name) + " takes no " + info.name +
                        "; morvale convert --list shows its flags.");
@@ -118,9 +120,8 @@ void check_flags(const CLI::App& app, const Kernel& kernel) {
 std::optional<ConvertOptions> parse_convert_options(int argc, char** argv) {
   ConvertOptions options;
   Texts texts;
-  CLI::App app(kIntroduction, "morvale convert");
-  declare(app, options, texts);
-  if (!parse_command_line(app, argc, argv)) return std::nullopt;
+  const auto given = parse_options(command_line(options, texts), argc, argv);
+  if (!given) return std::nullopt;
   if (options.list) {
     if (!texts.kernel.empty()) throw UsageError("--list stands alone; give it or a kernel.");
     return options;
@@ -130,10 +131,10 @@ std::optional<ConvertOptions> parse_convert_options(int argc, char** argv) {
   options.kernel = &kernel_named(texts.kernel);
   if (options.in.empty() || options.out.empty())
     throw UsageError("IN and OUT are needed behind the kernel's name; see morvale convert --help.");
-  check_flags(app, *options.kernel);
-  if (app.count("--size") > 0) options.size = parse_size_flag("--size", texts.size);
-  if (app.count("--to") > 0) options.flags.to = parse_size_flag("--to", texts.to);
-  if (app.count("--region") > 0) options.flags.region = parse_region(texts.region);
+  check_flags(*given, *options.kernel);
+  if (texts.size) options.size = parse_size_flag("--size", *texts.size);
+  if (texts.to) options.flags.to = parse_size_flag("--to", *texts.to);
+  if (texts.region) options.flags.region = parse_region(*texts.region);
   return options;
 }
 

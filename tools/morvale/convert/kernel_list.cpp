@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <nlohmann/json.hpp>
 
 #include "convert/kernel_table.h"
+#include "session/json.h"
 
 namespace tool {
 namespace {
@@ -45,10 +45,10 @@ std::string kernel_table_text() {
 }
 
 std::string kernel_table_json() {
-  using nlohmann::ordered_json;
-  ordered_json list = ordered_json::array();
+  using morvale::session::Json;
+  Json list = Json::array();
   for (const Kernel& kernel : kernels()) {
-    ordered_json flags = ordered_json::array();
+    Json flags = Json::array();
     for (const FlagInfo& info : kernel_flags()) {
       const bool required = (kernel.required & info.bit) != 0;
       if (!required && (kernel.optional & info.bit) == 0) continue;

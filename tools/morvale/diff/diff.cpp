@@ -1,24 +1,24 @@
 /// `morvale diff`: where two recordings part.
 #include <algorithm>
 #include <cstdio>
-#include <nlohmann/json.hpp>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
 #include "common/command.h"
 #include "common/command_line.h"
+#include "common/options.h"
 #include "diff/diff_page.h"
 #include "diff/diff_records.h"
 #include "diff/diff_session.h"
 #include "inspect/inspect_source.h"
 #include "service/report_text.h"
+#include "session/json.h"
 
 namespace tool {
 namespace {
 
-using nlohmann::ordered_json;
+using morvale::session::Json;
 
 constexpr const char* kIntroduction =
     "Compares the result records of two recordings, frame by frame: the first frame and field that differ,\n"
@@ -59,27 +59,24 @@ std::optional<DiffOptions> parse_diff_options(int argc, char** argv) {
   DiffOptions options;
   std::vector<std::string> tolerances;
   std::string camera = "front", format = "text";
-  CLI::App app(kIntroduction, "morvale diff");
-  app.add_option("A", options.a, "A session bundle or a file of records")->required()->type_name("");
-  app.add_option("B", options.b, "What it is compared with")->required()->type_name("");
-  app.add_option("--tolerance", tolerances, "FIELD may be off by N, * in FIELD is anything (repeatable)")
-      ->type_name("FIELD=N")
-      ->allow_extra_args(false);
-  app.add_option("--camera", camera, "Whose bare records are (default: front); a bundle says it itself")
-      ->type_name("front|back")
-      ->check(one_of({"front", "back"}));
-  app.add_flag("--records-only", options.records_only, "Leave out the notes on inputs and scores");
-  app.add_option("--report", options.report, "Write report.html into this folder: A, B and what differs")
-      ->type_name("DIR");
-  app.add_option("--format", format, "Text (default) or one JSON object")
-      ->type_name("text|json")
-      ->check(one_of({"text", "json"}));
-  app.footer(kExamples);
-  if (!parse_command_line(app, argc, argv)) return std::nullopt;
+  const CommandLine line{
+      "morvale diff",
+      kIntroduction,
+      kExamples,
+      {{"A", &options.a, "A session bundle or a file of records", "", Required()},
+       {"B", &options.b, "What it is compared with", "", Required()},
+       {"--tolerance", &tolerances, "FIELD may be off by N, * in FIELD is anything (repeatable)", "FIELD=N"},
+       {"--camera", &camera, "Whose bare records are (default: front); a bundle says it itself",
+        "front|back"},
+       {"--records-only", &options.records_only, "Leave out the notes on inputs and scores"},
+       {"--report", &options.report, "Write report.html into this folder: A, B and what differs", "DIR"},
+       {"--format", &format, "Text (default) or one JSON object", "text|json"}}};
+  const auto given = parse_options(line, argc, argv);
+  if (!given) return std::nullopt;
   for (const std::string& tolerance : tolerances) options.tolerances.add(tolerance);
   options.camera = camera == "front" ? Camera::kFront : Camera::kBack;
   options.json = format == "json";
-  if (app.count("--report") > 0 && options.report.empty())
+  if (given->contains("--report") && options.report.empty())
     throw UsageError("--report: the folder's name is empty.");
   options.command = command_text(argc, argv);
   return options;
@@ -181,7 +178,7 @@ void print_text(const Difference& difference) {
   std::fputs(text.c_str(), stdout);
 }
 
-ordered_json json_of(const WordDifference& first) {
+Json json_of(const WordDifference& first) {
   const RecordField& field = record_fields()[first.field];
   return {{"frame", first.frame},
           {"field", field.name},
@@ -192,8 +189,8 @@ ordered_json json_of(const WordDifference& first) {
           {"meaning", field.meaning(first.camera)}};
 }
 
-ordered_json json_of(const std::vector<FieldDifferences>& fields) {
-  ordered_json list = ordered_json::array();
+Json json_of(const std::vector<FieldDifferences>& fields) {
+  Json list = Json::array();
   for (const FieldDifferences& difference : fields) {
     const RecordField& field = record_fields()[difference.field];
     list.push_back({{"field", field.name},
@@ -206,10 +203,10 @@ ordered_json json_of(const std::vector<FieldDifferences>& fields) {
   return list;
 }
 
-ordered_json json_of(const std::vector<SessionNote>& notes) {
-  ordered_json list = ordered_json::array();
+Json json_of(const std::vector<SessionNote>& notes) {
+  Json list = Json::array();
   for (const SessionNote& note : notes) {
-    const ordered_json first = note.first_frame < 0 ? ordered_json() : ordered_json(note.first_frame);
+    const Json first = note.first_frame < 0 ? Json() : Json(note.first_frame);
     const bool same = note.first_frame < 0 && note.detail.empty();
     list.push_back({{"what", note.what},
                     {"same", same},
@@ -222,16 +219,16 @@ ordered_json json_of(const std::vector<SessionNote>& notes) {
 
 void print_json(const Difference& difference) {
   const RecordsDiff& records = difference.records;
-  const ordered_json json = {{"a", difference.a.name},
-                             {"b", difference.b.name},
-                             {"frames", {difference.a.frame_count(), difference.b.frame_count()}},
-                             {"same", difference.same()},
-                             {"compared", records.compared},
-                             {"differing", records.differing_frames},
-                             {"tolerated", records.tolerated_frames},
-                             {"first", records.first ? json_of(*records.first) : ordered_json()},
-                             {"fields", json_of(records.fields)},
-                             {"notes", json_of(difference.notes)}};
+  const Json json = {{"a", difference.a.name},
+                     {"b", difference.b.name},
+                     {"frames", Json::array({difference.a.frame_count(), difference.b.frame_count()})},
+                     {"same", difference.same()},
+                     {"compared", records.compared},
+                     {"differing", records.differing_frames},
+                     {"tolerated", records.tolerated_frames},
+                     {"first", records.first ? json_of(*records.first) : Json()},
+                     {"fields", json_of(records.fields)},
+                     {"notes", json_of(difference.notes)}};
   std::fputs(text_line(json).c_str(), stdout);
 }
 

@@ -2,33 +2,39 @@
 
 #include <algorithm>
 #include <cstring>
-#include <nlohmann/json.hpp>
 #include <string_view>
+
+#include "session/json.h"
 
 namespace tool {
 namespace {
 
 using morvale::session::FrameLine;
 using morvale::session::FrameOutput;
+using morvale::session::Json;
 using morvale::session::SessionInfo;
-using nlohmann::ordered_json;
 
-std::string pair_text(const std::string& key, const ordered_json& a, const ordered_json& b) {
+std::string pair_text(const std::string& key, const Json& a, const Json& b) {
   return key + ": A " + a.dump() + ", B " + b.dump();
 }
 
+/// Null where there is none.
+Json member(const Json& object, const char* key) {
+  const Json* value = object.find(key);
+  return value != nullptr ? *value : Json();
+}
+
 /// The first of `keys` whose values differ, or nothing.
-std::string first_pair(const ordered_json& a, const ordered_json& b,
-                       std::initializer_list<const char*> keys) {
+std::string first_pair(const Json& a, const Json& b, std::initializer_list<const char*> keys) {
   for (const char* key : keys) {
-    const ordered_json left = a.value(key, ordered_json()), right = b.value(key, ordered_json());
+    const Json left = member(a, key), right = member(b, key);
     if (left != right) return pair_text(key, left, right);
   }
   return {};
 }
 
-ordered_json json_of(const FrameLine& line) {
-  return ordered_json::parse(morvale::session::frame_text(0, line));
+Json json_of(const FrameLine& line) {
+  return morvale::session::parse_json(morvale::session::frame_text(0, line));
 }
 
 SessionNote compare_lines(const char* what, const RecordSource& a, const RecordSource& b,
@@ -46,8 +52,9 @@ SessionNote compare_lines(const char* what, const RecordSource& a, const RecordS
 SessionNote compare_infos(const SessionInfo& a, const SessionInfo& b, size_t frames) {
   SessionNote note{"session", static_cast<int>(frames), -1, {}};
   // How it was made is for people; two makers may well record the same.
-  note.detail = first_pair(ordered_json::parse(session_text(a)), ordered_json::parse(session_text(b)),
-                           {"camera_type", "pad_size", "net_size", "open_result"});
+  note.detail =
+      first_pair(morvale::session::parse_json(session_text(a)), morvale::session::parse_json(session_text(b)),
+                 {"camera_type", "pad_size", "net_size", "open_result"});
   return note;
 }
 

@@ -2,11 +2,10 @@
 #include <algorithm>
 #include <cstdio>
 #include <optional>
-#include <set>
 #include <string>
 
 #include "common/command.h"
-#include "common/command_line.h"
+#include "common/options.h"
 #include "inspect/inspect_source.h"
 #include "inspect/inspect_summary.h"
 #include "inspect/inspect_words.h"
@@ -16,7 +15,7 @@ namespace tool {
 namespace {
 
 using morvale::session::FrameLine;
-using nlohmann::ordered_json;
+using morvale::session::Json;
 
 constexpr const char* kIntroduction =
     "Says in words what a recording or a file of result records holds: a summary of all frames, then the\n"
@@ -50,25 +49,20 @@ struct InspectOptions {
 std::optional<InspectOptions> parse_inspect_options(int argc, char** argv) {
   InspectOptions options;
   std::string camera = "front", format = "text";
-  CLI::App app(kIntroduction, "morvale inspect");
-  app.add_option("PATH", options.path,
-                 "A session bundle, a file of 288-byte records, or - for standard input")
-      ->required()
-      ->type_name("");
-  auto* frame = app.add_option("--frame", options.frame, "Whose record is told (default: 0)")
-                    ->type_name("N")
-                    ->check(within(0, 1 << 30));
-  app.add_flag("--all", options.all, "Every frame's record")->excludes(frame);
-  app.add_flag("--offsets", options.offsets, "The record word by word: offset, name, value, meaning");
-  app.add_flag("--hex", options.hex, "The record's 288 bytes");
-  app.add_option("--camera", camera, "Whose bare records are (default: front); a bundle says it itself")
-      ->type_name("front|back")
-      ->check(one_of({"front", "back"}));
-  app.add_option("--format", format, "Text (default) or one JSON object")
-      ->type_name("text|json")
-      ->check(one_of({"text", "json"}));
-  app.footer(kExamples);
-  if (!parse_command_line(app, argc, argv)) return std::nullopt;
+  const CommandLine line{
+      "morvale inspect",
+      kIntroduction,
+      kExamples,
+      {{"PATH", &options.path, "A session bundle, a file of 288-byte records, or - for standard input", "",
+        Required()},
+       {"--frame", &options.frame, "Whose record is told (default: 0)", "N", Range{0, 1 << 30}},
+       {"--all", &options.all, "Every frame's record", "", Excludes{"--frame"}},
+       {"--offsets", &options.offsets, "The record word by word: offset, name, value, meaning"},
+       {"--hex", &options.hex, "The record's 288 bytes"},
+       {"--camera", &camera, "Whose bare records are (default: front); a bundle says it itself",
+        "front|back"},
+       {"--format", &format, "Text (default) or one JSON object", "text|json"}}};
+  if (!parse_options(line, argc, argv)) return std::nullopt;
   options.camera = camera == "front" ? Camera::kFront : Camera::kBack;
   options.json = format == "json";
   return options;
@@ -97,10 +91,10 @@ void print_record(const RecordSource& source, int index, const InspectOptions& o
   std::fputs(text.c_str(), stdout);
 }
 
-ordered_json frame_json(const RecordSource& source, int index, const InspectOptions& options) {
+Json frame_json(const RecordSource& source, int index, const InspectOptions& options) {
   const PersonWholeMeta& record = source.records[static_cast<size_t>(index)];
   const Camera camera = source.camera_at(index, options.camera);
-  ordered_json json = {{"frame", index}, {"camera", camera == Camera::kFront ? "front" : "back"}};
+  Json json = {{"frame", index}, {"camera", camera == Camera::kFront ? "front" : "back"}};
   if (source.bundle) {
     const FrameLine& line = source.lines[static_cast<size_t>(index)];
     json["width"] = line.input.record.width;
@@ -132,8 +126,8 @@ int inspect_main(int argc, char** argv) {
     for (int index = first; index < end; ++index) print_record(source, index, *options);
     return kExitDone;
   }
-  ordered_json json = summary_json(source, camera);
-  json["records"] = ordered_json::array();
+  Json json = summary_json(source, camera);
+  json["records"] = Json::array();
   for (int index = first; index < end; ++index)
     json["records"].push_back(frame_json(source, index, *options));
   std::fputs(text_line(json).c_str(), stdout);

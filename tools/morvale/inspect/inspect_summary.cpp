@@ -11,8 +11,8 @@ namespace tool {
 namespace {
 
 using morvale::session::FrameLine;
+using morvale::session::Json;
 using morvale::session::SessionInfo;
-using nlohmann::ordered_json;
 
 std::string size_text(const MorvaleData_t& record) {
   const std::string size = std::to_string(record.width) + "x" + std::to_string(record.height);
@@ -28,8 +28,8 @@ std::string text_of(const ValueRange& range) {
   return range.least == range.most ? least : least + " to " + std::to_string(range.most);
 }
 
-ordered_json json_of(const ValueRange& range) {
-  return range.empty ? ordered_json() : ordered_json{{"least", range.least}, {"most", range.most}};
+Json json_of(const ValueRange& range) {
+  return range.empty ? Json() : Json{{"least", range.least}, {"most", range.most}};
 }
 
 std::string line(const char* name, const std::string& value) {
@@ -46,7 +46,7 @@ std::string network_text(const std::vector<double>& ms) {
   return text;
 }
 
-ordered_json network_json(const std::vector<double>& ms) {
+Json network_json(const std::vector<double>& ms) {
   if (ms.empty()) return nullptr;
   return {{"runs", ms.size()}, {"p50", percentile(ms, 50)}, {"p90", percentile(ms, 90)}, {"max", ms.back()}};
 }
@@ -91,7 +91,7 @@ std::string bundle_text(const RecordSource& source) {
   return text + line("camera's faces", text_of(summary.camera_faces));
 }
 
-ordered_json bundle_json(const RecordSource& source) {
+Json bundle_json(const RecordSource& source) {
   const SessionInfo& info = source.bundle->info();
   const BundleSummary summary = summary_of(source.lines);
   return {{"warning", source.bundle->warning()},
@@ -99,7 +99,7 @@ ordered_json bundle_json(const RecordSource& source) {
           {"padSize", info.pad_size},
           {"netSize", info.net_size},
           {"openResult", info.open_result},
-          {"sizes", summary.sizes},
+          {"sizes", Json::list(summary.sizes)},
           {"withPixels", summary.with_pixels},
           {"withScores", summary.with_scores},
           {"withLabels", summary.with_labels},
@@ -175,14 +175,14 @@ std::string summary_text(const RecordSource& source, Camera camera) {
   return text + line("person box", "in " + std::to_string(summary.person_box_frames) + " frames");
 }
 
-ordered_json summary_json(const RecordSource& source, Camera camera) {
+Json summary_json(const RecordSource& source, Camera camera) {
   const RecordSummary summary = summary_of(source, camera);
-  ordered_json json = {{"input", source.name},
-                       {"kind", source.bundle ? "bundle" : "records"},
-                       {"camera", name_of(camera)},
-                       {"frames", summary.frames},
-                       {"humanRatio", json_of(summary.human_ratio)},
-                       {"ver", json_of(summary.ver)}};
+  Json json = {{"input", source.name},
+               {"kind", source.bundle ? "bundle" : "records"},
+               {"camera", name_of(camera)},
+               {"frames", summary.frames},
+               {"humanRatio", json_of(summary.human_ratio)},
+               {"ver", json_of(summary.ver)}};
   if (camera == Camera::kFront)
     json["measuredFaces"] = json_of(summary.faces);
   else

@@ -1,12 +1,12 @@
 /// What a recording holds, over all of its frames.
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "inspect/inspect_source.h"
+#include "session/json.h"
 
 namespace tool {
 
@@ -40,6 +40,6 @@ bool is_gated(const morvale::session::FrameLine& line);
 double percentile(const std::vector<double>& values, int percent);
 
 std::string summary_text(const RecordSource& source, Camera camera);
-nlohmann::ordered_json summary_json(const RecordSource& source, Camera camera);
+morvale::session::Json summary_json(const RecordSource& source, Camera camera);
 
 }  // namespace tool

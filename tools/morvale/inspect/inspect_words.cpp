@@ -10,7 +10,7 @@
 namespace tool {
 namespace {
 
-using nlohmann::ordered_json;
+using morvale::session::Json;
 
 /// Mean, low and high of one channel. Wider than the record's words, which a damaged file fills with
 /// anything.
@@ -28,9 +28,7 @@ std::string text_of(const Band& band) {
          ")";
 }
 
-ordered_json json_of(const Band& band) {
-  return {{"mean", band.mean}, {"low", band.low}, {"high", band.high}};
-}
+Json json_of(const Band& band) { return {{"mean", band.mean}, {"low", band.low}, {"high", band.high}}; }
 
 bool is_cleared(const PersonWholeMeta& record) {
   const PersonWholeMeta cleared{};
@@ -106,20 +104,20 @@ std::string record_words(const PersonWholeMeta& record, Camera camera) {
   return camera == Camera::kFront ? front_words(record) : back_words(record);
 }
 
-ordered_json record_json(const PersonWholeMeta& record, Camera camera) {
-  ordered_json json = {{"ver", record.ver}, {"humanRatio", record.humanRatio}};
+Json record_json(const PersonWholeMeta& record, Camera camera) {
+  Json json = {{"ver", record.ver}, {"humanRatio", record.humanRatio}};
   if (camera == Camera::kBack) {
     const FaceRect box = person_box(record);
     json["personBox"] = {{"x", box.x}, {"y", box.y}, {"w", box.w}, {"h", box.h}};
     json["qermHint"] = resource_hint(record);
-    json["grid"] = occupancy_grid(record);
+    json["grid"] = Json::list(occupancy_grid(record));
     return json;
   }
-  json["faces"] = ordered_json::array();
+  json["faces"] = Json::array();
   for (int i = 0; i < face_blocks(record, camera); ++i) {
     const PersonMeta& face = record.meta[i];
     json["faces"].push_back({{"luma", face.faceYavg},
-                             {"brightCount", face.brightCount},
+                             {"brightCount", Json::list(face.brightCount)},
                              {"skinRatio", face.skinRatio},
                              {"hue", json_of(band_of(face, 0))},
                              {"saturation", json_of(band_of(face, 1))},
@@ -139,8 +137,8 @@ std::string word_table(const PersonWholeMeta& record, Camera camera) {
   return table;
 }
 
-ordered_json words_json(const PersonWholeMeta& record, Camera camera) {
-  ordered_json list = ordered_json::array();
+Json words_json(const PersonWholeMeta& record, Camera camera) {
+  Json list = Json::array();
   for (const RecordField& field : record_fields()) {
     list.push_back({{"offset", field.offset},
                     {"field", field.name},

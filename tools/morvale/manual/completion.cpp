@@ -1,11 +1,11 @@
 /// `morvale completion`: what a shell needs to complete morvale's command lines.
 #include "manual/completion.h"
 
-#include <algorithm>
 #include <set>
 
 #include "common/command.h"
 #include "common/command_line.h"
+#include "common/options.h"
 #include "convert/kernel_table.h"
 
 namespace tool {
@@ -24,25 +24,6 @@ constexpr const char* kExamples = R"(Examples:
 
 An installed morvale brings both scripts; nothing needs to be done for it.
 )";
-
-/// "front|back" as its parts.
-std::vector<std::string> alternatives(const std::string& value) {
-  std::vector<std::string> parts{""};
-  for (const char c : value) {
-    if (c == '|')
-      parts.emplace_back();
-    else
-      parts.back() += c;
-  }
-  return parts;
-}
-
-/// Helps write words to be typed as they are in lower case, and what stands for something in capitals.
-bool is_word(const std::string& part) {
-  return !part.empty() && std::all_of(part.begin(), part.end(), [](char c) {
-    return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' || c == '_';
-  });
-}
 
 }  // namespace
 
@@ -70,13 +51,11 @@ std::string shell_quoted(std::string_view text) {
 
 int completion_main(int argc, char** argv) {
   std::string shell;
-  CLI::App app(kIntroduction, "morvale completion");
-  app.add_option("SHELL", shell, "The shell")
-      ->required()
-      ->type_name("bash|zsh")
-      ->check(one_of({"bash", "zsh"}));
-  app.footer(kExamples);
-  if (!parse_command_line(app, argc, argv)) return kExitDone;
+  const CommandLine line{"morvale completion",
+                         kIntroduction,
+                         kExamples,
+                         {{"SHELL", &shell, "The shell", "bash|zsh", Required()}}};
+  if (!parse_options(line, argc, argv)) return kExitDone;
   const std::vector<CommandHelp> commands = all_command_helps();
   print_text(shell == "bash" ? bash_completion(commands) : zsh_completion(commands));
   return kExitDone;

@@ -6,6 +6,7 @@
 #include "common/command.h"
 #include "common/command_help.h"
 #include "common/command_line.h"
+#include "common/options.h"
 #include "manual/manual_layout.h"
 #include "manual/roff.h"
 
@@ -170,9 +171,7 @@ void write_tail(Roff& roff) {
 }  // namespace
 
 int manual_main(int argc, char** argv) {
-  CLI::App app(kIntroduction, "morvale manual");
-  app.footer(kExamples);
-  if (!parse_command_line(app, argc, argv)) return kExitDone;
+  if (!parse_options({"morvale manual", kIntroduction, kExamples, {}}, argc, argv)) return kExitDone;
   const std::vector<CommandHelp> commands = all_command_helps();
   Roff roff("MORVALE", "Morvale Capture " MORVALE_VERSION, "User Commands");
   write_head(roff, commands);

@@ -27,12 +27,12 @@ std::string csv_text(const std::string& text) {
 
 std::string replay_json_line(const std::string& source_name, int frame, const FrameReport& report,
                              const LineExtras& extras) {
-  nlohmann::ordered_json line = json_of(source_name, frame, report);
+  morvale::session::Json line = json_of(source_name, frame, report);
   line["gated"] = report.gated;
   if (!extras.picture.empty()) line["picture"] = extras.picture;
   if (extras.times) {
     const auto json = [](std::optional<double> ms) {
-      return ms ? nlohmann::ordered_json(std::stod(ms_text(ms))) : nlohmann::ordered_json(nullptr);
+      return ms ? morvale::session::Json(std::stod(ms_text(ms))) : morvale::session::Json(nullptr);
     };
     line["networkMs"] = json(extras.times->network);
     line["processMs"] = json(extras.times->process);

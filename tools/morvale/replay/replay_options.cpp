@@ -1,9 +1,8 @@
 #include "replay/replay_options.h"
 
-#include <set>
-
 #include "common/command.h"
 #include "common/command_line.h"
+#include "common/options.h"
 
 namespace tool {
 namespace {
@@ -40,69 +39,62 @@ Exit status: 0 done, 1 a model did not open, a frame failed or a record is not a
 a file cannot be used, 130 stopped by Ctrl-C.
 )";
 
-/// The raw text of options that need more than CLI11's own conversion.
+/// What the options say, before it is looked at closer.
 struct Texts {
-  std::string camera, size, format = "json", model_dir;
-  int frames = 0, debug_level = 0;
-  float gate = 0;
+  std::optional<std::string> camera, size;
+  std::string format = "json";
 };
 
-void declare_selection(CLI::App& app, ReplayOptions& options, Texts& texts) {
-  constexpr int kMost = 100000000;
-  app.add_option("--start", options.start, "The first frame, counted from 0 (default: 0)")
-      ->type_name("N")
-      ->check(within(0, kMost));
-  app.add_option("--frames", texts.frames,
-                 "At most so many frames (default: all); with --pan: the frames of its one round (120)")
-      ->type_name("N")
-      ->check(within(1, kMost));
-  app.add_option("--every", options.every, "Every Nth frame only (default: 1)")
-      ->type_name("N")
-      ->check(within(1, kMost));
-  app.add_option("--repeat", options.repeat, "The chosen frames N times in a row (default: 1)")
-      ->type_name("N")
-      ->check(within(1, 100000));
+std::vector<Option> selection(ReplayOptions& options) {
+  constexpr Range kAny{0, 100000000}, kCount{1, 100000000};
+  return {
+      {"--start", &options.start, "The first frame, counted from 0 (default: 0)", "N", kAny},
+      {"--frames", &options.frames,
+       "At most so many frames (default: all); with --pan: the frames of its one round (120)", "N", kCount},
+      {"--every", &options.every, "Every Nth frame only (default: 1)", "N", kCount},
+      {"--repeat", &options.repeat, "The chosen frames N times in a row (default: 1)", "N",
+       Range{1, 100000}}};
 }
 
-void declare_session(CLI::App& app, ReplayOptions& options, Texts& texts) {
-  app.add_option("--camera", texts.camera, "Whose analysis (default: the recording's, else front)")
-      ->type_name("front|back")
-      ->check(one_of({"front", "back"}));
-  app.add_option("--gate", texts.gate, "The gate level of every frame; above 25 a frame is not analysed")
-      ->type_name("LEVEL");
-  app.add_flag("--udc", options.udc, "The front camera sits under the display");
-  app.add_option("--debug-level", texts.debug_level,
-                 "The library's debug level: drawings in the picture, more log")
-      ->type_name("N")
-      ->check(within(0, 2));
-  app.add_option("--engine", options.engine,
-                 "What answers for the network (default: auto, a recording where there is one)")
-      ->type_name("auto|recorded|onnx|fixed")
-      ->check(one_of({"auto", "recorded", "onnx", "fixed"}));
-  app.add_option("--model-dir", texts.model_dir,
-                 "Folder of the network (default: $VEXA_MODEL_DIR, else ~/.cache/morvale/network)")
-      ->type_name("DIR");
-  app.add_option("--faces", options.faces,
-                 "The camera's faces: a JSON file, auto (default: a cascade) or none")
-      ->type_name("FILE|auto|none");
-  app.add_option("--cascade", options.cascade, "The cascade of --faces auto (default: frontalface_alt2)")
-      ->type_name("FILE");
+std::vector<Option> session(ReplayOptions& options, Texts& texts) {
+  return {
+      {"--camera", &texts.camera, "Whose analysis (default: the recording's, else front)", "front|back"},
+      {"--gate", &options.gate, "The gate level of every frame; above 25 a frame is not analysed", "LEVEL"},
+      {"--udc", &options.udc, "The front camera sits under the display"},
+      {"--debug-level", &options.debug_level, "The library's debug level: drawings in the picture, more log",
+       "N", Range{0, 2}},
+      {"--engine", &options.engine,
+       "What answers for the network (default: auto, a recording where there is one)",
+       "auto|recorded|onnx|fixed"},
+      {"--model-dir", &options.model_dir,
+       "Folder of the network (default: $VEXA_MODEL_DIR, else ~/.cache/morvale/network)", "DIR"},
+      {"--faces", &options.faces, "The camera's faces: a JSON file, auto (default: a cascade) or none",
+       "FILE|auto|none"},
+      {"--cascade", &options.cascade, "The cascade of --faces auto (default: frontalface_alt2)", "FILE"}};
 }
 
-void declare_output(CLI::App& app, ReplayOptions& options, Texts& texts) {
-  app.add_option("--record", options.record, "Record the session as a bundle in this new folder")
-      ->type_name("DIR");
-  app.add_option("--report", options.report, "Write report.html into this folder")->type_name("DIR");
-  app.add_option("--trace", options.trace, "Write the stages of each frame for Perfetto")->type_name("FILE");
-  app.add_option("--format", texts.format, "JSON lines (default), CSV or nothing on standard output")
-      ->type_name("json|csv|none")
-      ->check(one_of({"json", "csv", "none"}));
-  app.add_flag("--times", options.times,
-               "Add the milliseconds of network, process and analysis to each line");
-  app.add_option("--jobs", options.jobs, "Replay so many inputs at a time, each in a process of its own")
-      ->type_name("N")
-      ->check(within(1, 1024));
-  app.add_flag("--verbose", options.verbose, "Show the library's own messages on standard error");
+std::vector<Option> output(ReplayOptions& options, Texts& texts) {
+  return {
+      {"--record", &options.record, "Record the session as a bundle in this new folder", "DIR"},
+      {"--report", &options.report, "Write report.html into this folder", "DIR"},
+      {"--trace", &options.trace, "Write the stages of each frame for Perfetto", "FILE"},
+      {"--format", &texts.format, "JSON lines (default), CSV or nothing on standard output", "json|csv|none"},
+      {"--times", &options.times, "Add the milliseconds of network, process and analysis to each line"},
+      {"--jobs", &options.jobs, "Replay so many inputs at a time, each in a process of its own", "N",
+       Range{1, 1024}},
+      {"--verbose", &options.verbose, "Show the library's own messages on standard error"}};
+}
+
+CommandLine command_line(ReplayOptions& options, Texts& texts) {
+  CommandLine line{"morvale replay", kIntroduction, kExamples, {}};
+  line.options = {{"INPUT", &options.inputs, "Recordings, videos, folders of pictures, -"},
+                  {"--pan", &options.pan, "Pan and zoom over this photograph in place of an INPUT", "PHOTO"},
+                  {"--size", &texts.size,
+                   "Size of pictures and of panned frames (default: theirs; 640x480 panned)", "WxH"}};
+  for (const std::vector<Option>& part :
+       {selection(options), session(options, texts), output(options, texts)})
+    line.options.insert(line.options.end(), part.begin(), part.end());
+  return line;
 }
 
 /// What cannot be meant together.
@@ -122,24 +114,9 @@ void check(const ReplayOptions& options) {
 std::optional<ReplayOptions> parse_replay_options(int argc, char** argv) {
   ReplayOptions options;
   Texts texts;
-  CLI::App app(kIntroduction, "morvale replay");
-  app.add_option("INPUT", options.inputs, "Recordings, videos, folders of pictures, -")->type_name("");
-  app.add_option("--pan", options.pan, "Pan and zoom over this photograph in place of an INPUT")
-      ->type_name("PHOTO");
-  app.add_option("--size", texts.size,
-                 "Size of pictures and of panned frames (default: theirs; 640x480 panned)")
-      ->type_name("WxH");
-  declare_selection(app, options, texts);
-  declare_session(app, options, texts);
-  declare_output(app, options, texts);
-  app.footer(kExamples);
-  if (!parse_command_line(app, argc, argv)) return std::nullopt;
-  if (app.count("--camera") > 0) options.camera = texts.camera == "front" ? Camera::kFront : Camera::kBack;
-  if (app.count("--gate") > 0) options.gate = texts.gate;
-  if (app.count("--debug-level") > 0) options.debug_level = texts.debug_level;
-  if (app.count("--model-dir") > 0) options.model_dir = texts.model_dir;
-  if (app.count("--size") > 0) options.shape.size = parse_size(texts.size);
-  if (app.count("--frames") > 0) options.frames = texts.frames;
+  if (!parse_options(command_line(options, texts), argc, argv)) return std::nullopt;
+  if (texts.camera) options.camera = *texts.camera == "front" ? Camera::kFront : Camera::kBack;
+  if (texts.size) options.shape.size = parse_size(*texts.size);
   options.format = texts.format == "csv"    ? LineFormat::kCsv
                    : texts.format == "none" ? LineFormat::kNone
                                             : LineFormat::kJson;

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <nlohmann/json.hpp>
 
 #include "analyze/label_overlay.h"
 #include "common/atomic_file.h"
@@ -15,36 +14,36 @@
 #include "report/report_template.h"
 #include "service/record_fields.h"
 #include "service/report_text.h"
+#include "session/json.h"
 
 namespace tool {
 namespace {
 
-using nlohmann::ordered_json;
+using morvale::session::Json;
 using Bytes = std::vector<uint8_t>;
 
 constexpr std::string_view kMarker = "@@MORVALE_REPORT_DATA@@";
 constexpr int kUsualFrames = 300;
 
-ordered_json json_of(const std::vector<FaceRect>& boxes) {
-  ordered_json list = ordered_json::array();
-  for (const FaceRect& box : boxes) list.push_back({box.x, box.y, box.w, box.h});
+Json json_of(const std::vector<FaceRect>& boxes) {
+  Json list = Json::array();
+  for (const FaceRect& box : boxes) list.push_back(Json::array({box.x, box.y, box.w, box.h}));
   return list;
 }
 
-ordered_json label_styles() {
-  ordered_json list = ordered_json::array();
+Json label_styles() {
+  Json list = Json::array();
   for (size_t label = 0; label < kLabelStyles.size(); ++label) {
     const cv::Scalar& color = kLabelStyles[label].color;
     char text[8];
     std::snprintf(text, sizeof text, "#%02x%02x%02x", int(color[2]), int(color[1]), int(color[0]));
-    list.push_back({{"name", kLabelStyles[label].name},
-                    {"color", label == 0 ? ordered_json(nullptr) : ordered_json(text)}});
+    list.push_back({{"name", kLabelStyles[label].name}, {"color", label == 0 ? Json(nullptr) : Json(text)}});
   }
   return list;
 }
 
-ordered_json fields_of(Camera camera) {
-  ordered_json list = ordered_json::array();
+Json fields_of(Camera camera) {
+  Json list = Json::array();
   for (const RecordField& field : record_fields())
     list.push_back({{"name", field.name},
                     {"offset", field.offset},
@@ -74,22 +73,22 @@ std::string label_runs(std::span<const uint8_t> label_map) {
   return base64(runs);
 }
 
-ordered_json json_of(const RecordComparison& comparison) {
+Json json_of(const RecordComparison& comparison) {
   if (!comparison.first()) return {{"same", true}, {"frames", comparison.frames()}};
   const RecordDifference& first = *comparison.first();
   return {{"same", false},
           {"frames", comparison.frames()},
           {"index", comparison.first_index()},
           {"field", first.field},
-          {"offset", first.offset ? ordered_json(*first.offset) : ordered_json(nullptr)},
+          {"offset", first.offset ? Json(*first.offset) : Json(nullptr)},
           {"expected", first.expected},
           {"got", first.got},
           {"differing", comparison.differing()}};
 }
 
 /// JSON in a script element ends at nothing but the element's end: no "<" may stand in it.
-std::string script_text(const ordered_json& data) {
-  const std::string json = data.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
+std::string script_text(const Json& data) {
+  const std::string json = data.dump();
   std::string text;
   text.reserve(json.size() + 1024);
   for (const char c : json) {
@@ -109,9 +108,7 @@ size_t marker_place() {
 }
 
 /// A time in milliseconds with no more digits than mean something.
-ordered_json json_of(std::optional<double> ms) {
-  return ms ? ordered_json(std::round(*ms * 1000) / 1000) : ordered_json(nullptr);
-}
+Json json_of(std::optional<double> ms) { return ms ? Json(std::round(*ms * 1000) / 1000) : Json(nullptr); }
 
 }  // namespace
 
@@ -121,12 +118,11 @@ struct ReportPage::Content {
   EventFinder events;
   std::vector<Geometry> geometries;
   bool named = false;
-  ordered_json number = ordered_json::array(), name = ordered_json::array(), geometry = ordered_json::array(),
-               process = ordered_json::array(), gated = ordered_json::array(),
-               network_ms = ordered_json::array(), process_ms = ordered_json::array(),
-               analysis_ms = ordered_json::array(), camera_faces = ordered_json::array(),
-               boxes = ordered_json::array(), runs = ordered_json::array(), log = ordered_json::array();
-  ordered_json comparison, baseline;
+  Json number = Json::array(), name = Json::array(), geometry = Json::array(), process = Json::array(),
+       gated = Json::array(), network_ms = Json::array(), process_ms = Json::array(),
+       analysis_ms = Json::array(), camera_faces = Json::array(), boxes = Json::array(), runs = Json::array(),
+       log = Json::array();
+  Json comparison, baseline;
   Bytes records;
 
   explicit Content(ReportHead given)
@@ -138,12 +134,11 @@ struct ReportPage::Content {
     return static_cast<size_t>(found - geometries.begin());
   }
 
-  ordered_json frames() const {
-    ordered_json places = ordered_json::array();
-    for (const auto& place : pictures.places())
-      places.push_back(place ? ordered_json(*place) : ordered_json(nullptr));
+  Json frames() const {
+    Json places = Json::array();
+    for (const auto& place : pictures.places()) places.push_back(place ? Json(*place) : Json(nullptr));
     return {{"number", number},
-            {"name", named ? name : ordered_json(nullptr)},
+            {"name", named ? name : Json(nullptr)},
             {"geometry", geometry},
             {"process", process},
             {"gated", gated},
@@ -155,33 +150,34 @@ struct ReportPage::Content {
             {"picture", places}};
   }
 
-  ordered_json data() const {
-    ordered_json shapes = ordered_json::array(), jpegs = ordered_json::array(), marks = ordered_json::array();
+  Json data() const {
+    Json shapes = Json::array(), jpegs = Json::array(), marks = Json::array();
     for (const Geometry& one : geometries) shapes.push_back(json_of(one));
     for (const Bytes& jpeg : pictures.pictures()) jpegs.push_back(base64(jpeg));
     for (const FrameEvent& event : events.events())
       marks.push_back({{"index", event.index}, {"kind", event.kind}, {"text", event.text}});
-    return {{"format", "morvale-report"},
-            {"version", 1},
-            {"title", head.title},
-            {"program", "morvale " MORVALE_VERSION},
-            {"command", head.command},
-            {"source", {{"kind", head.source_kind}, {"name", head.source_name}, {"made_by", head.made_by}}},
-            {"camera", head.camera == Camera::kFront ? "front" : "back"},
-            {"engine", head.engine},
-            {"kernels", morvale::choose_kernels().name},
-            {"sluggish_ms", kSluggishMs},
-            {"labels", label_styles()},
-            {"fields", fields_of(head.camera)},
-            {"geometries", shapes},
-            {"frames", frames()},
-            {"records", base64(records)},
-            {"label_runs", runs},
-            {"pictures", jpegs},
-            {"log", log},
-            {"events", marks},
-            {"comparison", comparison},
-            {"baseline", baseline}};
+    return {
+        {"format", "morvale-report"},
+        {"version", 1},
+        {"title", head.title},
+        {"program", "morvale " MORVALE_VERSION},
+        {"command", head.command},
+        {"source", Json{{"kind", head.source_kind}, {"name", head.source_name}, {"made_by", head.made_by}}},
+        {"camera", head.camera == Camera::kFront ? "front" : "back"},
+        {"engine", head.engine},
+        {"kernels", morvale::choose_kernels().name},
+        {"sluggish_ms", kSluggishMs},
+        {"labels", label_styles()},
+        {"fields", fields_of(head.camera)},
+        {"geometries", shapes},
+        {"frames", frames()},
+        {"records", base64(records)},
+        {"label_runs", runs},
+        {"pictures", jpegs},
+        {"log", log},
+        {"events", marks},
+        {"comparison", comparison},
+        {"baseline", baseline}};
   }
 };
 
@@ -194,7 +190,7 @@ ReportPage::~ReportPage() = default;
 void ReportPage::add(const ReportFrame& frame) {
   Content& page = *content_;
   const FrameReport& report = frame.report;
-  const int index = static_cast<int>(page.number.size());
+  const int index = static_cast<int>(page.records.size() / sizeof report.record);
   page.number.push_back(frame.number);
   page.name.push_back(frame.name);
   page.named |= !frame.name.empty();
@@ -205,10 +201,10 @@ void ReportPage::add(const ReportFrame& frame) {
   page.process_ms.push_back(json_of(frame.times.process));
   page.analysis_ms.push_back(json_of(frame.times.analysis));
   page.camera_faces.push_back(json_of(report.camera_faces));
-  page.boxes.push_back(frame.boxes_known ? json_of(report.person_boxes) : ordered_json(nullptr));
+  page.boxes.push_back(frame.boxes_known ? json_of(report.person_boxes) : Json(nullptr));
   page.runs.push_back(label_runs(report.label_map));
   for (const LogLine& line : report.log)
-    page.log.push_back({index, std::string(1, line.priority), line.text});
+    page.log.push_back(Json::array({index, std::string(1, line.priority), line.text}));
   const auto* bytes = reinterpret_cast<const uint8_t*>(&report.record);
   page.records.insert(page.records.end(), bytes, bytes + sizeof report.record);
   page.events.add(report, frame.times.network);
@@ -220,7 +216,7 @@ void ReportPage::compare_with(const RecordComparison& comparison) {
 }
 
 void ReportPage::compare_with(const ReportBaseline& baseline) {
-  ordered_json runs = ordered_json::array();
+  Json runs = Json::array();
   for (const Bytes& map : baseline.label_maps) runs.push_back(label_runs(map));
   const auto* bytes = reinterpret_cast<const uint8_t*>(baseline.records.data());
   content_->baseline = {{"name", baseline.name},

@@ -1,11 +1,9 @@
 #include "scenes/scene_options.h"
 
-#include <filesystem>
-#include <iterator>
-#include <set>
+#include <algorithm>
 
 #include "common/command.h"
-#include "common/command_line.h"
+#include "common/options.h"
 
 namespace tool {
 namespace {
@@ -56,43 +54,32 @@ T value_of(const Word<T> (&words)[N], const std::string& text) {
   return words[0].value;
 }
 
-/// The raw text of options that need more than CLI11's own conversion.
+/// What the options say, before it is looked at closer.
 struct Texts {
   std::string size = "640x480", camera = kCameras[0].text, light = kLights[0].text, motion = kMotions[0].text;
 };
 
 template <class T, size_t N>
-void declare_words(CLI::App& app, const char* flag, std::string& text, const Word<T> (&words)[N],
-                   const std::string& help) {
-  std::set<std::string> allowed;
+Option word_option(const char* name, std::string& text, const Word<T> (&words)[N], const std::string& help) {
   std::string names;
-  for (const Word<T>& word : words) {
-    allowed.insert(word.text);
-    names += (names.empty() ? "" : "|") + std::string(word.text);
-  }
-  app.add_option(flag, text, help + " (default: " + words[0].text + ")")
-      ->type_name(names)
-      ->check(one_of(allowed));
+  for (const Word<T>& word : words) names += (names.empty() ? "" : "|") + std::string(word.text);
+  return {name, &text, help + " (default: " + words[0].text + ")", names};
 }
 
-void declare(CLI::App& app, SceneCommand& command, Texts& texts) {
-  app.add_option("--out", command.out, "The folder to make; it must not exist or be empty")
-      ->type_name("DIR")
-      ->required();
-  app.add_option("--seed", command.scene.seed, "Which people and which background (default: 1)")
-      ->type_name("N");
-  app.add_option("--size", texts.size, "Size of a frame, both sides even (default: 640x480)")
-      ->type_name("WxH");
-  app.add_option("--people", command.scene.people, "How many, 1 to 3 (default: 1)")
-      ->type_name("N")
-      ->check(within(1, morvale::scene::kMostPeople));
-  app.add_option("--frames", command.frames, "How many (default: 60)")
-      ->type_name("N")
-      ->check(within(1, 100000));
-  declare_words(app, "--camera", texts.camera, kCameras, "Whose frames; the back camera stands further off");
-  declare_words(app, "--light", texts.light, kLights, "The light");
-  declare_words(app, "--motion", texts.motion, kMotions, "How the people move");
-  app.footer(kExamples);
+CommandLine command_line(SceneCommand& command, Texts& texts) {
+  constexpr Range kPeople{1, morvale::scene::kMostPeople}, kFrames{1, 100000};
+  return {
+      "morvale scene",
+      kIntroduction,
+      kExamples,
+      {{"--out", &command.out, "The folder to make; it must not exist or be empty", "DIR", Required()},
+       {"--seed", &command.scene.seed, "Which people and which background (default: 1)", "N"},
+       {"--size", &texts.size, "Size of a frame, both sides even (default: 640x480)", "WxH"},
+       {"--people", &command.scene.people, "How many, 1 to 3 (default: 1)", "N", kPeople},
+       {"--frames", &command.frames, "How many (default: 60)", "N", kFrames},
+       word_option("--camera", texts.camera, kCameras, "Whose frames; the back camera stands further off"),
+       word_option("--light", texts.light, kLights, "The light"),
+       word_option("--motion", texts.motion, kMotions, "How the people move")}};
 }
 
 }  // namespace
@@ -100,9 +87,7 @@ void declare(CLI::App& app, SceneCommand& command, Texts& texts) {
 std::optional<SceneCommand> parse_scene_options(int argc, char** argv) {
   SceneCommand command;
   Texts texts;
-  CLI::App app(kIntroduction, "morvale scene");
-  declare(app, command, texts);
-  if (!parse_command_line(app, argc, argv)) return std::nullopt;
+  if (!parse_options(command_line(command, texts), argc, argv)) return std::nullopt;
   if (command.out.empty()) throw UsageError("--out: the folder's name is empty.");
   constexpr int kSmallestSide = 64, kLargestSceneSide = 4096;
   const FrameSize size = parse_size(texts.size);

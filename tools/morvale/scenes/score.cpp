@@ -6,16 +6,16 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <nlohmann/json.hpp>
 
 #include "common/command.h"
-#include "common/command_line.h"
 #include "common/diverted_output.h"
+#include "common/options.h"
 #include "common/progress.h"
 #include "scenes/truth_file.h"
 #include "service/camera_service.h"
 #include "service/report_text.h"
 #include "session/bundle.h"
+#include "session/json.h"
 
 namespace tool {
 namespace {
@@ -23,7 +23,7 @@ namespace {
 using morvale::scene::PersonTruth;
 using morvale::scene::SceneTruth;
 using morvale::session::BundleReader;
-using nlohmann::ordered_json;
+using morvale::session::Json;
 
 /// From this overlap on a face counts as found.
 constexpr double kFoundOverlap = 0.5;
@@ -178,24 +178,24 @@ Score score_of(const std::string& path) {
   return score;
 }
 
-ordered_json json_of(const Figure& figure) {
+Json json_of(const Figure& figure) {
   if (figure.empty()) return nullptr;
   const auto short_number = [](double value) { return std::round(value * 10000) / 10000; };
   return {{"mean", short_number(figure.mean())}, {"worst", short_number(figure.worst())}};
 }
 
 std::string json_line(const Score& score) {
-  const ordered_json line = {{"bundle", score.bundle},
-                             {"camera", score.camera == Camera::kFront ? "front" : "back"},
-                             {"frames", score.frames},
-                             {"sameRecords", score.same_records},
-                             {"faces", score.faces},
-                             {"facesFound", score.found},
-                             {"faceIoU", json_of(score.face_iou)},
-                             {"personShareError", json_of(score.share)},
-                             {"gridAgreement", json_of(score.grid)},
-                             {"hueError", json_of(score.hue)}};
-  return line.dump(-1, ' ', false, ordered_json::error_handler_t::replace) + "\n";
+  const Json line = {{"bundle", score.bundle},
+                     {"camera", score.camera == Camera::kFront ? "front" : "back"},
+                     {"frames", score.frames},
+                     {"sameRecords", score.same_records},
+                     {"faces", score.faces},
+                     {"facesFound", score.found},
+                     {"faceIoU", json_of(score.face_iou)},
+                     {"personShareError", json_of(score.share)},
+                     {"gridAgreement", json_of(score.grid)},
+                     {"hueError", json_of(score.hue)}};
+  return line.dump() + "\n";
 }
 
 std::string cell(const Figure& figure, int decimals) {
@@ -228,11 +228,12 @@ std::string table_row(const Score& score, size_t name_width) {
 int score_main(int argc, char** argv) {
   std::vector<std::string> bundles;
   bool json = false;
-  CLI::App app(kIntroduction, "morvale score");
-  app.add_option("BUNDLE", bundles, "Folders that morvale scene made")->required()->type_name("");
-  app.add_flag("--json", json, "One JSON object a bundle instead of the table");
-  app.footer(kExamples);
-  if (!parse_command_line(app, argc, argv)) return kExitDone;
+  const CommandLine line{"morvale score",
+                         kIntroduction,
+                         kExamples,
+                         {{"BUNDLE", &bundles, "Folders that morvale scene made", "", Required()},
+                          {"--json", &json, "One JSON object a bundle instead of the table"}}};
+  if (!parse_options(line, argc, argv)) return kExitDone;
 
   DivertedOutput data(STDOUT_FILENO);
   size_t name_width = 6;

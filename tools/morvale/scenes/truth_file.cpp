@@ -2,28 +2,27 @@
 
 #include <cmath>
 #include <fstream>
-#include <nlohmann/json.hpp>
 
 #include "common/command.h"
+#include "session/json.h"
 
 namespace tool {
 namespace {
 
 using morvale::scene::PersonTruth;
 using morvale::scene::SceneTruth;
-using nlohmann::ordered_json;
+using morvale::session::Json;
 
 double hundredths(double value) { return std::round(value * 100) / 100; }
 
-ordered_json json_of(const FaceRect& box) { return {{"x", box.x}, {"y", box.y}, {"w", box.w}, {"h", box.h}}; }
+Json json_of(const FaceRect& box) { return {{"x", box.x}, {"y", box.y}, {"w", box.w}, {"h", box.h}}; }
 
-FaceRect box_of(const ordered_json& json) {
-  return {json.at("x").get<int32_t>(), json.at("y").get<int32_t>(), json.at("w").get<int32_t>(),
-          json.at("h").get<int32_t>()};
+FaceRect box_of(const Json& json) {
+  return {json.at("x").int32(), json.at("y").int32(), json.at("w").int32(), json.at("h").int32()};
 }
 
-ordered_json json_of(const PersonTruth& person) {
-  ordered_json hsv = ordered_json::array();
+Json json_of(const PersonTruth& person) {
+  Json hsv = Json::array();
   for (const double value : person.hsv) hsv.push_back(hundredths(value));
   return {{"face", json_of(person.face)},
           {"head", json_of(person.head)},
@@ -31,15 +30,19 @@ ordered_json json_of(const PersonTruth& person) {
           {"hsv", hsv}};
 }
 
-SceneTruth truth_of(const ordered_json& json) {
+SceneTruth truth_of(const Json& json) {
   SceneTruth truth;
-  truth.person_share = json.at("personShare").get<double>();
-  truth.body_share = json.at("bodyShare").get<double>();
-  for (const ordered_json& person : json.at("people")) {
-    truth.people.push_back({box_of(person.at("face")), box_of(person.at("head")), box_of(person.at("person")),
-                            person.at("hsv").get<std::array<double, 3>>()});
+  truth.person_share = json.at("personShare").number();
+  truth.body_share = json.at("bodyShare").number();
+  for (const Json& person : json.at("people").elements()) {
+    const Json::Array& hsv = person.at("hsv").elements();
+    truth.people.push_back({box_of(person.at("face")),
+                            box_of(person.at("head")),
+                            box_of(person.at("person")),
+                            {hsv.at(0).number(), hsv.at(1).number(), hsv.at(2).number()}});
   }
-  truth.grid = json.at("grid").get<decltype(truth.grid)>();
+  const Json::Array& rows = json.at("grid").elements();
+  for (size_t row = 0; row < truth.grid.size(); ++row) truth.grid[row] = rows.at(row).text();
   for (const std::string& row : truth.grid)
     if (row.size() != morvale::scene::kTruthColumns) throw std::runtime_error("a grid row of another length");
   return truth;
@@ -50,13 +53,13 @@ SceneTruth truth_of(const ordered_json& json) {
 std::filesystem::path truth_path(const std::filesystem::path& bundle) { return bundle / "truth.jsonl"; }
 
 std::string truth_line(int frame, const SceneTruth& truth) {
-  ordered_json people = ordered_json::array();
+  Json people = Json::array();
   for (const PersonTruth& person : truth.people) people.push_back(json_of(person));
-  const ordered_json line = {{"frame", frame},
-                             {"personShare", hundredths(truth.person_share)},
-                             {"bodyShare", hundredths(truth.body_share)},
-                             {"people", people},
-                             {"grid", truth.grid}};
+  const Json line = {{"frame", frame},
+                     {"personShare", hundredths(truth.person_share)},
+                     {"bodyShare", hundredths(truth.body_share)},
+                     {"people", people},
+                     {"grid", Json::list(truth.grid)}};
   return line.dump() + "\n";
 }
 
@@ -69,7 +72,7 @@ std::vector<SceneTruth> read_truth(const std::filesystem::path& bundle) {
   std::vector<SceneTruth> truths;
   for (std::string line; std::getline(file, line);) {
     try {
-      truths.push_back(truth_of(ordered_json::parse(line)));
+      truths.push_back(truth_of(morvale::session::parse_json(line)));
     } catch (const std::exception&) {
       throw UsageError(path.string() + ": line " + std::to_string(truths.size() + 1) +
                        " is not a frame's truth; make the scene anew.");

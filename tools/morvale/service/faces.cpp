@@ -3,19 +3,20 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <limits>
 #include <map>
-#include <nlohmann/json.hpp>
 #include <opencv2/imgproc.hpp>
 #include <opencv2/objdetect.hpp>
 #include <tuple>
 
 #include "common/command.h"
+#include "session/json.h"
 
 namespace tool {
 namespace {
 
-using nlohmann::json;
+using morvale::session::Json;
 
 std::string base_name(const std::string& path) { return std::filesystem::path(path).filename().string(); }
 
@@ -63,14 +64,14 @@ class CascadeFaces : public FaceSource {
 class FileFaces : public FaceSource {
  public:
   FileFaces(const std::string& file, const std::vector<std::string>& input_names) : file_(file) {
-    const json document = parse();
+    const Json document = parse();
     if (!document.is_array() && !document.is_object())
       fail("must be a list of faces or an object from input names to lists");
     for (const std::string& path : input_names) {
       const std::string name = base_name(path);
-      if (document.is_object() && !document.contains(name))
+      if (document.is_object() && document.find(name) == nullptr)
         fail("names no faces for the input '" + name + "'");
-      lists_[name] = face_list(document.is_object() ? document[name] : document);
+      lists_[name] = face_list(document.is_object() ? document.at(name) : document);
     }
   }
 
@@ -81,35 +82,38 @@ class FileFaces : public FaceSource {
     throw UsageError("--faces: " + file_ + " " + why + "; see morvale analyze --help.");
   }
 
-  json parse() const {
+  Json parse() const {
     std::ifstream stream(file_);
     if (!stream || std::filesystem::is_directory(file_)) fail("cannot be read");
-    json document = json::parse(stream, nullptr, /*allow_exceptions=*/false);
-    if (document.is_discarded()) fail("is not JSON");
-    return document;
+    try {
+      return morvale::session::parse_json(std::string(std::istreambuf_iterator<char>(stream), {}));
+    } catch (const morvale::session::JsonError& error) {
+      fail(error.what());
+    }
   }
 
-  std::vector<FaceRect> face_list(const json& list) const {
+  std::vector<FaceRect> face_list(const Json& list) const {
     if (!list.is_array()) fail("must hold lists of faces");
-    if (list.size() > morvale::kMaxFaces)
+    if (list.elements().size() > morvale::kMaxFaces)
       fail("holds more than " + std::to_string(morvale::kMaxFaces) + " faces for a frame");
     std::vector<FaceRect> faces;
-    for (const json& face : list) {
-      if (!face.is_object() || face.size() != 4) fail("must give each face as {\"x\", \"y\", \"w\", \"h\"}");
+    for (const Json& face : list.elements()) {
+      if (!face.is_object() || face.members().size() != 4)
+        fail("must give each face as {\"x\", \"y\", \"w\", \"h\"}");
       faces.push_back({field(face, "x"), field(face, "y"), field(face, "w"), field(face, "h")});
       if (faces.back().w < 1 || faces.back().h < 1) fail("holds a face whose w or h is below 1");
     }
     return faces;
   }
 
-  int32_t field(const json& face, const char* key) const {
+  int32_t field(const Json& face, const char* key) const {
     constexpr int32_t kLimit = std::numeric_limits<int32_t>::max() / 2;
-    const auto value = face.find(key);
-    if (value == face.end() || !value->is_number_integer())
+    const Json* value = face.find(key);
+    if (value == nullptr || !value->is_integer())
       fail(std::string("holds a face without the whole number \"") + key + "\"");
-    if (*value < -kLimit || *value > kLimit)
+    if (value->number() < -kLimit || value->number() > kLimit)
       fail(std::string("holds a face whose \"") + key + "\" is out of range");
-    return value->get<int32_t>();
+    return value->int32();
   }
 
   std::string file_;

@@ -2,32 +2,36 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <nlohmann/json.hpp>
 #include <utility>
+
+#include "session/json.h"
 
 namespace tool {
 namespace {
 
-using nlohmann::ordered_json;
+using morvale::session::Json;
 
 constexpr int kMeasuredBlocks = 3;  ///< only the first three blocks of a front record carry a face
 
-ordered_json json_of(const FaceRect& box) { return {{"x", box.x}, {"y", box.y}, {"w", box.w}, {"h", box.h}}; }
+Json json_of(const FaceRect& box) { return {{"x", box.x}, {"y", box.y}, {"w", box.w}, {"h", box.h}}; }
 
-ordered_json json_of(const std::vector<FaceRect>& boxes) {
-  ordered_json list = ordered_json::array();
+Json json_of(const std::vector<FaceRect>& boxes) {
+  Json list = Json::array();
   for (const FaceRect& box : boxes) list.push_back(json_of(box));
   return list;
 }
 
-ordered_json json_of(const PersonMeta& meta) {
-  return {{"brightCount", meta.brightCount}, {"faceYavg", meta.faceYavg},
-          {"hsvMin", meta.hsvMin},           {"hsv", meta.hsv},
-          {"skinRatio", meta.skinRatio},     {"box", meta.box}};
+Json json_of(const PersonMeta& meta) {
+  return {{"brightCount", Json::list(meta.brightCount)},
+          {"faceYavg", meta.faceYavg},
+          {"hsvMin", Json::list(meta.hsvMin)},
+          {"hsv", Json::list(meta.hsv)},
+          {"skinRatio", meta.skinRatio},
+          {"box", Json::list(meta.box)}};
 }
 
-ordered_json json_of(const PersonWholeMeta& record) {
-  ordered_json metas = ordered_json::array();
+Json json_of(const PersonWholeMeta& record) {
+  Json metas = Json::array();
   for (const PersonMeta& meta : record.meta) metas.push_back(json_of(meta));
   return {{"ver", record.ver}, {"humanRatio", record.humanRatio}, {"meta", metas}};
 }
@@ -68,7 +72,7 @@ int measured_faces(const FrameReport& report) {
   return report.camera == Camera::kFront ? std::clamp(report.record.ver, 0, kMeasuredBlocks) : 0;
 }
 
-nlohmann::ordered_json json_of(const Geometry& geometry) {
+morvale::session::Json json_of(const Geometry& geometry) {
   return {{"width", geometry.width},
           {"height", geometry.height},
           {"stride", geometry.stride},
@@ -80,32 +84,32 @@ nlohmann::ordered_json json_of(const Geometry& geometry) {
           {"shrunkHeight", geometry.shrunk_height}};
 }
 
-nlohmann::ordered_json json_of(const std::string& name, int frame_index, const FrameReport& report) {
+morvale::session::Json json_of(const std::string& name, int frame_index, const FrameReport& report) {
   const bool front = report.camera == Camera::kFront;
-  ordered_json line = {{"input", name},
-                       {"frame", frame_index},
-                       {"camera", front ? "front" : "back"},
-                       {"process", report.process},
-                       {"status", report.status},
-                       {"frameCount", report.frame_count},
-                       {"geometry", json_of(report.geometry)},
-                       {"cameraFaces", json_of(report.camera_faces)},
-                       {"personCount", report.person_boxes.size()},
-                       {"personBoxes", json_of(report.person_boxes)},
-                       {"record", json_of(report.record)}};
+  Json line = {{"input", name},
+               {"frame", frame_index},
+               {"camera", front ? "front" : "back"},
+               {"process", report.process},
+               {"status", report.status},
+               {"frameCount", report.frame_count},
+               {"geometry", json_of(report.geometry)},
+               {"cameraFaces", json_of(report.camera_faces)},
+               {"personCount", report.person_boxes.size()},
+               {"personBoxes", json_of(report.person_boxes)},
+               {"record", json_of(report.record)}};
   if (front) {
     line["measuredFaces"] = measured_faces(report);
   } else {
     line["personBox"] = json_of(person_box(report.record));
-    line["grid"] = occupancy_grid(report.record);
+    line["grid"] = Json::list(occupancy_grid(report.record));
     line["qermHint"] = resource_hint(report.record);
   }
   return line;
 }
 
-std::string text_line(const nlohmann::ordered_json& json) {
+std::string text_line(const morvale::session::Json& json) {
   // A file name need not be UTF-8; JSON must be.
-  return json.dump(-1, ' ', false, ordered_json::error_handler_t::replace) + "\n";
+  return json.dump() + "\n";
 }
 
 std::string json_line(const std::string& name, int frame_index, const FrameReport& report) {

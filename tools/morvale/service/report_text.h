@@ -3,11 +3,11 @@
 
 #include <array>
 #include <cstdint>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 #include "service/camera_service.h"
+#include "session/json.h"
 
 namespace tool {
 
@@ -25,11 +25,11 @@ int32_t resource_hint(const PersonWholeMeta& record);
 /// How many faces of the record are measured: on the front camera at most three, none on the back camera.
 int measured_faces(const FrameReport& report);
 
-nlohmann::ordered_json json_of(const Geometry& geometry);
+morvale::session::Json json_of(const Geometry& geometry);
 
 /// The report as a JSON object, and any JSON object as a line.
-nlohmann::ordered_json json_of(const std::string& name, int frame_index, const FrameReport& report);
-std::string text_line(const nlohmann::ordered_json& json);
+morvale::session::Json json_of(const std::string& name, int frame_index, const FrameReport& report);
+std::string text_line(const morvale::session::Json& json);
 
 /// One JSON object and a line end. It holds no time and no path but the input's name as given: the same
 /// frames give the same bytes.

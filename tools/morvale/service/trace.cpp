@@ -1,17 +1,14 @@
 #include "service/trace.h"
 
 #include <cstdio>
-#include <nlohmann/json.hpp>
 
 #include "common/atomic_file.h"
+#include "session/json.h"
 
 namespace tool {
 namespace {
 
-std::string quoted(const std::string& text) {
-  using nlohmann::json;
-  return json(text).dump(-1, ' ', false, json::error_handler_t::replace);
-}
+std::string quoted(const std::string& text) { return morvale::session::Json(text).dump(); }
 
 }  // namespace
 
