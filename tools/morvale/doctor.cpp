@@ -1,4 +1,6 @@
 /// `morvale doctor`: what a bug report needs, and whether the library works here.
+#include <nettle/base16.h>
+#include <nettle/sha2.h>
 #include <sys/utsname.h>
 
 #include <algorithm>
@@ -17,7 +19,6 @@
 #include "common/command.h"
 #include "common/diverted_output.h"
 #include "common/options.h"
-#include "common/sha256.h"
 #include "kernels/processor.h"
 #include "service/camera_service.h"
 #include "session/json.h"
@@ -106,11 +107,17 @@ struct Model {
 
 std::string sha256_of(const fs::path& file) {
   std::ifstream stream(file, std::ios::binary);
-  Sha256 digest;
+  sha256_ctx context;
+  sha256_init(&context);
   std::vector<uint8_t> piece(1 << 16);
   while (stream.read(reinterpret_cast<char*>(piece.data()), std::ssize(piece)) || stream.gcount() > 0)
-    digest.add(std::span(piece).first(static_cast<size_t>(stream.gcount())));
-  return stream.bad() || !stream.eof() ? "(cannot be read)" : digest.finish();
+    sha256_update(&context, static_cast<size_t>(stream.gcount()), piece.data());
+  if (stream.bad() || !stream.eof()) return "(cannot be read)";
+  uint8_t digest[SHA256_DIGEST_SIZE];
+  sha256_digest(&context, sizeof digest, digest);
+  std::string text(BASE16_ENCODE_LENGTH(sizeof digest), '\0');
+  base16_encode_update(text.data(), sizeof digest, digest);
+  return text;
 }
 
 std::vector<Model> models_in(const std::string& folder) {
