@@ -11,7 +11,9 @@ RegionList RegionTable::by_area() const {
   for (int32_t label = 1; label <= count_; ++label) {
     if ((*this)[label].valid) found.add({(*this)[label].area(), label});
   }
-  std::sort(found.begin(), found.end(), cmp);
+  // Equal areas come by label. Left to the sort, their order would be another with every standard library.
+  std::sort(found.begin(), found.end(),
+            [](const info& a, const info& b) { return cmp(a, b) || (!cmp(b, a) && a.label < b.label); });
   return found;
 }
 

@@ -118,7 +118,7 @@ class RegionTable {
   int32_t count() const { return count_; }
   const Region& operator[](int32_t label) const { return regions_[static_cast<size_t>(label)]; }
 
-  /// The live regions, largest area first.
+  /// The live regions, largest area first, equal ones by label.
   RegionList by_area() const;
 
  private:

@@ -149,6 +149,18 @@ TEST_F(FaceFusion, TheFiveLargestAreKeptLargestFirst) {
                 {600, 0, 205, 1}, {1200, 0, 204, 1}, {20, 0, 203, 1}, {1500, 0, 202, 1}, {300, 0, 201, 1}}));
 }
 
+// More of them than a sort would leave in order by itself. Those of the first row reach the border and are
+// smaller.
+TEST_F(FaceFusion, FacesOfOneSizeComeFromTopToBottom) {
+  for (int row = 0; row < 4; ++row)
+    for (int column = 0; column < 6; ++column) paint(10 + 40 * column, 10 + 40 * row, 10, 10);
+  fuse();
+  EXPECT_EQ(
+      boxes(),
+      (std::vector<Box>{
+          {42, 42, 24, 24}, {82, 42, 24, 24}, {122, 42, 24, 24}, {162, 42, 24, 24}, {202, 42, 24, 24}}));
+}
+
 // A frame open to the right with an island in it: meeting the island from the left, it takes the island's
 // right edge 107 and forgets its own, 207; the bottom bar then extends it to 117.
 TEST_F(FaceFusion, AMergeTakesTheUpperRegionsRightEdge) {
