@@ -1,0 +1,232 @@
+/// The analyses, on maps of their own: sizes that no frame gives, scores around every threshold, more regions
+/// than there are labels.
+#include <array>
+
+#include <morvale/morvale.h>
+#include "selfcheck/camera.h"
+#include "selfcheck/cases.h"
+
+namespace selfcheck {
+namespace {
+
+struct MapSize {
+  int width, height;
+};
+constexpr MapSize kMaps[] = {{256, 192}, {256, 144}, {130, 66}, {64, 48}, {63, 17},
+                             {17, 40},   {9, 9},     {4, 3},    {1, 1},   {0, 5}};
+
+/// Few regions, many, of one size, or more than there are labels.
+ScoreMap map_of(MapSize size, int turn) {
+  ScoreMap map(size.width, size.height, static_cast<uint64_t>(size.width * 8 + turn));
+  if (turn == 3) return map.confetti();
+  if (turn == 4) return map.squares(size.width / 24, size.width / 6 + 1);
+  return size.width < 1 ? map : map.blobs(1 + 6 * turn);
+}
+constexpr int kTurns = 5;
+
+/// What an analysis of planes takes.
+struct Planes {
+  Planes(MapSize size, int turn)
+      : scores(map_of(size, turn).planes()),
+        luma(bytes_of(kKinds[turn % 3], pixels(size), 21)),
+        rgb(bytes_of(kKinds[(turn + 1) % 3], 3 * pixels(size), 22)),
+        sixth(bytes_of(Kind::kNoise, pixels(size), 23)) {
+    for (uint8_t& byte : sixth) byte /= 2;
+  }
+  static size_t pixels(MapSize size) { return static_cast<size_t>(size.width * size.height) + 8; }
+
+  uint8_t* operator[](size_t k) { return scores[k].data(); }
+
+  std::vector<Bytes> scores;
+  Bytes luma, rgb, sixth;
+};
+
+void front_faces(Figures& figures) {
+  Sheet sheet;
+  for (const MapSize size : kMaps) {
+    for (int turn = 0; turn < kTurns; ++turn) {
+      Camera camera(kFrontCamera);
+      camera.record.width = camera.record.height = 700;
+      camera.core.scaleRatio = 700 / 256.0f;
+      camera.core.segFactor = 48;
+      Planes p(size, turn);
+      camera.core.DL_FD_Calc(p[0], p[1], p[2], p[3], p[4], p.luma.data(), p.rgb.data(), size.width,
+                             size.height, 0);
+      sheet.add_results(camera.core);
+    }
+  }
+  sheet.append_to(figures, "DL_FD_Calc");
+}
+
+/// Every rectangle of a list, over faces of all kinds of colours.
+void face_figures(Figures& figures) {
+  constexpr MapSize kSize{130, 66};
+  struct Rectangle {
+    int left, right, top, bottom;
+  };
+  constexpr Rectangle kRectangles[] = {{0, 130, 0, 66}, {3, 60, 5, 50},  {64, 129, 1, 9},  {50, 51, 20, 21},
+                                       {20, 20, 3, 30}, {9, 40, 30, 30}, {60, 20, 40, 10}, {10, 27, 8, 60}};
+  Sheet sheet;
+  Camera camera(kFrontCamera);
+  camera.core.segFactor = 48;
+  for (int turn = 0; turn < 6; ++turn) {
+    camera.record.isUDC = turn % 2;
+    Planes p(kSize, turn % kTurns);
+    Bytes mask = bytes_of(Kind::kExtremes, p.luma.size(), 24),
+          score2 = bytes_of(Kind::kNoise, p.luma.size(), 25);
+    if (turn > 2) mask.assign(mask.size(), 255), score2.assign(score2.size(), 250);
+    for (const Rectangle& r : kRectangles) {
+      for (const int face : {0, 1, 2, 3}) {
+        camera.core.WriteFaceInfo(score2.data(), p.luma.data(), p.rgb.data(), mask.data(), kSize.width, 0,
+                                  r.left + face, r.right, r.top, r.bottom, face);
+        sheet.add_results(camera.core);
+      }
+    }
+  }
+  sheet.append_to(figures, "WriteFaceInfo");
+}
+
+/// The camera's faces against boxes: none, one or several in a box, smaller, alike, larger, and past the
+/// frame.
+void face_matches(Figures& figures) {
+  constexpr MapSize kSize{256, 192};
+  Sheet sheet;
+  Camera camera(kFrontCamera);
+  camera.record.width = 640;
+  camera.record.height = 480;
+  camera.core.scaleRatio = 640 / 256.0f;
+  camera.core.segFactor = 48;
+  Planes p(kSize, 1);
+  Bytes mask(p.luma.size(), 255);
+  Random random(26);
+  for (int turn = 0; turn < 120; ++turn) {
+    camera.core.personCount = turn % 6;
+    for (FaceRect& box : camera.core.personBoxes)
+      box = {random.below(400), random.below(300), 20 + random.below(300), 20 + random.below(250)};
+    camera.record.faceCount = turn % 7;
+    for (int k = 0; k < kMaxFaces; ++k) {
+      const FaceRect& box = camera.core.personBoxes[turn % 3 == 0 ? 0 : k];
+      const int percent = 40 + turn;
+      camera.record.faces[k] = {box.x + box.w * (110 - percent) / 200 + k,
+                                box.y + box.h * (100 - percent) / 200, box.w * percent / 100 + 1,
+                                box.h * percent / 100 + 1};
+    }
+    camera.core.Intersection_Calc(p[2], p.luma.data(), p.rgb.data(), mask.data(), kSize.width, kSize.height);
+    sheet.add_results(camera.core);
+  }
+  sheet.append_to(figures, "Intersection_Calc");
+}
+
+void persons(Figures& figures) {
+  Sheet sheet;
+  for (const MapSize size : kMaps) {
+    for (int turn = 0; turn < kTurns; ++turn) {
+      Camera camera(kFrontCamera);
+      camera.take(nv21_frame(200, 150, 27), 200, 150);
+      camera.core.scaleRatio = 200 / 256.0f;
+      camera.core.personBoxes[0] = {150, 100, 80, 90};  // what a too small region leaves
+      Planes p(size, turn);
+      Bytes mask(p.luma.size(), 7);
+      camera.core.DL_Human_Calc(p[0], p[1], p[2], p[3], p[4], p.sixth.data(), nullptr, nullptr, mask.data(),
+                                size.width, size.height, 1 + turn % 2);
+      sheet.add_results(camera.core);
+      sheet.add("mask", mask.data(), mask.size());
+      sheet.add("drawing", camera.frame.data(), camera.frame.size());
+    }
+  }
+  sheet.append_to(figures, "DL_Human_Calc");
+}
+
+void outlines(Figures& figures) {
+  struct Outline {
+    int left, right, top, bottom;
+  };
+  constexpr Outline kOutlines[] = {{3, 30, 2, 20},   {-5, 10, -4, 9}, {50, 90, 30, 70}, {10, 10, 5, 5},
+                                   {20, 21, 10, 12}, {70, 80, 5, 9},  {0, 63, 0, 47},   {30, 5, 40, 3}};
+  Sheet sheet;
+  for (const int stride : {0, 64, 70}) {
+    Camera camera(kFrontCamera);
+    camera.take(bytes_of(Kind::kNoise, 70 * 48 * 3 / 2, 28), 64, 48);
+    camera.record.stride = stride;
+    for (const Outline& o : kOutlines) {
+      camera.core.WriteFaceInfo_DL(nullptr, nullptr, o.left, o.right, o.top, o.bottom);
+      camera.core.WriteFaceInfo_HW(nullptr, nullptr, o.left + 1, o.right + 3, o.top, o.bottom + 2, 0);
+      sheet.add("plane", camera.frame.data(), camera.frame.size());
+    }
+  }
+  sheet.append_to(figures, "WriteFaceInfo_DL and WriteFaceInfo_HW");
+}
+
+void label_planes(Figures& figures) {
+  Sheet sheet;
+  for (const int camera_type : {kFrontCamera, kBackCamera}) {
+    Camera camera(camera_type);
+    for (const int rows : {0, 1, 15, 18, 28, 32}) {
+      camera.core.segFactor = rows;
+      ScoreMap map = ScoreMap(NETSIZE, NETSIZE, 29).confetti();
+      std::array<Bytes, 6> planes;
+      for (Bytes& plane : planes) plane.assign(static_cast<size_t>(NETSIZE * NETSIZE), 9);
+      camera.core.argMax_6label(planes[0].data(), planes[1].data(), planes[2].data(), planes[3].data(),
+                                planes[4].data(), planes[5].data(), map.bytes.data());
+      for (const Bytes& plane : planes) sheet.add("planes", plane.data(), plane.size());
+    }
+  }
+  sheet.append_to(figures, "argMax_6label");
+}
+
+void front_scenes(Figures& figures) {
+  Sheet sheet;
+  for (const int rows : {36, 48, 64, 28, 3, 1}) {
+    for (int turn = 0; turn < kTurns; ++turn) {
+      Camera camera(kFrontCamera);
+      camera.record.width = camera.record.height = 500;
+      camera.core.scaleRatio = 500 / 256.0f;
+      camera.core.segFactor = rows;
+      ScoreMap map = map_of({64, 64}, turn);
+      Planes p({256, 256}, turn);
+      camera.core.argMax_human_onlySkin(p.rgb.data(), p.luma.data(), map.bytes.data());
+      sheet.add_results(camera.core);
+    }
+  }
+  sheet.append_to(figures, "argMax_human_onlySkin");
+}
+
+/// Back camera: with the maps that it leaves for tools.
+void back_scenes(Figures& figures) {
+  Sheet sheet;
+  for (const int rows : {18, 24, 32, 15, 4, 1, 0}) {
+    for (int turn = 0; turn < 2 * kTurns; ++turn) {
+      Camera camera(kBackCamera);
+      camera.record.width = 480 + 33 * turn;
+      camera.record.height = 270;
+      camera.record.qermHint = 1234 + turn;
+      camera.core.segFactor = rows;
+      ScoreMap map = map_of({32, 32}, turn % kTurns);
+      if (turn == 6) map.blob(10, 1, 6, 5, 2);  // near the share that a person must have
+      if (turn == 7) map.blob(3, 2, 20, 14, 2);
+      camera.core.argMax_back_only_human(map.bytes.data());
+      sheet.add_results(camera.core);
+      const auto cells = static_cast<size_t>(NETSIZE * NETSIZE);
+      sheet.add("labelMapA", camera.core.labelMapA, cells);
+      sheet.add("labelMapB", camera.core.labelMapB, cells);
+      sheet.add("labelMapWide", camera.core.labelMapWide, cells * sizeof(int32_t));
+      sheet.add("gridMap", camera.core.gridMap, 855);
+    }
+  }
+  sheet.append_to(figures, "argMax_back_only_human");
+}
+
+}  // namespace
+
+void measure_analyses(Figures& figures) {
+  front_faces(figures);
+  face_figures(figures);
+  face_matches(figures);
+  persons(figures);
+  outlines(figures);
+  label_planes(figures);
+  front_scenes(figures);
+  back_scenes(figures);
+}
+
+}  // namespace selfcheck
