@@ -3,6 +3,7 @@
 Environment: MORVALE_PROGRAM, the program; MORVALE_MODEL_DIR and MORVALE_PHOTO_DIR, the network and the
 photographs. Without those two the tests that need them are skipped, or fail if MORVALE_REQUIRE_NETWORK is 1.
 """
+import itertools
 import json
 import os
 import pathlib
@@ -31,6 +32,26 @@ def grey_png(width, height):
     rows = (b"\0" + b"\x80" * width) * height
     return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, 8, 0, 0, 0, 0)) +
             chunk(b"IDAT", zlib.compress(rows)) + chunk(b"IEND", b""))
+
+
+def png_rows(data):
+    """The rows of an RGB PNG file as OpenCV writes it: three bytes a pixel, each told from the one to its left."""
+    width, height = struct.unpack(">II", data[16:24])
+    packed, at = b"", 8
+    while at < len(data):
+        length, = struct.unpack(">I", data[at:at + 4])
+        if data[at + 4:at + 8] == b"IDAT":
+            packed += data[at + 8:at + 8 + length]
+        at += 12 + length
+    raw, rows = zlib.decompress(packed), []
+    for y in range(height):
+        line = raw[y * (3 * width + 1):(y + 1) * (3 * width + 1)]
+        assert line[0] == 1, "the filter that takes the difference to the left"
+        row = bytearray(3 * width)
+        for channel in range(3):
+            row[channel::3] = bytes(sum_ & 255 for sum_ in itertools.accumulate(line[1 + channel::3]))
+        rows.append(bytes(row))
+    return rows
 
 
 def overlap(a, b):
@@ -125,6 +146,27 @@ class Complaints(InFolder):
         for arguments in [(), ("analyse",)]:
             status, out, err = morvale(*arguments)
             self.assertEqual((status, out, err.count("\n")), (2, "", 1))
+
+
+class Pictures(InFolder):
+    """Made-up people, whose own scores answer for the network."""
+
+    def people(self, *flags):
+        """A scene's first frame, and how to analyse it."""
+        scene = self.folder / "scene"
+        subprocess.run([PROGRAM, "scene", "--out", scene, "--frames", "1", *flags], check=True, capture_output=True)
+        frame, = (scene / "frames").iterdir()
+        return frame, {"VEXA_ENGINE": "recorded", "VEXA_BUNDLE": str(scene)}
+
+    def test_the_picture_of_three_faces_is_whole(self):
+        frame, engine = self.people("--people", "3")
+        done = analyze("--faces", "none", "--out", self.folder / "out", frame, **engine)
+        self.assertEqual(json.loads(done.stdout)["measuredFaces"], 3)
+        png, = (self.folder / "out").iterdir()
+        rows = png_rows(png.read_bytes())
+        paper = rows[0][:3]
+        self.assertEqual([y for y in range(len(rows) - 20, len(rows)) if rows[y].strip(paper)], [],
+                         "figures reach into the lower margin")
 
 
 class WithNetwork(InFolder):

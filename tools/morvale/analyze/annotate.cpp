@@ -19,7 +19,6 @@ constexpr double kMargin = 28;
 constexpr double kGap = 32;
 constexpr double kHeaderHeight = 72;
 constexpr double kPanelWidth = 400;
-constexpr int kCanvasHeight = 1100;
 constexpr double kPictureRoomWidth = 760, kPictureRoomHeight = 780;
 constexpr double kSmallestPictureColumn = 560;  ///< leaves room for the legend below a narrow picture
 
@@ -175,7 +174,7 @@ std::vector<uint8_t> annotated_png(const Frame& frame, int frame_index, const Fr
   const Placement place(frame);
   const double panel_left = kMargin + place.column_width() + kGap;
   const int width = static_cast<int>(std::lround(panel_left + kPanelWidth + kMargin));
-  Canvas canvas(width, kCanvasHeight, kPaper);
+  Canvas canvas(width, kPaper);
   draw_header(canvas, frame, frame_index, report, width);
   draw_picture(canvas, place, frame, report);
   draw_boxes(canvas, place, report);

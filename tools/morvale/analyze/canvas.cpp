@@ -45,24 +45,33 @@ std::string shortened(const std::string& text, const TextStyle& style, double ro
 
 }  // namespace
 
-Canvas::Canvas(int width, int height, Color background)
-    : surface_(height * kScale, width * kScale, CV_8UC3, background) {}
+Canvas::Canvas(int width, Color background)
+    : background_(background), surface_(0, width * kScale, CV_8UC3, background) {}
+
+/// OpenCV draws nothing outside of a picture: before each drawing the surface becomes tall enough for it.
+void Canvas::reach(double bottom) {
+  const int missing = cvCeil(bottom * kScale) - surface_.rows;
+  if (missing > 0) surface_.push_back(cv::Mat(missing, surface_.cols, surface_.type(), background_));
+}
 
 cv::Size Canvas::pixels(cv::Size2d points) {
   return {std::max(1, cvRound(points.width * kScale)), std::max(1, cvRound(points.height * kScale))};
 }
 
 void Canvas::image(const cv::Mat& picture, cv::Point2d top_left) {
+  reach(top_left.y + double(picture.rows) / kScale);
   const cv::Rect place(cv::Point(cvRound(top_left.x * kScale), cvRound(top_left.y * kScale)), picture.size());
   const cv::Rect visible = place & cv::Rect({}, surface_.size());
   picture(visible - place.tl()).copyTo(surface_(visible));
 }
 
 void Canvas::fill(cv::Rect2d box, Color color) {
+  reach(box.br().y);
   cv::rectangle(surface_, pixel_rect(box), color, cv::FILLED);
 }
 
 void Canvas::line(cv::Point2d from, cv::Point2d to, Color color, double thickness, double dash) {
+  reach(std::max(from.y, to.y) + thickness);
   const int width = std::max(1, cvRound(thickness * kScale));
   const cv::Point2d way = to - from;
   const double length = std::hypot(way.x, way.y);
@@ -83,6 +92,7 @@ void Canvas::outline(cv::Rect2d box, Color color, double thickness, double dash)
 }
 
 void Canvas::hairline(cv::Point2d from, cv::Point2d to, Color color, double opacity) {
+  reach(std::max(from.y, to.y) + 1);
   // Straight lines only: the strip below the line is blended, not the whole surface.
   cv::Rect strip = pixel_rect({from, to});
   strip.width = std::max(strip.width, kScale);
@@ -93,6 +103,7 @@ void Canvas::hairline(cv::Point2d from, cv::Point2d to, Color color, double opac
 }
 
 void Canvas::text(const std::string& text, cv::Point2d baseline, const TextStyle& style, double room) {
+  reach(baseline.y + style.cap_height);  // room for what hangs below the baseline
   const cv::Point origin(cvRound(baseline.x * kScale), cvRound(baseline.y * kScale));
   cv::putText(surface_, shortened(ascii(text), style, room), origin, font(style), font_scale(style),
               style.color, stroke(style), cv::LINE_AA);
@@ -107,9 +118,10 @@ double Canvas::text_width(const std::string& text, const TextStyle& style) {
   return double(cv::getTextSize(text, font(style), font_scale(style), stroke(style), &below).width) / kScale;
 }
 
-cv::Mat Canvas::finish(int height) const {
+cv::Mat Canvas::finish(int height) {
+  reach(height);
   cv::Mat finished;
-  const cv::Mat used = surface_.rowRange(0, std::min(height * kScale, surface_.rows));
+  const cv::Mat used = surface_.rowRange(0, height * kScale);
   cv::resize(used, finished, {used.cols / kScale, used.rows / kScale}, 0, 0, cv::INTER_AREA);
   return finished;
 }

@@ -1,5 +1,5 @@
-/// A drawing surface in points. It draws at twice the size and shrinks at the end, which is what makes
-/// OpenCV's stroke fonts and thin lines look clean.
+/// A drawing surface in points, of a given width and as tall as what is drawn on it. It draws at twice the
+/// size and shrinks at the end, which is what makes OpenCV's stroke fonts and thin lines look clean.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -17,7 +17,7 @@ struct TextStyle {
 
 class Canvas {
  public:
-  Canvas(int width, int height, Color background);
+  Canvas(int width, Color background);
 
   /// Pixels of a picture that is to fill a rectangle of this size.
   static cv::Size pixels(cv::Size2d points);
@@ -35,12 +35,14 @@ class Canvas {
   void text_right(const std::string& text, cv::Point2d baseline_end, const TextStyle& style);
   static double text_width(const std::string& text, const TextStyle& style);
 
-  /// The finished picture, cut off at this height.
-  cv::Mat finish(int height) const;
+  /// The finished picture, of this height.
+  cv::Mat finish(int height);
 
  private:
+  void reach(double bottom);
   void line(cv::Point2d from, cv::Point2d to, Color color, double thickness, double dash);
 
+  Color background_;
   cv::Mat surface_;
 };
 
