@@ -219,6 +219,21 @@ test('the label map lies over the picture as the network saw it', async () => {
   await close();
 });
 
+test('a source that passes twice: each pass has its own links and names', async () => {
+  const twice = page('twice', {
+    change: data => {
+      data.frames.number = data.frames.number.map((_, frame) => 7 + frame % 20);
+    }
+  });
+  for (const [hash, frame, name] of [['#frame=10', 3, 'Frame 10 (1)'], ['#frame=10&pass=2', 23, 'Frame 10 (2)']]) {
+    const {page: tab, close} = await open(browser, twice, {hash});
+    await shown(tab, frame);
+    assert.ok((await tab.textContent('#where')).startsWith(name));
+    assert.match(await tab.textContent('#frame-heading'), /^Frame 10, pass [12]$/);
+    await close();
+  }
+});
+
 test('a frame without a picture borrows the last one and says so', async () => {
   const {page: tab, close} = await open(browser, page('sparse', {pictureEvery: 5}), {hash: '#frame=116'});
   await shown(tab, 8);

@@ -142,7 +142,7 @@ export class Chart {
     return this.definition_.tick ? this.definition_.tick(value) : `${Math.round(value * 100) / 100}`;
   }
   number_(frame) {
-    return Number.isInteger(frame) && frame < this.report_.count ? `${this.report_.number(frame)}` : '';
+    return Number.isInteger(frame) && frame < this.report_.count ? this.report_.label(frame) : '';
   }
 
   seriesOptions_(series) {

@@ -61,7 +61,7 @@ function columnsOf(report) {
   const {records, frames} = report;
   const time = value => value === null ? '–' : value.toFixed(3);
   const columns = [
-    ['Frame', frame => `${report.number(frame)}`],
+    ['Frame', frame => report.label(frame)],
     ['State', frame => marksOf(report, frame).map(([, text]) => text).join(', ') || 'analysed'],
     [report.front ? 'Person, %' : 'Body, %', frame => records.humanRatio(frame)],
     ['Boxes', frame => report.personCount(frame)],

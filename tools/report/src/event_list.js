@@ -38,7 +38,7 @@ export class EventList {
         'li', {},
         h('button',
           {type: 'button', class: 'row jump', 'data-index': index, onclick: () => this.player_.go(index)},
-          h('span', {class: 'number'}, this.report_.number(index)),
+          h('span', {class: 'number'}, this.report_.label(index)),
           h('span', {class: `mark mark-${knownKind(kind)}`}, kind), h('span', {class: 'text'}, text)));
   }
 }

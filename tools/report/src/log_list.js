@@ -64,6 +64,6 @@ export class LogList {
     return h(
         'li', {},
         h('button', {type: 'button', class: 'row', onclick: () => this.player_.go(line[0])},
-          h('span', {class: 'number'}, this.report_.number(line[0])), logLine(line)));
+          h('span', {class: 'number'}, this.report_.label(line[0])), logLine(line)));
   }
 }

@@ -87,11 +87,11 @@ function hideThumbBeside(stage, dock) {
   }).observe(stage);
 }
 
-// report.html#frame=37 opens on the frame of that number.
+// report.html#frame=37 opens on the frame of that number, #frame=37&pass=2 on it when it came for the second time.
 function followHash(report, player) {
   const follow = () => {
-    const match = /^#frame=(\d+)$/.exec(location.hash);
-    const index = match ? report.frames.number.indexOf(Number(match[1])) : -1;
+    const match = /^#frame=(\d+)(?:&pass=(\d+))?$/.exec(location.hash);
+    const index = match ? report.find(Number(match[1]), Number(match[2] ?? 1)) : -1;
     if (index >= 0) player.go(index);
   };
   addEventListener('hashchange', follow);

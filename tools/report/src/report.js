@@ -16,6 +16,8 @@ export class Report {
     this.frames = data.frames;
     this.count = data.frames.number.length;
     this.front = data.camera === 'front';
+    this.passes_ = passesOf(data.frames.number);
+    this.repeated = this.count > 0 && this.passes_[this.count - 1] > 1;
     this.records = new Records(data.records);
     this.pictureFrames_ = framesWithPicture(data.frames.picture);
     this.maps_ = new Map();
@@ -26,8 +28,18 @@ export class Report {
         (a, b) => a.index - b.index);
   }
 
+  // A frame's number in its source. Where the source passed more than once, `label` says in which pass.
   number(frame) { return this.frames.number[frame]; }
-  title(frame) { return this.frames.name ? this.frames.name[frame] : `Frame ${this.number(frame)}`; }
+  label(frame) { return this.repeated ? `${this.number(frame)} (${this.passes_[frame]})` : `${this.number(frame)}`; }
+  title(frame) {
+    if (this.frames.name) return this.frames.name[frame];
+    return `Frame ${this.number(frame)}${this.repeated ? `, pass ${this.passes_[frame]}` : ''}`;
+  }
+
+  // The frame of a number and a pass, or -1.
+  find(number, pass = 1) {
+    return this.frames.number.findIndex((own, frame) => own === number && this.passes_[frame] === pass);
+  }
   geometry(frame) { return this.data.geometries[this.frames.geometry[frame]]; }
   // The library's person boxes and their number; a recording on its own does not tell them on the front
   // camera: none to draw, and a number of null.
@@ -102,6 +114,13 @@ class Baseline {
     this.boxes = boxes;
   }
   has(frame) { return frame < this.records.count; }
+}
+
+// A source's numbers rise; where they do not, it passes once more.
+function passesOf(numbers) {
+  let pass = 1;
+  return Int32Array.from(
+      numbers, (number, frame) => frame > 0 && number <= numbers[frame - 1] ? ++pass : pass);
 }
 
 function framesWithPicture(pictures) {

@@ -132,7 +132,7 @@ function recordsCard(report, player) {
 
 const goTo = (report, player, index) =>
     h('button', {type: 'button', class: 'link', onclick: () => player.go(index)},
-      `frame ${report.number(index)}`);
+      `frame ${report.label(index)}`);
 
 export function banner(report, player) {
   const {comparison} = report.data;

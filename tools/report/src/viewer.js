@@ -74,11 +74,11 @@ export class Viewer {
         ...marksOf(report, frame).map(([kind, text]) => h('span', {class: `mark mark-${kind}`}, text)));
     const from = report.pictureFrame(frame);
     const notes = [];
-    if (report.frames.name) notes.push(`Frame ${report.number(frame)}`);
+    if (report.frames.name) notes.push(`Frame ${report.label(frame)}`);
     if (from === null)
       notes.push('No pictures in this recording');
     else if (from !== frame)
-      notes.push(`Picture of frame ${report.number(from)}; the overlays are this frame's`);
+      notes.push(`Picture of frame ${report.label(from)}; the overlays are this frame's`);
     if (!report.labels(frame)) notes.push('No label map');
     this.note_.textContent = notes.join(' · ');
     for (const {canvas, title, side, caption} of this.sides_) {
