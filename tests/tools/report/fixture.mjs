@@ -79,7 +79,7 @@ export function makeData(
     putWords(records, frame, front ? frontWords(frame) : backWords(frame));
   const data = {
     format: 'morvale-report',
-    version: 1,
+    version: 2,
     title: 'fixture.bundle',
     program: 'morvale 1.0.0',
     command: 'morvale replay fixture.bundle --report out',
@@ -110,7 +110,8 @@ export function makeData(
     records,
     label_runs: each(() => packRuns(leftOf(geometry.netSize / 2, geometry))),
     pictures,
-    log: each(frame => [frame, 'D', `line of ${frame}`]),
+    log: each(frame => [frame, frame]),
+    log_lines: each(frame => `Dline of ${frame}`),
     events: [],
     comparison: null,
     baseline: null,

@@ -240,6 +240,7 @@ test('a frame without a picture borrows the last one and says so', async () => {
   for (const id of ['labels', 'boxes', 'faces']) await tab.uncheck(`#show-${id}`);
   assert.ok(near(await pixel(tab, 0.5, 0.5), [64, 192, 64]), 'the picture of the sixth frame');
   assert.match(await tab.textContent('.note'), /Picture of frame 110/);
+  assert.match(await tab.textContent('.page-head'), /Pictures8 of 40/);
   await close();
 });
 
@@ -332,7 +333,7 @@ test('names, texts and log lines are shown as they are, never run', async () => 
       data.source = {kind: 'pictures', name: evil, made_by: evil};
       data.frames.name = [evil, evil, evil];
       data.labels[1].name = evil;
-      data.log = [[0, 'E', evil]];
+      Object.assign(data, {log: [[0, 0]], log_lines: [`E${evil}`]});
       data.events = [{index: 0, kind: '"><script>', text: evil}];
       data.fields[0].meaning = evil;
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <map>
 
 #include "analyze/label_overlay.h"
 #include "common/atomic_file.h"
@@ -24,6 +25,8 @@ using Bytes = std::vector<uint8_t>;
 
 constexpr std::string_view kMarker = "@@MORVALE_REPORT_DATA@@";
 constexpr int kUsualFrames = 300;
+constexpr size_t kPageRoom = 12'000'000;      ///< bytes of a page
+constexpr size_t kLeastPictures = 2'000'000;  ///< of them for pictures, however much the figures take
 
 Json json_of(const std::vector<FaceRect>& boxes) {
   Json list = Json::array();
@@ -123,6 +126,8 @@ struct ReportPage::Content {
        analysis_ms = Json::array(), camera_faces = Json::array(), boxes = Json::array(), runs = Json::array(),
        log = Json::array();
   Json comparison, baseline;
+  std::map<std::string, size_t> log_places;  ///< of each distinct line, its priority before its text
+  std::vector<std::string> log_lines;        ///< by place
   Bytes records;
 
   explicit Content(ReportHead given)
@@ -135,8 +140,6 @@ struct ReportPage::Content {
   }
 
   Json frames() const {
-    Json places = Json::array();
-    for (const auto& place : pictures.places()) places.push_back(place ? Json(*place) : Json(nullptr));
     return {{"number", number},
             {"name", named ? name : Json(nullptr)},
             {"geometry", geometry},
@@ -146,19 +149,38 @@ struct ReportPage::Content {
             {"process_ms", process_ms},
             {"analysis_ms", analysis_ms},
             {"camera_faces", camera_faces},
-            {"boxes", boxes},
-            {"picture", places}};
+            {"boxes", boxes}};
   }
 
-  Json data() const {
-    Json shapes = Json::array(), jpegs = Json::array(), marks = Json::array();
-    for (const Geometry& one : geometries) shapes.push_back(json_of(one));
+  /// A run logs the same a thousand times: each distinct line is kept once.
+  void add_log(int index, const LogLine& line) {
+    const auto [place, fresh] = log_places.emplace(line.priority + line.text, log_lines.size());
+    if (fresh) log_lines.push_back(place->first);
+    log.push_back(Json::array({index, place->second}));
+  }
+
+  /// As many pictures as the page has room for beside everything else.
+  void put_pictures(Json& data) {
+    constexpr size_t kPlace = 20;  ///< a frame's number of its picture, quotes and padding around that
+    const size_t taken = report_template().size() + script_text(data).size() + kPlace * number.size();
+    const size_t room = kPageRoom > taken ? kPageRoom - taken : 0;
+    pictures.fit(std::max(room, kLeastPictures) / 4 * 3);  // base64 makes four bytes of three
+    Json places = Json::array(), jpegs = Json::array();
+    for (const auto& place : pictures.places())
+      places.push_back(place ? Json(*place) : Json(nullptr));
     for (const Bytes& jpeg : pictures.pictures()) jpegs.push_back(base64(jpeg));
+    data["frames"]["picture"] = places;
+    data["pictures"] = jpegs;
+  }
+
+  Json data() {
+    Json shapes = Json::array(), marks = Json::array();
+    for (const Geometry& one : geometries) shapes.push_back(json_of(one));
     for (const FrameEvent& event : events.events())
       marks.push_back({{"index", event.index}, {"kind", event.kind}, {"text", event.text}});
-    return {
+    Json data = {
         {"format", "morvale-report"},
-        {"version", 1},
+        {"version", 2},
         {"title", head.title},
         {"program", "morvale " MORVALE_VERSION},
         {"command", head.command},
@@ -173,11 +195,13 @@ struct ReportPage::Content {
         {"frames", frames()},
         {"records", base64(records)},
         {"label_runs", runs},
-        {"pictures", jpegs},
         {"log", log},
+        {"log_lines", Json::list(log_lines)},
         {"events", marks},
         {"comparison", comparison},
         {"baseline", baseline}};
+    put_pictures(data);
+    return data;
   }
 };
 
@@ -203,8 +227,7 @@ void ReportPage::add(const ReportFrame& frame) {
   page.camera_faces.push_back(json_of(report.camera_faces));
   page.boxes.push_back(frame.boxes_known ? json_of(report.person_boxes) : Json(nullptr));
   page.runs.push_back(label_runs(report.label_map));
-  for (const LogLine& line : report.log)
-    page.log.push_back(Json::array({index, std::string(1, line.priority), line.text}));
+  for (const LogLine& line : report.log) page.add_log(index, line);
   const auto* bytes = reinterpret_cast<const uint8_t*>(&report.record);
   page.records.insert(page.records.end(), bytes, bytes + sizeof report.record);
   page.events.add(report, frame.times.network);

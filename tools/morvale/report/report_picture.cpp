@@ -10,7 +10,7 @@
 namespace tool {
 namespace {
 
-constexpr size_t kRoom = 8'000'000;  ///< bytes of JPEG in a page; as text they take a third more
+constexpr size_t kRoom = 8'000'000;  ///< bytes of JPEG that are kept while the frames go by
 constexpr size_t kLeastForOne = 9'000, kMostForOne = 90'000;
 
 /// From the finest down; the last is taken whatever it needs.
@@ -55,7 +55,11 @@ void ReportPictures::add(std::span<const uint8_t> nv21, int width, int height, i
   places_.back() = pictures_.size();
   pictures_.push_back(jpeg_within(seen_picture(nv21, width, height, stride), room_for_one_));
   bytes_ += pictures_.back().size();
-  while (bytes_ > kRoom && pictures_.size() > 1) thin_out();
+  fit(kRoom);
+}
+
+void ReportPictures::fit(size_t bytes) {
+  while (bytes_ > bytes && pictures_.size() > 1) thin_out();
 }
 
 /// A long run keeps every second picture, then every fourth, and so on.

@@ -17,6 +17,9 @@ class ReportPictures {
   /// height * stride bytes. An empty frame has none.
   void add(std::span<const uint8_t> nv21, int width, int height, int stride);
 
+  /// Leaves pictures out, every second one at a time, until the rest takes no more than so many bytes.
+  void fit(size_t bytes);
+
   /// The place of each frame's picture in pictures().
   const std::vector<std::optional<size_t>>& places() const { return places_; }
   /// JPEG files.

@@ -134,5 +134,5 @@ function frameLog(report, frame) {
       h('h3', {}, 'Log', h('span', {class: 'aside'}, plural(to - from, 'line'))),
       to === from ?
           h('p', {class: 'quiet'}, 'Nothing was logged.') :
-          h('ol', {class: 'log'}, report.data.log.slice(from, to).map(line => h('li', {}, logLine(line)))));
+          h('ol', {class: 'log'}, report.log.slice(from, to).map(line => h('li', {}, logLine(line)))));
 }

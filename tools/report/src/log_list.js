@@ -51,7 +51,7 @@ export class LogList {
   refilter_() {
     const wanted = this.priority_.value, text = this.search_.value.toLowerCase();
     this.lines_ = [];
-    this.report_.data.log.forEach(([, priority, line], at) => {
+    this.report_.log.forEach(([, priority, line], at) => {
       const fits = (!wanted || wanted.includes(priority)) && (!text || line.toLowerCase().includes(text));
       if (fits) this.lines_.push(at);
     });
@@ -60,7 +60,7 @@ export class LogList {
   }
 
   row_(at) {
-    const line = this.report_.data.log[this.lines_[at]];
+    const line = this.report_.log[this.lines_[at]];
     return h(
         'li', {},
         h('button', {type: 'button', class: 'row', onclick: () => this.player_.go(line[0])},

@@ -5,7 +5,7 @@ import {differenceOf} from './difference.js';
 import {kMeasuredBlocks, Records} from './records.js';
 
 const kFormat = 'morvale-report';
-const kVersion = 1;
+const kVersion = 2;
 const kKeptMaps = 64;
 
 export class Report {
@@ -21,7 +21,8 @@ export class Report {
     this.records = new Records(data.records);
     this.pictureFrames_ = framesWithPicture(data.frames.picture);
     this.maps_ = new Map();
-    this.logStart_ = firstLines(data.log, this.count);
+    this.log = data.log.map(([frame, place]) => [frame, data.log_lines[place][0], data.log_lines[place].slice(1)]);
+    this.logStart_ = firstLines(this.log, this.count);
     this.baseline = data.baseline ? new Baseline(data.baseline) : null;
     this.difference = this.baseline ? differenceOf(this) : null;
     this.events = [...data.events, ...(this.difference ? this.difference.events : [])].sort(
@@ -89,7 +90,7 @@ export class Report {
     return at < 0 ? null : at;
   }
 
-  // Log lines of a frame: their range in data.log.
+  // Log lines of a frame: their range in `log`, whose lines are [frame, priority, text].
   logRange(frame) { return [this.logStart_[frame], this.logStart_[frame + 1]]; }
 
   unpack_(runs, frame) {

@@ -12,6 +12,8 @@ export function pageHead(report, themeButton, keys) {
     ['Source', [data.source.kind, data.source.name].filter(Boolean).join(' ')], ['Engine', data.engine],
     ['Kernels', data.kernels], ['Program', data.program]
   ];
+  const pictures = data.frames.picture.filter(picture => picture !== null).length;
+  if (pictures < report.count) facts.push(['Pictures', `${pictures} of ${report.count}`]);
   if (report.baseline) facts.push(['Baseline', report.baseline.name]);
   return h(
       'header', {class: 'page-head'},
