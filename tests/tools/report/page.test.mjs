@@ -320,6 +320,7 @@ test('what a recording alone does not tell is left out, not shown as 0', async (
   assert.match(await tab.textContent('#figures'), /Library–/);
   assert.doesNotMatch(await tab.textContent('#figures'), /library box/);
   assert.match(await tab.textContent('main'), /a recording alone does not tell/);
+  assert.equal(await tab.$('#show-boxes'), null, 'no box that could do nothing');
   assert.deepEqual(complaints, []);
   await close();
 });

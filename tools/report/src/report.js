@@ -45,6 +45,9 @@ export class Report {
   // The library's person boxes and their number; a recording on its own does not tell them on the front
   // camera: none to draw, and a number of null.
   boxes(frame) { return this.frames.boxes[frame] ?? []; }
+  get boxesKnown() {
+    return [this.frames.boxes, this.baseline?.boxes ?? []].flat().some(boxes => boxes !== null);
+  }
   personCount(frame) { return this.frames.boxes[frame]?.length ?? null; }
 
   gated(frame) { return this.frames.gated[frame] !== 0; }

@@ -136,7 +136,7 @@ export class Viewer {
     return h(
         'div', {class: 'controls', role: 'group', 'aria-label': 'Overlays'},
         h('span', {class: 'chip-group'}, box('labels', 'Labels'), this.slider_),
-        box('boxes', 'Library boxes', 'solid'), box('faces', 'Camera faces', 'dashed'),
+        this.report_.boxesKnown ? box('boxes', 'Library boxes', 'solid') : null, box('faces', 'Camera faces', 'dashed'),
         this.report_.front ? null : box('grid', 'Grid'));
   }
 
