@@ -7,6 +7,7 @@ import itertools
 import json
 import os
 import pathlib
+import random
 import struct
 import subprocess
 import sys
@@ -93,7 +94,8 @@ class Complaints(InFolder):
                                 (["--repeat", "0"], "--repeat"), (["--repeat", "many"], "--repeat"),
                                 (["--format", "xml"], "--format"), (["--size", "640"], "640"),
                                 (["--size", "641x480"], "even"), (["--size", "-2x2"], "-2x2"),
-                                (["--size", "99999999999x2"], "--size"), (["--stride", "62"], "stride 62"),
+                                (["--size", "99999999999x2"], "--size"), (["--crop", "5:4"], "--crop"),
+                                (["--size", "6x4", "--crop", "4:3"], "only 6x4"), (["--stride", "62"], "stride 62"),
                                 (["--cascade", "/none.xml"], "/none.xml"),
                                 (["--model-dir", "/none"], "./dev network")]:
             with self.subTest(flags=flags):
@@ -167,6 +169,59 @@ class Pictures(InFolder):
         paper = rows[0][:3]
         self.assertEqual([y for y in range(len(rows) - 20, len(rows)) if rows[y].strip(paper)], [],
                          "figures reach into the lower margin")
+
+
+    def test_a_shape_that_misleads_is_told(self):
+        for camera, size, words in [("front", (640, 512), "fills 51 rows .* analyses 28. The lowest 45 % "),
+                                    ("back", (640, 512), "fills 26 rows .* analyses 15. The lowest 41 % "),
+                                    ("front", (900, 300), "fills 21 rows .* analyses 28. The rows below .* mirror"),
+                                    ("front", (480, 854), "boxes by 1.88 .width / 256.* by 3.34. .*left of and above"),
+                                    ("back", (480, 854), "across by 3.75 .width / 128.* by 6.67. .*left of the person"),
+                                    ("front", (640, 480), None), ("back", (640, 360), None),
+                                    ("front", (512, 512), None)]:
+            with self.subTest(camera=camera, size=size):
+                picture = self.file("grey.png", grey_png(*size))
+                flags = ["--camera", camera, "--faces", "none", "--repeat", "2", picture]
+                frames = [json.loads(line) for line in analyze(*flags, VEXA_ENGINE="fixed").stdout.splitlines()]
+                table = analyze("--format", "table", *flags, VEXA_ENGINE="fixed").stdout
+                if words is None:
+                    self.assertTrue("notes" not in frames[0] and "note" not in table)
+                    continue
+                self.assertRegex(frames[0]["notes"][0], words)
+                self.assertIn("--crop 4:3", frames[0]["notes"][0])
+                self.assertEqual(table.count("  note: " + frames[0]["notes"][0]), 1, "once for an input")
+
+    def test_crop_cuts_the_largest_part_of_the_shape_out(self):
+        noise = random.Random(5)
+        for shape, size, left, top, part in [("4:3", (40, 54), 0, 8, (40, 30)), ("16:9", (70, 50), 2, 4, (64, 36))]:
+            with self.subTest(shape=shape):
+                width, height = size
+                stride = width + 6
+                planes = noise.randbytes(stride * height * 3 // 2)
+                frame = self.file(f"noise_{width}x{height}_s{stride}.nv21", planes)
+                flags = ["--crop", shape, "--faces", "none", frame]
+                record, = map(json.loads, analyze(*flags, VEXA_ENGINE="fixed").stdout.splitlines())
+                self.assertEqual((record["geometry"]["width"], record["geometry"]["height"]), part)
+                self.assertNotIn("notes", record)
+                kept = self.folder / shape
+                subprocess.run([PROGRAM, "replay", "--engine", "fixed", "--format", "none", "--record", kept, *flags],
+                               check=True, capture_output=True)
+                rows = [planes[y * stride + left:y * stride + left + part[0]]
+                        for y in [*range(top, top + part[1]), *range(height + top // 2, height + (top + part[1]) // 2)]]
+                self.assertEqual((kept / f"frames/000000_{part[0]}x{part[1]}_s{part[0]}.nv21").read_bytes(),
+                                 b"".join(rows))
+        done = subprocess.run([PROGRAM, "replay", "--crop", "4:3", kept], capture_output=True, text=True)
+        self.assertEqual((done.returncode, done.stdout), (2, ""))
+        self.assertRegex(done.stderr, r"\Amorvale: --crop: .* is a recording[^\n]+\.\n\Z")
+
+    def test_rows_that_are_not_analysed_are_hatched(self):
+        analyze("--faces", "none", "--out", self.folder / "out", self.file("grey.png", grey_png(640, 512)),
+                VEXA_ENGINE="fixed")
+        rows = png_rows((self.folder / "out/grey_front.png").read_bytes())
+        # The picture begins at row 72 and is drawn at 760 / 640: 28 of 51.25 rows end at row 404.
+        grey = [y for y in range(80, 670) if abs(rows[y][3 * 40] - 128) < 4]
+        self.assertEqual(grey[:300], list(range(80, 380)))
+        self.assertTrue(400 <= grey[-1] <= 406, grey[-1])
 
 
 class WithNetwork(InFolder):

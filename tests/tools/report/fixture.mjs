@@ -18,6 +18,7 @@ export const kFrontGeometry = {
   shrunkHeight: 192,
   segFactor: 48,
   scaleRatio: 1.25,
+  notes: [],
 };
 export const kBackGeometry = {
   width: 320,
@@ -29,6 +30,7 @@ export const kBackGeometry = {
   shrunkHeight: 96,
   segFactor: 24,
   scaleRatio: 2.5,
+  notes: [],
 };
 
 const kBlockFields = [

@@ -219,6 +219,28 @@ test('the label map lies over the picture as the network saw it', async () => {
   await close();
 });
 
+test('rows that are not analysed are hatched, and a sentence says what the shape does', async () => {
+  const geometry = {...kFrontGeometry, height: 256, shrunkHeight: 205, segFactor: 28, notes: ['The lowest 45 % …']};
+  const file = page('five_to_four', {
+    count: 2,
+    change: data => {
+      data.geometries = [geometry];
+      data.label_runs = [packRuns(leftOf(0, geometry)), packRuns(leftOf(0, geometry))];
+    }
+  });
+  const {page: tab, close} = await open(browser, file);
+  for (const id of ['boxes', 'faces']) await tab.uncheck(`#show-${id}`);
+  const plain = [192, 64, 64], edge = 4 * 28 / 205;
+  assert.ok(near(await pixel(tab, 0.5, edge - 0.02), plain));
+  for (const [across, down] of [[0.5, edge + 0.02], [0.1, 0.9], [0.9, 0.98]])
+    assert.ok(!near(await pixel(tab, across, down), plain), `${across}, ${down}`);
+  assert.equal(await tab.textContent('#shape-note'), 'The lowest 45 % …');
+  await close();
+  const usual = await open(browser, front);
+  assert.equal(await usual.page.textContent('#shape-note'), '');
+  await usual.close();
+});
+
 test('a source that passes twice: each pass has its own links and names', async () => {
   const twice = page('twice', {
     change: data => {

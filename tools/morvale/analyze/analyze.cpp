@@ -70,7 +70,10 @@ class Analysis {
         progress_(options.inputs.size() * static_cast<size_t>(options.repeat)) {}
 
   int run() {
-    for (const std::string& path : options_.inputs) analyze(read_input(path, options_.shape));
+    for (const std::string& path : options_.inputs) {
+      const Frame frame = read_input(path, options_.shape);
+      analyze(options_.crop ? cropped(frame, *options_.crop) : frame);
+    }
     if (!options_.trace.empty()) trace_.write(options_.trace);
     return failed_ ? kExitFailed : kExitDone;
   }

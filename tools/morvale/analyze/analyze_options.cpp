@@ -33,8 +33,10 @@ A faces file is a list for every input, or an object from base names to lists; f
 
 In the JSON, "record" is the 288-byte record field by field. "personBoxes" are the boxes that the segmentation
 found; on the front camera "measuredFaces" counts the faces that the record's first blocks measure.
-Boxes are drawn where the library puts them. It scales them by the frame's width on portrait frames too, where
-they so come out left of and above what they mean; the label map is drawn where it belongs.
+Boxes are drawn where the library puts them, the label map where it belongs. "notes" say where the frame's shape
+misleads: boxes of portrait frames lie left of and above what they mean, and of landscape frames other than 4:3 and
+16:9 the lowest rows are not analysed (hatched in the picture). --crop cuts a frame of a better shape out: the
+largest part, from the middle of the width and a third down the height.
 
 Exit status: 0 done, 1 a model did not open or a frame failed, 2 the command line or a file cannot be used.
 )";
@@ -42,7 +44,7 @@ Exit status: 0 done, 1 a model did not open or a frame failed, 2 the command lin
 /// What the options say, before it is looked at closer.
 struct Texts {
   std::string camera = "front", format = "json";
-  std::optional<std::string> size;
+  std::optional<std::string> size, crop;
 };
 
 CommandLine command_line(AnalyzeOptions& options, Texts& texts) {
@@ -59,6 +61,8 @@ CommandLine command_line(AnalyzeOptions& options, Texts& texts) {
         "Folder of the network (default: $VEXA_MODEL_DIR, else ~/.cache/morvale/network)", "DIR"},
        {"--out", &options.out, "Write an annotated PNG a frame into this folder", "DIR"},
        {"--size", &texts.size, "A raw frame's size; photographs are resized to it", "WxH"},
+       {"--crop", &texts.crop, "Cut this shape out of every frame: the library takes no other shape whole",
+        "4:3|16:9"},
        {"--stride", &options.shape.stride, "Bytes from one row to the next (default: the width)", "N",
         Range{2, 1 << 20}},
        {"--repeat", &options.repeat, "Send each frame N times through one session (default: 1)", "N",
@@ -78,6 +82,7 @@ std::optional<AnalyzeOptions> parse_analyze_options(int argc, char** argv) {
   options.camera = texts.camera == "front" ? Camera::kFront : Camera::kBack;
   options.table = texts.format == "table";
   if (texts.size) options.shape.size = parse_size(*texts.size);
+  if (texts.crop) options.crop = parse_crop(*texts.crop);
   if (given->contains("--out") && options.out.empty()) throw UsageError("--out: the folder's name is empty.");
   return options;
 }

@@ -6,6 +6,7 @@
 
 #include "service/camera_service.h"
 #include "service/faces.h"
+#include "service/frame_crop.h"
 #include "service/frame_input.h"
 
 namespace tool {
@@ -18,6 +19,7 @@ struct AnalyzeOptions {
   std::string out;    ///< folder of the annotated pictures; empty: none
   std::string trace;  ///< empty: none
   FrameShape shape;
+  std::optional<CropShape> crop;
   int repeat = 1;
   bool table = false;
   bool verbose = false;

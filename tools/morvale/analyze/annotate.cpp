@@ -11,6 +11,7 @@
 #include "analyze/panel.h"
 #include "common/command.h"
 #include "service/report_text.h"
+#include "service/shape_notes.h"
 
 namespace tool {
 namespace {
@@ -24,7 +25,7 @@ constexpr double kSmallestPictureColumn = 560;  ///< leaves room for the legend 
 
 const Color kPaper(250, 251, 251), kInk(48, 40, 36), kQuiet(128, 118, 112);
 const Color kCameraFace(255, 255, 255), kFoundFace(66, 228, 240), kPersonBox(0, 94, 213),
-    kGridLine(255, 255, 255);
+    kGridLine(255, 255, 255), kNotAnalysed(190, 190, 190);
 
 /// What the library sees: rows of exactly `width` bytes, the chroma behind height * stride bytes.
 cv::Mat seen_picture(const Frame& frame) {
@@ -80,6 +81,9 @@ void draw_picture(Canvas& canvas, const Placement& place, const Frame& frame, co
   cv::resize(picture, shown, pixels, 0, 0, pixels.width < picture.cols ? cv::INTER_AREA : cv::INTER_CUBIC);
   lay_labels_over(shown, report);
   canvas.image(shown, place.origin());
+  const double analysed = analysed_height(report.geometry);
+  if (analysed < frame.height)
+    canvas.hatch(place.box(cv::Rect2d(0, analysed, frame.width, frame.height - analysed)), kNotAnalysed);
 }
 
 /// The lattice of the 19 x 15 grid with its occupied cells. It spans the whole label map, so on a portrait
@@ -136,6 +140,10 @@ class Legend {
     canvas_.fill({at.x, at.y - 13, kSymbol, 17}, kInk);
     canvas_.outline({at.x + 4, at.y - 9, kSymbol - 8, 9}, color, 1.5, dash);
   }
+  void hatched(const std::string& name) {
+    const cv::Point2d at = place(name);
+    canvas_.hatch({at.x, at.y - 13, kSymbol, 17}, kNotAnalysed);
+  }
   double bottom() const { return baseline_ + 6; }
 
  private:
@@ -165,7 +173,14 @@ double draw_legend(Canvas& canvas, const Placement& place, const FrameReport& re
     legend.box("person box", kPersonBox);
     legend.box("occupied grid cell", kGridLine);
   }
+  if (analysed_height(report.geometry) < report.geometry.height) legend.hatched("not analysed");
   return legend.bottom();
+}
+
+double draw_notes(Canvas& canvas, const Placement& place, double top, const FrameReport& report) {
+  for (const std::string& note : shape_notes(report.geometry))
+    top = canvas.paragraph(note, {kMargin, top + 12}, {9.2, kInk}, place.column_width());
+  return top;
 }
 
 }  // namespace
@@ -178,9 +193,9 @@ std::vector<uint8_t> annotated_png(const Frame& frame, int frame_index, const Fr
   draw_header(canvas, frame, frame_index, report, width);
   draw_picture(canvas, place, frame, report);
   draw_boxes(canvas, place, report);
-  const double legend_bottom = draw_legend(canvas, place, report);
+  const double left_bottom = draw_notes(canvas, place, draw_legend(canvas, place, report), report);
   const double panel_bottom = draw_panel(canvas, {panel_left, kHeaderHeight}, kPanelWidth, report);
-  const int height = static_cast<int>(std::lround(std::max(legend_bottom, panel_bottom) + kMargin));
+  const int height = static_cast<int>(std::lround(std::max(left_bottom, panel_bottom) + kMargin));
   std::vector<uint8_t> png;
   if (!cv::imencode(".png", canvas.finish(height), png))
     throw RunError("the annotated picture cannot be encoded.");

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <opencv2/imgproc.hpp>
+#include <sstream>
 
 namespace tool {
 namespace {
@@ -102,6 +103,16 @@ void Canvas::hairline(cv::Point2d from, cv::Point2d to, Color color, double opac
   cv::addWeighted(below, 1 - opacity, cv::Mat(below.size(), below.type(), color), opacity, 0, below);
 }
 
+void Canvas::hatch(cv::Rect2d box, Color color) {
+  constexpr int kStep = 9 * kScale;
+  reach(box.br().y);
+  cv::Mat below = surface_(pixel_rect(box) & cv::Rect({}, surface_.size()));
+  if (below.empty()) return;
+  below *= 0.55;
+  for (int x = -below.rows; x < below.cols; x += kStep)  // drawn in the box alone, which cuts them off
+    cv::line(below, {x, below.rows}, {x + below.rows, 0}, color, kScale, cv::LINE_AA);
+}
+
 void Canvas::text(const std::string& text, cv::Point2d baseline, const TextStyle& style, double room) {
   reach(baseline.y + style.cap_height);  // room for what hangs below the baseline
   const cv::Point origin(cvRound(baseline.x * kScale), cvRound(baseline.y * kScale));
@@ -111,6 +122,26 @@ void Canvas::text(const std::string& text, cv::Point2d baseline, const TextStyle
 
 void Canvas::text_right(const std::string& text, cv::Point2d baseline_end, const TextStyle& style) {
   this->text(text, {baseline_end.x - text_width(text, style), baseline_end.y}, style);
+}
+
+double Canvas::paragraph(const std::string& text, cv::Point2d top_left, const TextStyle& style,
+                         double width) {
+  const double leading = 2.1 * style.cap_height;
+  double baseline = top_left.y + leading;
+  std::istringstream words(text);
+  std::string line;
+  for (std::string word; words >> word;) {
+    const std::string longer = line.empty() ? word : line + ' ' + word;
+    if (!line.empty() && text_width(longer, style) > width) {
+      this->text(line, {top_left.x, baseline}, style);
+      baseline += leading;
+      line = word;
+    } else {
+      line = longer;
+    }
+  }
+  this->text(line, {top_left.x, baseline}, style);
+  return baseline + leading - style.cap_height;
 }
 
 double Canvas::text_width(const std::string& text, const TextStyle& style) {

@@ -29,10 +29,15 @@ class Canvas {
   /// A thin line; opacity below 1 lets the picture shine through.
   void hairline(cv::Point2d from, cv::Point2d to, Color color, double opacity);
 
+  /// Darkens a box under diagonal lines.
+  void hatch(cv::Rect2d box, Color color);
+
   /// Text on a baseline; it is shortened in the middle when it is wider than `room` points. ASCII; anything
   /// else shows as '?'.
   void text(const std::string& text, cv::Point2d baseline, const TextStyle& style, double room = 1e6);
   void text_right(const std::string& text, cv::Point2d baseline_end, const TextStyle& style);
+  /// Text in as many lines as it needs below `top_left`; returns where they end.
+  double paragraph(const std::string& text, cv::Point2d top_left, const TextStyle& style, double width);
   static double text_width(const std::string& text, const TextStyle& style);
 
   /// The finished picture, of this height.

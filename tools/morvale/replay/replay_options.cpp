@@ -41,7 +41,7 @@ a file cannot be used, 130 stopped by Ctrl-C.
 
 /// What the options say, before it is looked at closer.
 struct Texts {
-  std::optional<std::string> camera, size;
+  std::optional<std::string> camera, size, crop;
   std::string format = "json";
 };
 
@@ -90,7 +90,9 @@ CommandLine command_line(ReplayOptions& options, Texts& texts) {
   line.options = {{"INPUT", &options.inputs, "Recordings, videos, folders of pictures, -"},
                   {"--pan", &options.pan, "Pan and zoom over this photograph in place of an INPUT", "PHOTO"},
                   {"--size", &texts.size,
-                   "Size of pictures and of panned frames (default: theirs; 640x480 panned)", "WxH"}};
+                   "Size of pictures and of panned frames (default: theirs; 640x480 panned)", "WxH"},
+                  {"--crop", &texts.crop,
+                   "Cut this shape out of every frame: the library takes no other shape whole", "4:3|16:9"}};
   for (const std::vector<Option>& part :
        {selection(options), session(options, texts), output(options, texts)})
     line.options.insert(line.options.end(), part.begin(), part.end());
@@ -117,6 +119,7 @@ std::optional<ReplayOptions> parse_replay_options(int argc, char** argv) {
   if (!parse_options(command_line(options, texts), argc, argv)) return std::nullopt;
   if (texts.camera) options.camera = *texts.camera == "front" ? Camera::kFront : Camera::kBack;
   if (texts.size) options.shape.size = parse_size(*texts.size);
+  if (texts.crop) options.crop = parse_crop(*texts.crop);
   options.format = texts.format == "csv"    ? LineFormat::kCsv
                    : texts.format == "none" ? LineFormat::kNone
                                             : LineFormat::kJson;

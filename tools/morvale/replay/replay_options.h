@@ -6,6 +6,7 @@
 
 #include "service/camera_service.h"
 #include "service/faces.h"
+#include "service/frame_crop.h"
 #include "sources/frame_source.h"
 
 namespace tool {
@@ -16,6 +17,7 @@ struct ReplayOptions {
   std::vector<std::string> inputs;
   std::string pan;  ///< a photograph; empty: the inputs are replayed
   FrameShape shape;
+  std::optional<CropShape> crop;
 
   int start = 0, every = 1, repeat = 1;
   std::optional<int> frames;

@@ -84,6 +84,8 @@ Plan plan_of(const ReplayOptions& options) {
   Plan plan;
   plan.input = options.pan.empty() ? options.inputs.front() : options.pan;
   plan.kind = kind_of(options);
+  if (options.crop && plan.kind == SourceKind::kBundle)
+    throw UsageError("--crop: " + plan.input + " is a recording, whose frames are delivered as they were.");
   bool other_camera = false;
   plan.session.camera_type = camera_type_of(options.camera.value_or(Camera::kFront));
   if (plan.kind == SourceKind::kBundle) plan_bundle(options, plan, other_camera);
@@ -220,6 +222,7 @@ class Replay {
   }
 
   void apply_flags(SourceFrame& frame) {
+    if (options_.crop) crop(frame);
     MorvaleData_t& record = frame.input.record;
     if (faces_) {
       const Frame seen{frame.name.empty() ? plan_.input : frame.name, record.width, record.height,
@@ -231,6 +234,13 @@ class Replay {
     if (faces_ || options_.camera) record.cameraType = plan_.session.camera_type;
     if (options_.gate) record.gateLevel = *options_.gate;
     if (options_.udc) record.isUDC = 1;
+  }
+
+  void crop(SourceFrame& frame) const {
+    const MorvaleData_t& record = frame.input.record;
+    const std::string& name = frame.name.empty() ? plan_.input : frame.name;
+    frame.input = input_of(cropped(
+        {name, record.width, record.height, record.stride, std::move(frame.input.nv21)}, *options_.crop));
   }
 
   /// The closing words on standard error, and the exit status.

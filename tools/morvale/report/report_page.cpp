@@ -15,6 +15,7 @@
 #include "report/report_template.h"
 #include "service/record_fields.h"
 #include "service/report_text.h"
+#include "service/shape_notes.h"
 #include "session/json.h"
 
 namespace tool {
@@ -166,8 +167,7 @@ struct ReportPage::Content {
     const size_t room = kPageRoom > taken ? kPageRoom - taken : 0;
     pictures.fit(std::max(room, kLeastPictures) / 4 * 3);  // base64 makes four bytes of three
     Json places = Json::array(), jpegs = Json::array();
-    for (const auto& place : pictures.places())
-      places.push_back(place ? Json(*place) : Json(nullptr));
+    for (const auto& place : pictures.places()) places.push_back(place ? Json(*place) : Json(nullptr));
     for (const Bytes& jpeg : pictures.pictures()) jpegs.push_back(base64(jpeg));
     data["frames"]["picture"] = places;
     data["pictures"] = jpegs;
@@ -175,7 +175,11 @@ struct ReportPage::Content {
 
   Json data() {
     Json shapes = Json::array(), marks = Json::array();
-    for (const Geometry& one : geometries) shapes.push_back(json_of(one));
+    for (const Geometry& one : geometries) {
+      Json shape = json_of(one);
+      shape["notes"] = Json::list(shape_notes(one));
+      shapes.push_back(std::move(shape));
+    }
     for (const FrameEvent& event : events.events())
       marks.push_back({{"index", event.index}, {"kind", event.kind}, {"text", event.text}});
     Json data = {

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "service/shape_notes.h"
 #include "session/json.h"
 
 namespace tool {
@@ -104,6 +105,8 @@ morvale::session::Json json_of(const std::string& name, int frame_index, const F
     line["grid"] = Json::list(occupancy_grid(report.record));
     line["qermHint"] = resource_hint(report.record);
   }
+  const std::vector<std::string> notes = shape_notes(report.geometry);
+  if (!notes.empty()) line["notes"] = Json::list(notes);
   return line;
 }
 
@@ -135,13 +138,15 @@ std::string Table::lines(const std::string& name, int frame_index, const FrameRe
   const std::string row = name + std::string(name_width_ - name.size(), ' ') + text;
   std::string lines = std::exchange(heading_, {}) + row;
   if (report.process != 0) return lines + "  failed\n";
-  if (measured_faces(report) == 0) return lines + "     -\n";
+  if (measured_faces(report) == 0) lines += "     -\n";
   for (int face = 0; face < measured_faces(report); ++face) {
     const PersonMeta& meta = report.record.meta[face];
     std::snprintf(text, sizeof text, "  %4d  %-11s  %d/1000\n", meta.faceYavg, hsv_text(meta).c_str(),
                   meta.skinRatio);
     lines += (face == 0 ? "" : std::string(row.size(), ' ')) + text;
   }
+  if (std::exchange(noted_, name) != name)
+    for (const std::string& note : shape_notes(geometry)) lines += "  note: " + note + "\n";
   return lines;
 }
 

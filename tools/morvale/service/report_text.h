@@ -36,13 +36,14 @@ std::string text_line(const morvale::session::Json& json);
 std::string json_line(const std::string& name, int frame_index, const FrameReport& report);
 
 /// A readable table, printed as it grows: the lines of one frame after another, the first with the heading.
+/// What an input's shape does to its results stands below its first frame.
 class Table {
  public:
   explicit Table(const std::vector<std::string>& input_names);
   std::string lines(const std::string& name, int frame_index, const FrameReport& report);
 
  private:
-  std::string heading_;
+  std::string heading_, noted_;
   size_t name_width_ = 5;
 };
 

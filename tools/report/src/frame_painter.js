@@ -1,7 +1,7 @@
 // Draws a frame as the library saw it, with what it found laid over. One painter serves the large view, the
 // thumbs and the views of a comparison.
 import {differingCells} from './difference.js';
-import {cellLayer, labelLayer, mapExtent} from './label_map.js';
+import {analysedShare, cellLayer, labelLayer, mapExtent} from './label_map.js';
 import {kGridColumns, kGridRows} from './records.js';
 
 export const kDifferenceColour = '#ff2d95';
@@ -46,6 +46,7 @@ export class FramePainter {
     };
     this.picture_(view);
     this.labelMap_(view);
+    this.hatch_(view);
     if (show.grid) this.grid_(view);
     if (show.faces) this.rectangles_(view, this.report_.frames.camera_faces[frame], kFaceColour, true);
     if (show.boxes) this.boxes_(view);
@@ -85,6 +86,26 @@ export class FramePainter {
     context.drawImage(layer, 0, 0, width * across, height * down);
     context.imageSmoothingEnabled = true;
     context.globalAlpha = 1;
+  }
+
+  hatch_({context, width, height, geometry, line}) {
+    const top = height * analysedShare(geometry);
+    if (top >= height || geometry.segFactor === 0) return;
+    const region = new Path2D();
+    region.rect(0, top, width, height - top);
+    context.save();
+    context.clip(region);
+    context.fillStyle = 'rgb(0 0 0 / 0.45)';
+    context.fillRect(0, top, width, height - top);
+    context.beginPath();
+    for (let x = top - height; x < width; x += 6 * line) {
+      context.moveTo(x, height);
+      context.lineTo(x + height - top, top);
+    }
+    context.strokeStyle = 'rgb(255 255 255 / 0.6)';
+    context.lineWidth = 0.6 * line;
+    context.stroke();
+    context.restore();
   }
 
   layer_(frame, side) {

@@ -11,6 +11,9 @@ export function mapExtent({netSize, segFactor, shrunkWidth, shrunkHeight}) {
   ];
 }
 
+// The part of the picture, from its top, that is analysed at all: on some shapes the map has too few rows.
+export const analysedShare = geometry => Math.min(mapExtent(geometry)[1], 1);
+
 export function colourBytes(colour) {
   const match = /^#([0-9a-f]{2})([0-9a-f]{2})([0-9a-f]{2})$/i.exec(colour ?? '');
   return match ? match.slice(1).map(part => parseInt(part, 16)) : null;

@@ -5,6 +5,7 @@ import {h} from './dom.js';
 import {marksOf} from './figures.js';
 import {plural} from './format.js';
 import {kDifferenceColour} from './frame_painter.js';
+import {analysedShare} from './label_map.js';
 
 const kTallest = 0.72;   // of the window's height
 const kSharpest = 2000;  // pixels across; more only costs time
@@ -23,12 +24,13 @@ export class Viewer {
     this.marks_ = h('span', {class: 'marks'});
     this.note_ = h('p', {class: 'quiet note'});
     this.legend_ = h('ul', {class: 'legend', 'aria-label': 'Labels, with their share of the map'});
+    this.shape_ = h('p', {class: 'shape-note', id: 'shape-note'});
     this.views_ =
         h('div', {class: report.baseline ? 'views three' : 'views'}, this.sides_.map(side => side.element));
     this.element =
         h('div', {class: 'stage', id: 'stage'},
           h('div', {class: 'stage-head'}, this.heading_, this.marks_, this.note_), this.views_,
-          h('div', {class: 'stage-foot'}, this.controls_(), this.legend_));
+          h('div', {class: 'stage-foot'}, this.controls_(), this.legend_, this.shape_));
     new ResizeObserver(() => this.resize_()).observe(this.views_);
     addEventListener('resize', () => this.resize_());
   }
@@ -81,6 +83,7 @@ export class Viewer {
       notes.push(`Picture of frame ${report.label(from)}; the overlays are this frame's`);
     if (!report.labels(frame)) notes.push('No label map');
     this.note_.textContent = notes.join(' · ');
+    this.shape_.textContent = report.geometry(frame).notes.join(' ');
     for (const {canvas, title, side, caption} of this.sides_) {
       canvas.setAttribute(
           'aria-label', `${title}: picture of ${report.title(frame)} with what the library found`);
@@ -107,6 +110,8 @@ export class Viewer {
       const share = map ? `${Math.round(100 * counts[label] / map.length)} %` : '–';
       return h('li', {}, patch, name, h('span', {class: 'aside'}, share));
     });
+    if (analysedShare(this.report_.geometry(frame)) < 1)
+      items.push(h('li', {}, h('span', {class: 'patch hatched', 'aria-hidden': 'true'}), 'not analysed'));
     if (this.report_.baseline) {
       const patch = h('span', {class: 'patch', 'aria-hidden': 'true'});
       patch.style.background = kDifferenceColour;
