@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include <morvale/core/morvale_core.h>
-#include "analysis/label_wins.h"
+#include "rules/label_wins.h"
 #include "analysis/map_figures.h"
 #include "analysis/region_labeller.h"
 #include "analysis/scratch.h"

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include <morvale/analysis/hsv.h>
-#include "analysis/label_wins.h"
+#include "rules/hsv_pixel.h"
+#include "rules/label_wins.h"
 
 namespace morvale::portable {
 namespace {
@@ -75,12 +75,11 @@ void count_face(const uint8_t* score2, const uint8_t* mask, const uint8_t* luma,
     }
     if (score2[i] < kColourScore) continue;
     ++counts.colour_pixels;
-    int hsv[3];
-    bgr2hsv_pixel_v2(rgb[3 * i + 2], rgb[3 * i + 1], rgb[3 * i], hsv);
+    const Hsv hsv = hsv_of(rgb[3 * i], rgb[3 * i + 1], rgb[3 * i + 2]);
     uint32_t* bins = counts.bins[i % FaceCounts::kSets];
-    ++bins[FaceCounts::kHueBins + hsv[0] - FaceCounts::kLowestHue];
-    ++bins[FaceCounts::kSaturationBins + hsv[1]];
-    ++bins[FaceCounts::kValueBins + hsv[2]];
+    ++bins[FaceCounts::kHueBins + static_cast<int>(hsv.hue) - FaceCounts::kLowestHue];
+    ++bins[FaceCounts::kSaturationBins + hsv.saturation];
+    ++bins[FaceCounts::kValueBins + hsv.value];
   }
 }
 

@@ -54,7 +54,7 @@ struct FaceRows {
 
   /// Adds a row of n pixels to a face's counts: those with a nonzero mask, to the luma figures from
   /// kLumaScore on, to the bins from kColourScore on. rgb has three bytes a pixel; hue, saturation and value
-  /// are those of bgr2hsv_pixel_v2 (analysis/hsv.h).
+  /// are those of hsv_of (rules/hsv_pixel.h), the hue truncated toward zero.
   void (*count_face)(const uint8_t* score2, const uint8_t* mask, const uint8_t* luma, const uint8_t* rgb,
                      ptrdiff_t n, FaceCounts& counts);
 };

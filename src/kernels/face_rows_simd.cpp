@@ -322,10 +322,10 @@ struct HueSaturation {
   Ints hue, saturation;
 };
 
-/// bgr2hsv_pixel_v2 in float lanes, channels 2^24 times as large, which no quotient sees. Double precision is
-/// used twice there, and dispensed with here: a red's hue is a double product that is exact before it is
-/// rounded to float, so the float product is the same; and the saturation, truncated from an exact product
-/// there, is checked with a fused one here.
+/// hsv_of (rules/hsv_pixel.h) in float lanes, channels 2^24 times as large, which no quotient sees. Double
+/// precision is used twice there, and dispensed with here: a red's hue is a double product that is exact
+/// before it is rounded to float, so the float product is the same; and the saturation, truncated from an
+/// exact product there, is checked with a fused one here.
 HueSaturation hue_saturation(const Hexcone& h, ptrdiff_t i) {
   const Floats largest = share(h.largest + i), delta = subtract(largest, share(h.smallest + i));
   // A grey's quotients are 0 / 1, not 0 / 0.

@@ -4,12 +4,13 @@
 #include <cstddef>
 #include <cstdint>
 
+#include <morvale/core/globals.h>
 #include "kernels/variants.h"
 
 namespace morvale {
 
 /// Scores of one cell of a label map.
-constexpr ptrdiff_t kCellScores = 5;
+constexpr ptrdiff_t kCellScores = kLabels;
 
 struct NetworkRows {
   /// Pixel bytes as network input, -1..1: 2 * byte / 255 - 1, formed in double precision, stored as float32.
