@@ -2,6 +2,8 @@
 
 #include <sys/time.h>
 
+#include <morvale/core/segmentation.h>
+
 namespace morvale {
 
 WallTime wall_time() {
@@ -15,3 +17,8 @@ int64_t elapsed_ms(WallTime t0, WallTime t1) {
 }
 
 }  // namespace morvale
+
+int64_t currentTimeInMilliseconds() {
+  const morvale::WallTime now = morvale::wall_time();
+  return now.seconds * 1000 + now.microseconds / 1000;
+}
