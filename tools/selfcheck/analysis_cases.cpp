@@ -45,7 +45,7 @@ void front_faces(Figures& figures) {
   Sheet sheet;
   for (const MapSize size : kMaps) {
     for (int turn = 0; turn < kTurns; ++turn) {
-      Camera camera(kFrontCamera);
+      Camera camera(morvale::kFrontCamera);
       camera.record.width = camera.record.height = 700;
       camera.core.scaleRatio = 700 / 256.0f;
       camera.core.segFactor = 48;
@@ -67,7 +67,7 @@ void face_figures(Figures& figures) {
   constexpr Rectangle kRectangles[] = {{0, 130, 0, 66}, {3, 60, 5, 50},  {64, 129, 1, 9},  {50, 51, 20, 21},
                                        {20, 20, 3, 30}, {9, 40, 30, 30}, {60, 20, 40, 10}, {10, 27, 8, 60}};
   Sheet sheet;
-  Camera camera(kFrontCamera);
+  Camera camera(morvale::kFrontCamera);
   camera.core.segFactor = 48;
   for (int turn = 0; turn < 6; ++turn) {
     camera.record.isUDC = turn % 2;
@@ -91,7 +91,7 @@ void face_figures(Figures& figures) {
 void face_matches(Figures& figures) {
   constexpr MapSize kSize{256, 192};
   Sheet sheet;
-  Camera camera(kFrontCamera);
+  Camera camera(morvale::kFrontCamera);
   camera.record.width = 640;
   camera.record.height = 480;
   camera.core.scaleRatio = 640 / 256.0f;
@@ -104,7 +104,7 @@ void face_matches(Figures& figures) {
     for (FaceRect& box : camera.core.personBoxes)
       box = {random.below(400), random.below(300), 20 + random.below(300), 20 + random.below(250)};
     camera.record.faceCount = turn % 7;
-    for (int k = 0; k < kMaxFaces; ++k) {
+    for (int k = 0; k < morvale::kMaxFaces; ++k) {
       const FaceRect& box = camera.core.personBoxes[turn % 3 == 0 ? 0 : k];
       const int percent = 40 + turn;
       camera.record.faces[k] = {box.x + box.w * (110 - percent) / 200 + k,
@@ -121,7 +121,7 @@ void persons(Figures& figures) {
   Sheet sheet;
   for (const MapSize size : kMaps) {
     for (int turn = 0; turn < kTurns; ++turn) {
-      Camera camera(kFrontCamera);
+      Camera camera(morvale::kFrontCamera);
       camera.take(nv21_frame(200, 150, 27), 200, 150);
       camera.core.scaleRatio = 200 / 256.0f;
       camera.core.personBoxes[0] = {150, 100, 80, 90};  // what a too small region leaves
@@ -145,7 +145,7 @@ void outlines(Figures& figures) {
                                    {20, 21, 10, 12}, {70, 80, 5, 9},  {0, 63, 0, 47},   {30, 5, 40, 3}};
   Sheet sheet;
   for (const int stride : {0, 64, 70}) {
-    Camera camera(kFrontCamera);
+    Camera camera(morvale::kFrontCamera);
     camera.take(bytes_of(Kind::kNoise, 70 * 48 * 3 / 2, 28), 64, 48);
     camera.record.stride = stride;
     for (const Outline& o : kOutlines) {
@@ -159,7 +159,7 @@ void outlines(Figures& figures) {
 
 void label_planes(Figures& figures) {
   Sheet sheet;
-  for (const int camera_type : {kFrontCamera, kBackCamera}) {
+  for (const int camera_type : {morvale::kFrontCamera, kBackCamera}) {
     Camera camera(camera_type);
     for (const int rows : {0, 1, 15, 18, 28, 32}) {
       camera.core.segFactor = rows;
@@ -178,7 +178,7 @@ void front_scenes(Figures& figures) {
   Sheet sheet;
   for (const int rows : {36, 48, 64, 28, 3, 1}) {
     for (int turn = 0; turn < kTurns; ++turn) {
-      Camera camera(kFrontCamera);
+      Camera camera(morvale::kFrontCamera);
       camera.record.width = camera.record.height = 500;
       camera.core.scaleRatio = 500 / 256.0f;
       camera.core.segFactor = rows;

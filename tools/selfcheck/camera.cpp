@@ -12,7 +12,7 @@ class ScriptedSession final : public vexa::VexaSession {
   void reserved2() override {}
   void reserved3() override {}
   int32_t execute(std::vector<vexa::DataBuffer>&, std::vector<vexa::DataBuffer>& outputs) override {
-    outputs.push_back({scores.data(), {1, NETSIZE, NETSIZE, kLabels}, 0, 0});
+    outputs.push_back({scores.data(), {1, NETSIZE, NETSIZE, morvale::kLabels}, 0, 0});
     return 0;
   }
   void close() override {}

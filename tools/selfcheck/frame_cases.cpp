@@ -23,7 +23,7 @@ void no_change(Camera&, int) {}
 
 /// The camera sees a face in every box of the former frame: first far smaller, then far larger.
 void faces_in_boxes(Camera& camera, int index) {
-  camera.record.faceCount = std::min(camera.core.personCount, kMaxFaces);
+  camera.record.faceCount = std::min(camera.core.personCount, morvale::kMaxFaces);
   const int percent = 30 + 3 * index % 110;
   for (int k = 0; k < camera.record.faceCount; ++k) {
     const FaceRect& box = camera.core.personBoxes[k];
@@ -87,28 +87,28 @@ void odd_scores(Camera& camera, int index) {
 }
 
 void other_camera(Camera& camera, int index) {
-  camera.record.cameraType = index % 2 == 0 ? kFrontCamera : kBackCamera;
+  camera.record.cameraType = index % 2 == 0 ? morvale::kFrontCamera : kBackCamera;
 }
 
 constexpr Scene kScenes[] = {
-    {"front 640x480", kFrontCamera, 640, 480, 4, faces_in_boxes},
-    {"front 1920x1080", kFrontCamera, 1920, 1080, 3, no_change},
-    {"front 1440x1080", kFrontCamera, 1440, 1080, 3, no_change},
-    {"front 1000x750", kFrontCamera, 1000, 750, 3, faces_in_boxes},
-    {"front portrait 480x640", kFrontCamera, 480, 640, 4, faces_in_boxes},
-    {"front portrait 100x700", kFrontCamera, 100, 700, 3, no_change},
-    {"front one column", kFrontCamera, 1, 400, 2, no_change},
-    {"front odd 641x359", kFrontCamera, 641, 359, 3, no_change},
-    {"front small 33x21", kFrontCamera, 33, 21, 3, no_change},
-    {"front square 300x300", kFrontCamera, 300, 300, 3, no_change},
-    {"front planes apart", kFrontCamera, 320, 240, 3, planes_apart},
-    {"front debug view", kFrontCamera, 320, 240, 3, debug_level<1>},
-    {"front under display", kFrontCamera, 400, 300, 12, under_display},
-    {"front 60 frames", kFrontCamera, 320, 240, 60, gate_shuts},
-    {"front hostile faces", kFrontCamera, 256, 256, 64, hostile_faces},
-    {"front hostile sizes", kFrontCamera, 256, 192, 10, hostile_sizes},
-    {"front odd scores", kFrontCamera, 256, 144, 5, odd_scores},
-    {"front and back in turns", kFrontCamera, 320, 180, 6, other_camera},
+    {"front 640x480", morvale::kFrontCamera, 640, 480, 4, faces_in_boxes},
+    {"front 1920x1080", morvale::kFrontCamera, 1920, 1080, 3, no_change},
+    {"front 1440x1080", morvale::kFrontCamera, 1440, 1080, 3, no_change},
+    {"front 1000x750", morvale::kFrontCamera, 1000, 750, 3, faces_in_boxes},
+    {"front portrait 480x640", morvale::kFrontCamera, 480, 640, 4, faces_in_boxes},
+    {"front portrait 100x700", morvale::kFrontCamera, 100, 700, 3, no_change},
+    {"front one column", morvale::kFrontCamera, 1, 400, 2, no_change},
+    {"front odd 641x359", morvale::kFrontCamera, 641, 359, 3, no_change},
+    {"front small 33x21", morvale::kFrontCamera, 33, 21, 3, no_change},
+    {"front square 300x300", morvale::kFrontCamera, 300, 300, 3, no_change},
+    {"front planes apart", morvale::kFrontCamera, 320, 240, 3, planes_apart},
+    {"front debug view", morvale::kFrontCamera, 320, 240, 3, debug_level<1>},
+    {"front under display", morvale::kFrontCamera, 400, 300, 12, under_display},
+    {"front 60 frames", morvale::kFrontCamera, 320, 240, 60, gate_shuts},
+    {"front hostile faces", morvale::kFrontCamera, 256, 256, 64, hostile_faces},
+    {"front hostile sizes", morvale::kFrontCamera, 256, 192, 10, hostile_sizes},
+    {"front odd scores", morvale::kFrontCamera, 256, 144, 5, odd_scores},
+    {"front and back in turns", morvale::kFrontCamera, 320, 180, 6, other_camera},
     {"back 640x480", kBackCamera, 640, 480, 4, no_change},
     {"back 1920x1080", kBackCamera, 1920, 1080, 3, no_change},
     {"back portrait 270x480", kBackCamera, 270, 480, 4, no_change},

@@ -86,7 +86,7 @@ void to_hsv(In s, Out d, const Shape& z) {
 /// Every other cell is marked, by the bytes of the source.
 template <auto kPass>
 void blurred(In s, Out d, const Shape& z) {
-  static Bytes grid(kGridColumns * 20);
+  static Bytes grid(morvale::kBlurGridColumns * 20);
   for (size_t i = 0; i < grid.size(); ++i) grid[i] = s[i] & 1;
   uint16_t weights[41];
   constexpr struct {

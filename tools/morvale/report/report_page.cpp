@@ -163,7 +163,7 @@ struct ReportPage::Content {
   /// As many pictures as the page has room for beside everything else.
   void put_pictures(Json& data) {
     constexpr size_t kPlace = 20;  ///< a frame's number of its picture, quotes and padding around that
-    const size_t taken = report_template().size() + script_text(data).size() + kPlace * number.size();
+    const size_t taken = report_template().size() + script_text(data).size() + kPlace * number.elements().size();
     const size_t room = kPageRoom > taken ? kPageRoom - taken : 0;
     pictures.fit(std::max(room, kLeastPictures) / 4 * 3);  // base64 makes four bytes of three
     Json places = Json::array(), jpegs = Json::array();
