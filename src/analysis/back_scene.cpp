@@ -40,9 +40,9 @@ int64_t classify(const uint8_t* const* planes, uint8_t* foreground, const BitRow
   return label4_cells;
 }
 
-/// The mask's summed-area table (analysis/region_labeller.h), which nothing here needs but tools look at. A
-/// row is the row above plus the pixels so far. Eight at a time: bits become bytes of 0 and 1, and their
-/// product with eight ones holds the running sums.
+/// The mask's summed-area table (F. C. Crow, "Summed-area tables for texture mapping", 1984), which nothing
+/// here needs but tools look at. A row is the row above plus the pixels so far. Eight at a time: bits become
+/// bytes of 0 and 1, and their product with eight ones holds the running sums.
 void sum_areas(const BitRows& mask, int32_t* table) {
   constexpr uint64_t kOnes = 0x0101010101010101, kDiagonal = 0x8040201008040201;
   for (int y = 0; y < mask.height; ++y) {
@@ -99,6 +99,12 @@ FaceRect frame_box(const Region& box, float scale_x, float scale_y) {
           scaled(scale_y, box.max_y - box.min_y)};
 }
 
+/// The record's order is not FaceRect's.
+void store_box(const FaceRect& box, PersonWholeMeta& result) {
+  const int32_t words[4] = {box.x, box.w, box.y, box.h};
+  std::copy(std::begin(words), std::end(words), result.meta[0].box);
+}
+
 void log_scene(const PersonWholeMeta& result, int32_t hint, const uint8_t* grid) {
   const int32_t* box = result.meta[0].box;
   MORVALE_DEBUG("MorvaleMeta = qermHint %d ", hint);
@@ -144,13 +150,10 @@ void MorvaleCore::argMax_back_only_human(uint8_t* segMap) {
   const info& best = candidates[0];
   personCount = best.area > to_int32(cells * kMinPersonShare) ? 1 : 0;
   if (personCount == 1) {
-    const FaceRect box =
+    personBoxes[0] =
         frame_box(regions[best.label], whole_scale(inputData->width, W), whole_scale(inputData->height, H));
-    const int32_t words[4] = {box.x, box.w, box.y, box.h};  // the record's order is not FaceRect's
-    std::copy(std::begin(words), std::end(words), result.meta[0].box);
-    personBoxes[0] = box;
+    store_box(personBoxes[0], result);
   }
-
   resize_Y_1(labelMapA, gridMap, W, H, kOccupancyColumns, kOccupancyRows);
   result.ver = kBackVersion;
   pack_grid(gridMap, result);

@@ -89,6 +89,35 @@ int to_map(int64_t edge, float scale, int size) {
   return std::min(std::max(to_int32(static_cast<float>(edge) / scale), 0), size - 1);
 }
 
+/// The rectangles to measure, in the order of the record's blocks, and what `ver` is to tell.
+struct Choice {
+  FaceList measured;
+  int dropped = 0;  ///< matched faces that had no block left
+};
+
+/// Without boxes the camera's faces are taken as they are.
+Choice choose_faces(const FaceRect* boxes, int box_count, const MorvaleData_t& record) {
+  const FaceList faces = camera_faces(record);
+  if (box_count == 0) return {faces};
+  Choice choice;
+  FaceList& measured = choice.measured;
+  for (const FaceRect* box = boxes; box < boxes + box_count; ++box) {
+    const FaceList matched = matched_faces(*box, faces, record);
+    FaceList wanted = matched;
+    if (matched.count < 2) {
+      wanted = {{matched.count == 1 ? fused(*box, matched.faces[0], record) : edges_of(*box)}, 1};
+    }
+    for (int j = 0; j < wanted.count; ++j) {
+      if (measured.count < kMeasuredFaces) {
+        measured.faces[measured.count++] = wanted.faces[j];
+      } else {
+        choice.dropped += matched.count >= 2;
+      }
+    }
+  }
+  return choice;
+}
+
 }  // namespace
 }  // namespace morvale
 
@@ -97,34 +126,13 @@ using namespace morvale;
 void MorvaleCore::Intersection_Calc(uint8_t* c2, uint8_t* luma, uint8_t* rgb, uint8_t* faceMask, int W,
                                     int H) {
   if (!has_record(inputData, "Intersection_Calc")) return;
-  const MorvaleData_t& record = *inputData;
-  const FaceList faces = camera_faces(record);
-  const auto measure = [&](const Edges& e, int face_index) {
+  const Choice choice = choose_faces(personBoxes, std::min(personCount, kMaxFaces), *inputData);
+  for (int k = 0; k < choice.measured.count; ++k) {  // indices above 2 are passed on and have no effect
+    const Edges& e = choice.measured.faces[k];
     WriteFaceInfo(c2, luma, rgb, faceMask, W, 0, to_map(e.left, scaleRatio, W),
                   to_map(e.right, scaleRatio, W), to_map(e.top, scaleRatio, H),
-                  to_map(e.bottom, scaleRatio, H), face_index);
-  };
-
-  if (personCount == 0) {  // the camera's faces alone; indices above 2 are passed on and have no effect
-    for (int j = 0; j < faces.count; ++j) measure(faces.faces[j], j);
-    result.ver = faces.count;
-    return;
+                  to_map(e.bottom, scaleRatio, H), k);
   }
-  int written = 0;
-  for (int k = 0; k < personCount; ++k) {
-    const FaceRect& box = personBoxes[k];
-    const FaceList matched = matched_faces(box, faces, record);
-    if (matched.count >= 2) {
-      for (int j = 0; j < matched.count; ++j) {
-        if (written < kMeasuredFaces) {
-          measure(matched.faces[j], written++);
-        } else {
-          MORVALE_DEBUG("Morvale interSection Over.");
-        }
-      }
-    } else if (written < kMeasuredFaces) {
-      measure(matched.count == 1 ? fused(box, matched.faces[0], record) : edges_of(box), written++);
-    }
-  }
-  result.ver = written;
+  for (int k = 0; k < choice.dropped; ++k) MORVALE_DEBUG("Morvale interSection Over.");
+  result.ver = choice.measured.count;
 }

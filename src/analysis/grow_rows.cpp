@@ -7,8 +7,8 @@
 namespace morvale {
 namespace {
 
-/// near_window: the rows or columns before and behind that it takes in, and how many at the border look back
-/// to the border and not ahead. A picture that is no larger than kWhole looks back everywhere.
+/// The near window: the rows or columns before and behind that it takes in, and how many at the border look
+/// back to the border and not ahead. A picture that is no larger than kWhole looks back everywhere.
 constexpr int kBefore = 7, kBehind = 8, kBackLooking = 9, kWhole = 17;
 
 /// Every row becomes the OR of rows y - 7 .. y + 8. `wide` has room for 15 rows more.

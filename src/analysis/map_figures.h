@@ -26,7 +26,7 @@ inline int32_t per_cent(int32_t count, int32_t of) {
 }
 
 /// A region's box in frame pixels: float32 products, truncated, `scale` before `multiplier`.
-inline FaceRect frame_box(const RegionLabeller::Region& box, float scale, float multiplier = 1.0f) {
+inline FaceRect frame_box(const Region& box, float scale, float multiplier = 1.0f) {
   const auto scaled = [&](int32_t v) { return to_int32(static_cast<float>(v) * scale * multiplier); };
   return {scaled(box.min_x), scaled(box.min_y), scaled(box.max_x - box.min_x), scaled(box.max_y - box.min_y)};
 }

@@ -3,12 +3,14 @@
 #include <algorithm>
 
 #include <morvale/core/morvale_core.h>
-#include "rules/label_wins.h"
+#include "analysis/bit_rows.h"
+#include "analysis/grow_rows.h"
 #include "analysis/map_figures.h"
-#include "analysis/region_labeller.h"
+#include "analysis/run_labeller.h"
 #include "analysis/scratch.h"
 #include "core/frame.h"
 #include "core/numeric.h"
+#include "rules/label_wins.h"
 
 namespace morvale {
 namespace {
@@ -70,6 +72,67 @@ void draw_outline(const MorvaleData_t* data, Outline box, uint8_t value) {
   }
 }
 
+/// The two masks of a six-label map, as they are found and then grown.
+struct Masks {
+  BitRows persons, faces;
+};
+
+void put(const BitRows& mask, int x, int y, bool set) {
+  uint64_t& word = mask.column(x / BitRows::kBits)[y];
+  if (x % BitRows::kBits == 0) word = 0;
+  word |= uint64_t{set} << (x % BitRows::kBits);
+}
+
+/// Writes the person mask, to `person_pixels` too. Returns the pixels of the human share.
+int32_t classify(const uint8_t* const (&c)[6], uint8_t* person_pixels, const Masks& masks) {
+  int32_t humans = 0;
+  ptrdiff_t i = 0;
+  for (int y = 0; y < masks.persons.height; ++y) {
+    for (int x = 0; x < masks.persons.width; ++x, ++i) {
+      const Scores scores{c[0][i], c[1][i], c[2][i], c[3][i], c[4][i], c[5][i]};
+      person_pixels[i] = is_person(scores);
+      put(masks.persons, x, y, is_person(scores));
+      put(masks.faces, x, y, is_face(scores));
+      humans += is_human(scores);
+    }
+  }
+  return humans;
+}
+
+/// What a six-label map holds.
+struct People {
+  int32_t human_ratio;
+  RegionTable persons, faces;
+};
+
+People find_people(const uint8_t* const (&planes)[6], uint8_t* person_pixels, int W, int H) {
+  const int width = W < 1 || H < 1 ? 0 : W, height = W < 1 || H < 1 ? 0 : H;
+  const size_t words = BitRows::size(width, height), room = grow_near_room(width, height);
+  Scratch scratch((2 * words + room) * sizeof(uint64_t));
+  const Masks masks{{scratch.take<uint64_t>(words), width, height},
+                    {scratch.take<uint64_t>(words), width, height}};
+  uint64_t* grow_room = scratch.take<uint64_t>(room);
+
+  People people;
+  people.human_ratio = per_cent(classify(planes, person_pixels, masks), wrapping_product(width, height));
+  grow_near(masks.persons, grow_room);
+  label_regions(masks.persons, people.persons, nullptr);
+  grow_near(masks.faces, grow_room);
+  label_regions(masks.faces, people.faces, nullptr);
+  return people;
+}
+
+/// Adds the boxes of the largest faces to `boxes`, from number `kept` on. Returns how many there are then.
+int32_t add_face_boxes(const RegionTable& faces, float scale, float multiplier, FaceRect* boxes,
+                       int32_t kept) {
+  const RegionList by_area = faces.by_area();
+  for (size_t i = 0; i < std::min(by_area.size(), kMaxFaceBoxes); ++i) {
+    if (!is_face_sized(by_area[i].area, by_area[0].area)) continue;
+    boxes[kept++] = frame_box(faces[by_area[i].label], scale, multiplier);
+  }
+  return kept;
+}
+
 }  // namespace
 }  // namespace morvale
 
@@ -87,41 +150,18 @@ void MorvaleCore::WriteFaceInfo_HW(void* /*unusedA*/, void* /*unusedB*/, int lef
 
 void MorvaleCore::DL_Human_Calc(uint8_t* c0, uint8_t* c1, uint8_t* c2, uint8_t* c3, uint8_t* c4, uint8_t* c5,
                                 uint8_t* /*unusedA*/, uint8_t* /*unusedB*/, uint8_t* P, int W, int H, int k) {
-  const size_t pixels = W < 1 || H < 1 ? 0 : static_cast<size_t>(W) * static_cast<size_t>(H);
-  Scratch scratch(pixels * 2 * (sizeof(int32_t) + 1));
-  SummedArea person_sums(scratch.take<int32_t>(pixels), W), face_sums(scratch.take<int32_t>(pixels), W);
-  RegionTable persons, faces;
-  RegionLabeller person_labeller(scratch.take<uint8_t>(pixels), W, persons);
-  RegionLabeller face_labeller(scratch.take<uint8_t>(pixels), W, faces);
-
-  int32_t humans = 0;
-  for (int y = 0, i = 0; y < H; ++y) {
-    for (int x = 0; x < W; ++x, ++i) {
-      const Scores scores{c0[i], c1[i], c2[i], c3[i], c4[i], c5[i]};
-      P[i] = is_person(scores);
-      person_sums.add(x, y, P[i] != 0);
-      face_sums.add(x, y, is_face(scores));
-      humans += is_human(scores);
-    }
-  }
-  result.humanRatio = per_cent(humans, static_cast<int32_t>(pixels));
-
-  for (int y = 0; y < H; ++y) {
-    for (int x = 0; x < W; ++x) {
-      person_labeller.visit(x, y, near_window(person_sums, x, y, W, H) >= 1);
-      face_labeller.visit(x, y, near_window(face_sums, x, y, W, H) >= 1);
-    }
-  }
+  const People people = find_people({c0, c1, c2, c3, c4, c5}, P, W, H);
+  result.humanRatio = people.human_ratio;
 
   const auto multiplier = static_cast<float>(k);
   int32_t* record_box = result.meta[0].box;
   int32_t kept = 0;
-  const RegionList by_area = persons.by_area();
+  const RegionList by_area = people.persons.by_area();
   if (by_area.empty()) {
     std::fill(record_box, record_box + 4, 0);
   } else {
     if (by_area[0].area >= kMinBoxArea) {
-      personBoxes[kept++] = frame_box(persons[by_area[0].label], scaleRatio, multiplier);
+      personBoxes[kept++] = frame_box(people.persons[by_area[0].label], scaleRatio, multiplier);
     }
     // A region that is too small leaves the former box, which is drawn and reported all the same.
     const FaceRect& box = personBoxes[0];
@@ -131,14 +171,9 @@ void MorvaleCore::DL_Human_Calc(uint8_t* c0, uint8_t* c1, uint8_t* c2, uint8_t* 
     std::copy(std::begin(words), std::end(words), record_box);
   }
 
-  const RegionList face_list = faces.by_area();
-  for (size_t i = 0; i < std::min(face_list.size(), kMaxFaceBoxes); ++i) {
-    if (!is_face_sized(face_list[i].area, face_list[0].area)) continue;
-    personBoxes[kept++] = frame_box(faces[face_list[i].label], scaleRatio, multiplier);
-  }
-  personCount = kept;
+  personCount = add_face_boxes(people.faces, scaleRatio, multiplier, personBoxes, kept);
   // Slot 0 is never drawn white, even where it holds a face because no person was kept.
-  for (int32_t i = 1; i < kept; ++i) {
+  for (int32_t i = 1; i < personCount; ++i) {
     const Outline o = outline_of(personBoxes[i]);
     WriteFaceInfo_HW(nullptr, nullptr, o.left, o.right, o.top, o.bottom, 0);
   }

@@ -8,6 +8,7 @@
 #include "analysis/grow_rows.h"
 #include "analysis/run_labeller.h"
 #include "kernels/kernel_set.h"
+#include "kernels/windows.h"
 
 namespace {
 
