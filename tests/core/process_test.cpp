@@ -334,7 +334,8 @@ TEST_F(Process, ChromaIsFoundBesideOrBehindTheLumaRows) {
   }
 }
 
-// x / 255 + x / 255 - 1 in double: in float, or as x * (1 / 127.5) - 1, bytes 96..98 come out different.
+// x / 255 + x / 255 - 1 in double. As x * (1 / 127.5) - 1 in float 207 bytes, from 48 to 254, come out different, these
+// among them.
 TEST_F(Process, TheInputIsNormalisedInDouble) {
   start(16);
   set_frame(256, 256, 0);

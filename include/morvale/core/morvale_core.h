@@ -39,71 +39,81 @@ class MORVALE_API MorvaleCore {
   /// value, but a destroyed session is neither run nor closed again. Returns 1.
   int Morvale_core_deinit();
 
-  // --- every frame ---
+  // --- every frame, called by the camera service ---
 
-  /// Runs the network on the caller's current frame and stores its smoothed label map in ring slot N0.
-  /// Returns  0  analysed; or gated out (result and frameCount cleared); or no model loaded yet;
+  /// (src/core/process.cpp) Runs the network on the caller's current frame and stores its smoothed label map
+  /// in ring slot N0. Returns  0  analysed; or gated out (result and frameCount cleared); or no model loaded
+  /// yet;
   ///         -1  the model failed to open or is disabled as sluggish, the frame cannot be used, or the run
   ///             failed (or answered with too few scores). Rings and frameCount stay.
   /// Does not advance the ring: Morvale_core_afterProcss does.
   int Morvale_process();
 
-  /// Runs the camera's scene analysis on slot N0, then advances the ring. Does nothing but log while
-  /// frameCount is 0 or there is no record. Does not ask whether the last Morvale_process succeeded: after a
-  /// failed frame it analyses what the slot held three frames ago and advances all the same. Returns 0.
+  /// (src/core/after_process.cpp) Runs the camera's scene analysis on slot N0, then advances the ring. Does
+  /// nothing but log while frameCount is 0 or there is no record. Does not ask whether the last
+  /// Morvale_process succeeded: after a failed frame it analyses what the slot held, the map of three frames
+  /// before or, early in a session, of the session before, and advances all the same. Returns 0.
   int Morvale_core_afterProcss();
 
-  /// Copies the 288 bytes of `result` to `out` (not checked) and logs them every 50th frame, or always at
-  /// debug level 1 and above. Returns 1.
+  /// (src/core/after_process.cpp) Copies the 288 bytes of `result` to `out` (not checked) and logs them every
+  /// 50th frame, or always at debug level 1 and above. Returns 1.
   int Morvale_core_getresult(PersonWholeMeta* out);
 
-  // --- scene analysis (src/analysis/), called by Morvale_core_afterProcss ---
+  // --- scene analysis ---
 
-  /// Front camera. segMap: NETSIZE x segFactor cells of five scores. Splits it into five planes, enlarges
-  /// them four times and calls DL_FD_Calc with them, with resizedFrame as luma and rgbInput as rgb. At debug
-  /// level 1 and above copies the enlarged label-2 plane into the caller's luma plane, row r at r * stride,
-  /// up to the plane's end.
+  /// (src/analysis/front_scene.cpp; called by Morvale_core_afterProcss) Front camera. segMap: NETSIZE x
+  /// segFactor cells of five scores. Splits it into five planes, enlarges them four times and calls
+  /// DL_FD_Calc with them, with resizedFrame as luma and rgbInput as rgb. At debug level 1 and above copies
+  /// the enlarged label-2 plane into the caller's luma plane, row r at r * stride, inside the plane.
   void argMax_human_onlySkin(uint8_t* rgbInput, uint8_t* resizedFrame, uint8_t* segMap);
 
-  /// Back camera. segMap as above. Writes humanRatio, personBoxes[0], personCount, ver, the person box, the
-  /// packed 19 x 15 grid and the resource hint.
+  /// (src/analysis/back_scene.cpp; called by Morvale_core_afterProcss) Back camera. segMap as above. Writes
+  /// humanRatio and clears personBoxes and the record's boxes; where a region is found also personCount, ver,
+  /// personBoxes[0], the box, the packed 19 x 15 grid and the resource hint.
   void argMax_back_only_human(uint8_t* segMap);
 
-  /// Splits a label map into six planes of NETSIZE x segFactor bytes. Takes no maximum, despite its name. The
-  /// cell stride is five bytes: the sixth plane receives the first byte of the following cell, so one byte
-  /// beyond the five-byte map must be readable. Writes nothing when NETSIZE or segFactor is below 1.
+  /// (src/analysis/label_planes.cpp; for callers) Splits a label map into six planes of NETSIZE x segFactor
+  /// bytes. Takes no maximum, despite its name. The cell stride is five bytes: the sixth plane receives the
+  /// first byte of the following cell, so one byte beyond the five-byte map must be readable. Writes nothing
+  /// when NETSIZE or segFactor is below 1.
   void argMax_6label(uint8_t* plane0, uint8_t* plane1, uint8_t* plane2, uint8_t* plane3, uint8_t* plane4,
                      uint8_t* plane5, uint8_t* segMap);
 
-  /// Finds the faces that the segmentation sees. c0..c4: W x H score planes of labels 0..4. Writes
-  /// humanRatio, personCount and the first personCount entries of personBoxes (frame pixels), then calls
-  /// Intersection_Calc with the face mask. luma and rgb are handed on. The last argument is not read.
+  /// (src/analysis/face_fusion.cpp; called by argMax_human_onlySkin) Finds the faces that the segmentation
+  /// sees. c0..c4: W x H score planes of labels 0..4. Writes humanRatio, personCount and the first
+  /// personCount entries of personBoxes (frame pixels), then calls Intersection_Calc with the face mask. luma
+  /// and rgb are handed on. The last argument is not read.
   void DL_FD_Calc(uint8_t* c0, uint8_t* c1, uint8_t* c2, uint8_t* c3, uint8_t* c4, uint8_t* luma,
                   uint8_t* rgb, int W, int H, int unused);
 
-  /// Matches the camera's faces with personBoxes, picks one rectangle per face and has each measured by
-  /// WriteFaceInfo. Writes ver, the number of faces. faceMask: W x H bytes, nonzero on face pixels.
+  /// (src/analysis/face_match.cpp; called by DL_FD_Calc) Matches the camera's faces with personBoxes, picks
+  /// one rectangle per face and has each measured by WriteFaceInfo. Writes ver, the number of faces.
+  /// faceMask: W x H bytes, nonzero on face pixels.
   void Intersection_Calc(uint8_t* c2, uint8_t* luma, uint8_t* rgb, uint8_t* faceMask, int W, int H);
 
-  /// Measures the face inside columns left..right-1 and rows top..bottom-1 of the W-wide maps into
-  /// result.meta[faceIndex]: bright pixels, mean luma, trimmed H, S, V figures, skinRatio. All planes,
-  /// luma too, have row stride W; rgb has three bytes a pixel. Does nothing when faceIndex is not 0, 1 or 2.
+  /// (src/analysis/face_statistics.cpp; called by Intersection_Calc) Measures the face inside columns
+  /// left..right-1 and rows top..bottom-1 of the W-wide maps into result.meta[faceIndex]: bright pixels, mean
+  /// luma, trimmed H, S, V figures, skinRatio. All planes, luma too, have row stride W; rgb has three bytes a
+  /// pixel. Does nothing when faceIndex is not 0, 1 or 2.
   void WriteFaceInfo(uint8_t* c2, uint8_t* luma, uint8_t* rgb, uint8_t* faceMask, int W, int unused, int left,
                      int right, int top, int bottom, int faceIndex);
 
-  /// Person boxes of a six-label map: c0..c5 are W x H score planes. Writes the person mask (0 or 1) to P,
-  /// and humanRatio, personBoxes, personCount and meta[0].box {x, y, w, h}; draws the person box black and
-  /// the face boxes white into the caller's luma plane. Boxes are scaled by scaleRatio * k.
+  /// (src/analysis/person_boxes.cpp; for callers) Person boxes of a six-label map: c0..c5 are W x H score
+  /// planes. Writes the person mask (0 or 1) to P, and humanRatio, personBoxes, personCount and meta[0].box
+  /// {x, y, w, h}; draws the person box black and the face boxes white into the caller's luma plane. Boxes
+  /// are scaled by scaleRatio * k.
   void DL_Human_Calc(uint8_t* c0, uint8_t* c1, uint8_t* c2, uint8_t* c3, uint8_t* c4, uint8_t* c5,
                      uint8_t* unusedA, uint8_t* unusedB, uint8_t* P, int W, int H, int k);
 
-  /// Draw a box outline, two pixels wide, into the caller's luma plane: _DL in black (0), _HW in white (255).
-  /// Rows top .. bottom - 1; the filled ones end at column right - 1, the others reach column right. Pixels
-  /// that would leave the plane are not drawn.
+  /// (src/analysis/person_boxes.cpp; called by DL_Human_Calc) Draw a box outline, two pixels wide, into the
+  /// caller's luma plane: _DL in black (0), _HW in white (255). Rows top .. bottom - 1; the filled ones end
+  /// at column right - 1, the others reach column right. Pixels that would leave their row or the plane are
+  /// not drawn.
   void WriteFaceInfo_DL(void* unusedA, void* unusedB, int left, int right, int top, int bottom);
   void WriteFaceInfo_HW(void* unusedA, void* unusedB, int left, int right, int top, int bottom, int unusedC);
 
-  /// Writes `size` bytes to a new or truncated file. Failures are silently ignored.
+  /// (src/core/debug_files.cpp; for callers) Writes `size` bytes to a new or truncated file. Failures are
+  /// silently ignored.
   void dumpImage(const uint8_t* data, std::string path, int size);
 
   // --- state, public on purpose: tools and tests look at it. The order is part of the interface. ---
