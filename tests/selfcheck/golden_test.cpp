@@ -8,9 +8,9 @@
 
 namespace {
 
-using selfcheck::Digest;
-using selfcheck::Figures;
-using selfcheck::first_difference;
+using morvale::selfcheck::Digest;
+using morvale::selfcheck::Figures;
+using morvale::selfcheck::first_difference;
 
 TEST(Golden, TheFirstFigureThatDiffersIsNamed) {
   const Figures expected = {{"a", 1}, {"b", 2}, {"c", 3}};

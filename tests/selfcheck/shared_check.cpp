@@ -5,7 +5,7 @@
 #include "selfcheck/golden.h"
 
 int main() {
-  const std::string difference = selfcheck::check();
+  const std::string difference = morvale::selfcheck::check();
   if (difference.empty()) return 0;
   std::fprintf(stderr, "%s differs\n", difference.c_str());
   return 1;

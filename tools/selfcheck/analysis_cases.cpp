@@ -5,15 +5,16 @@
 #include <morvale/morvale.h>
 #include "selfcheck/camera.h"
 #include "selfcheck/cases.h"
+#include "selfcheck/crash.h"
 
-namespace selfcheck {
+namespace morvale::selfcheck {
 namespace {
 
 struct MapSize {
   int width, height;
 };
-constexpr MapSize kMaps[] = {{256, 192}, {256, 144}, {130, 66}, {64, 48}, {63, 17},
-                             {17, 40},   {9, 9},     {4, 3},    {1, 1},   {0, 5}};
+constexpr MapSize kMaps[] = {{256, 192}, {256, 144}, {130, 66}, {100, 67}, {70, 37}, {64, 48},
+                             {63, 17},   {17, 40},   {9, 9},    {4, 3},    {1, 1},   {0, 5}};
 
 /// Few regions, many, of one size, or more than there are labels.
 ScoreMap map_of(MapSize size, int turn) {
@@ -41,8 +42,7 @@ struct Planes {
   Bytes luma, rgb, sixth;
 };
 
-void front_faces(Figures& figures) {
-  Sheet sheet;
+void front_faces(Sheet& sheet) {
   for (const MapSize size : kMaps) {
     for (int turn = 0; turn < kTurns; ++turn) {
       Camera camera(morvale::kFrontCamera);
@@ -55,18 +55,26 @@ void front_faces(Figures& figures) {
       sheet.add_results(camera.core);
     }
   }
-  sheet.append_to(figures, "DL_FD_Calc");
+}
+
+/// One colour with a little noise, half of it on the other side of red: hues around 0.
+void paint_skin(Bytes& rgb) {
+  Random random(30);
+  for (size_t i = 0; i + 2 < rgb.size(); i += 3) {
+    rgb[i] = static_cast<uint8_t>(200 + random.below(40));
+    rgb[i + 1] = static_cast<uint8_t>(120 + random.below(30));
+    rgb[i + 2] = static_cast<uint8_t>(110 + random.below(30));
+  }
 }
 
 /// Every rectangle of a list, over faces of all kinds of colours.
-void face_figures(Figures& figures) {
+void face_figures(Sheet& sheet) {
   constexpr MapSize kSize{130, 66};
   struct Rectangle {
     int left, right, top, bottom;
   };
   constexpr Rectangle kRectangles[] = {{0, 130, 0, 66}, {3, 60, 5, 50},  {64, 129, 1, 9},  {50, 51, 20, 21},
                                        {20, 20, 3, 30}, {9, 40, 30, 30}, {60, 20, 40, 10}, {10, 27, 8, 60}};
-  Sheet sheet;
   Camera camera(morvale::kFrontCamera);
   camera.core.segFactor = 48;
   for (int turn = 0; turn < 6; ++turn) {
@@ -74,6 +82,7 @@ void face_figures(Figures& figures) {
     Planes p(kSize, turn % kTurns);
     Bytes mask = bytes_of(Kind::kExtremes, p.luma.size(), 24),
           score2 = bytes_of(Kind::kNoise, p.luma.size(), 25);
+    if (turn > 3) paint_skin(p.rgb);
     if (turn > 2) mask.assign(mask.size(), 255), score2.assign(score2.size(), 250);
     for (const Rectangle& r : kRectangles) {
       for (const int face : {0, 1, 2, 3}) {
@@ -83,14 +92,12 @@ void face_figures(Figures& figures) {
       }
     }
   }
-  sheet.append_to(figures, "WriteFaceInfo");
 }
 
 /// The camera's faces against boxes: none, one or several in a box, smaller, alike, larger, and past the
 /// frame.
-void face_matches(Figures& figures) {
+void face_matches(Sheet& sheet) {
   constexpr MapSize kSize{256, 192};
-  Sheet sheet;
   Camera camera(morvale::kFrontCamera);
   camera.record.width = 640;
   camera.record.height = 480;
@@ -114,11 +121,29 @@ void face_matches(Figures& figures) {
     camera.core.Intersection_Calc(p[2], p.luma.data(), p.rgb.data(), mask.data(), kSize.width, kSize.height);
     sheet.add_results(camera.core);
   }
-  sheet.append_to(figures, "Intersection_Calc");
 }
 
-void persons(Figures& figures) {
-  Sheet sheet;
+/// Every edge of a face on the edge of the box, less a sixth of its width; and one pixel to either side.
+void face_edges(Sheet& sheet) {
+  Camera camera(morvale::kFrontCamera);
+  camera.record.width = 640;
+  camera.record.height = 480;
+  camera.core.scaleRatio = 640 / 256.0f;
+  camera.core.segFactor = 48;
+  Planes p({256, 192}, 1);
+  Bytes mask(p.luma.size(), 255);
+  camera.core.personCount = camera.record.faceCount = 1;
+  for (int turn = 0; turn < 4 * 27; ++turn) {
+    const int width = 60 + turn % 4 * 40, margin = width / 6;
+    camera.core.personBoxes[0] = {100, 80, width - 2 * margin + turn / 12 % 3,
+                                  width - 2 * margin + turn / 36 % 3};
+    camera.record.faces[0] = {100 - margin + turn / 4 % 3 - 1, 80 - margin + turn / 12 % 3 - 1, width, width};
+    camera.core.Intersection_Calc(p[2], p.luma.data(), p.rgb.data(), mask.data(), 256, 192);
+    sheet.add_results(camera.core);
+  }
+}
+
+void persons(Sheet& sheet) {
   for (const MapSize size : kMaps) {
     for (int turn = 0; turn < kTurns; ++turn) {
       Camera camera(morvale::kFrontCamera);
@@ -134,16 +159,14 @@ void persons(Figures& figures) {
       sheet.add("drawing", camera.frame.data(), camera.frame.size());
     }
   }
-  sheet.append_to(figures, "DL_Human_Calc");
 }
 
-void outlines(Figures& figures) {
+void outlines(Sheet& sheet) {
   struct Outline {
     int left, right, top, bottom;
   };
   constexpr Outline kOutlines[] = {{3, 30, 2, 20},   {-5, 10, -4, 9}, {50, 90, 30, 70}, {10, 10, 5, 5},
                                    {20, 21, 10, 12}, {70, 80, 5, 9},  {0, 63, 0, 47},   {30, 5, 40, 3}};
-  Sheet sheet;
   for (const int stride : {0, 64, 70}) {
     Camera camera(morvale::kFrontCamera);
     camera.take(bytes_of(Kind::kNoise, 70 * 48 * 3 / 2, 28), 64, 48);
@@ -154,11 +177,9 @@ void outlines(Figures& figures) {
       sheet.add("plane", camera.frame.data(), camera.frame.size());
     }
   }
-  sheet.append_to(figures, "WriteFaceInfo_DL and WriteFaceInfo_HW");
 }
 
-void label_planes(Figures& figures) {
-  Sheet sheet;
+void label_planes(Sheet& sheet) {
   for (const int camera_type : {morvale::kFrontCamera, kBackCamera}) {
     Camera camera(camera_type);
     for (const int rows : {0, 1, 15, 18, 28, 32}) {
@@ -171,11 +192,9 @@ void label_planes(Figures& figures) {
       for (const Bytes& plane : planes) sheet.add("planes", plane.data(), plane.size());
     }
   }
-  sheet.append_to(figures, "argMax_6label");
 }
 
-void front_scenes(Figures& figures) {
-  Sheet sheet;
+void front_scenes(Sheet& sheet) {
   for (const int rows : {36, 48, 64, 28, 3, 1}) {
     for (int turn = 0; turn < kTurns; ++turn) {
       Camera camera(morvale::kFrontCamera);
@@ -188,12 +207,10 @@ void front_scenes(Figures& figures) {
       sheet.add_results(camera.core);
     }
   }
-  sheet.append_to(figures, "argMax_human_onlySkin");
 }
 
 /// Back camera: with the maps that it leaves for tools.
-void back_scenes(Figures& figures) {
-  Sheet sheet;
+void back_scenes(Sheet& sheet) {
   for (const int rows : {18, 24, 32, 15, 4, 1, 0}) {
     for (int turn = 0; turn < 2 * kTurns; ++turn) {
       Camera camera(kBackCamera);
@@ -213,20 +230,29 @@ void back_scenes(Figures& figures) {
       sheet.add("gridMap", camera.core.gridMap, 855);
     }
   }
-  sheet.append_to(figures, "argMax_back_only_human");
 }
 
 }  // namespace
 
 void measure_analyses(Figures& figures) {
-  front_faces(figures);
-  face_figures(figures);
-  face_matches(figures);
-  persons(figures);
-  outlines(figures);
-  label_planes(figures);
-  front_scenes(figures);
-  back_scenes(figures);
+  constexpr struct {
+    const char* name;
+    void (*measure)(Sheet& sheet);
+  } kAnalyses[] = {{"DL_FD_Calc", front_faces},
+                   {"WriteFaceInfo", face_figures},
+                   {"Intersection_Calc", face_matches},
+                   {"Intersection_Calc at the edges", face_edges},
+                   {"DL_Human_Calc", persons},
+                   {"WriteFaceInfo_DL and WriteFaceInfo_HW", outlines},
+                   {"argMax_6label", label_planes},
+                   {"argMax_human_onlySkin", front_scenes},
+                   {"argMax_back_only_human", back_scenes}};
+  for (const auto& analysis : kAnalyses) {
+    case_under_way = analysis.name;
+    Sheet sheet;
+    analysis.measure(sheet);
+    sheet.append_to(figures, analysis.name);
+  }
 }
 
-}  // namespace selfcheck
+}  // namespace morvale::selfcheck

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace selfcheck {
+namespace morvale::selfcheck {
 namespace {
 
 class ScriptedSession final : public vexa::VexaSession {
@@ -88,4 +88,4 @@ Digest& Sheet::digest(const char* name) {
   return found != digests_.end() ? found->second : digests_.emplace_back(name, Digest()).second;
 }
 
-}  // namespace selfcheck
+}  // namespace morvale::selfcheck

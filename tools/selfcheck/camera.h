@@ -6,7 +6,7 @@
 #include "selfcheck/figures.h"
 #include "selfcheck/inputs.h"
 
-namespace selfcheck {
+namespace morvale::selfcheck {
 
 constexpr int kBackCamera = 0;
 
@@ -57,4 +57,4 @@ class Sheet {
   std::vector<std::pair<std::string, Digest>> digests_;
 };
 
-}  // namespace selfcheck
+}  // namespace morvale::selfcheck

@@ -7,7 +7,7 @@
 
 #include "selfcheck/figures.h"
 
-namespace selfcheck {
+namespace morvale::selfcheck {
 
 void measure_kernels(Figures& figures);   ///< one figure a kernel
 void measure_network(Figures& figures);   ///< the steps around the network, colours by the pixel, orders
@@ -17,4 +17,4 @@ void measure_frames(Figures& figures);    ///< whole frames, one figure for each
 /// All of them.
 Figures measure();
 
-}  // namespace selfcheck
+}  // namespace morvale::selfcheck

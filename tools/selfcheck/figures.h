@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace selfcheck {
+namespace morvale::selfcheck {
 
 /// A running digest of 64 bits over words of eight bytes, in FNV's manner. Every step is one to one, so a
 /// single changed word never goes unseen.
@@ -46,4 +46,4 @@ struct Figure {
 };
 using Figures = std::vector<Figure>;
 
-}  // namespace selfcheck
+}  // namespace morvale::selfcheck

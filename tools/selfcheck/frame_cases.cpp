@@ -6,8 +6,9 @@
 #include <morvale/morvale.h>
 #include "selfcheck/camera.h"
 #include "selfcheck/cases.h"
+#include "selfcheck/crash.h"
 
-namespace selfcheck {
+namespace morvale::selfcheck {
 namespace {
 
 /// Before the frame `index` of a scene is run: changes to the record, on top of size and planes.
@@ -131,6 +132,7 @@ std::vector<float> scores_of(int index) {
 }
 
 void run_scene(Figures& figures, const Scene& scene) {
+  case_under_way = scene.name;
   Camera camera(scene.camera_type);
   camera.record.qermHint = 77;
   Sheet sheet;
@@ -170,4 +172,4 @@ Figures measure() {
   return figures;
 }
 
-}  // namespace selfcheck
+}  // namespace morvale::selfcheck

@@ -10,7 +10,7 @@
 
 #include "selfcheck/cases.h"
 
-namespace selfcheck {
+namespace morvale::selfcheck {
 namespace {
 
 struct GoldenFigure {
@@ -73,4 +73,4 @@ std::string check() {
   return {};
 }
 
-}  // namespace selfcheck
+}  // namespace morvale::selfcheck

@@ -7,7 +7,7 @@
 
 #include "selfcheck/figures.h"
 
-namespace selfcheck {
+namespace morvale::selfcheck {
 
 /// Empty when all figures are as they must be. Otherwise the name of the first that differs; figures that are
 /// missing or that nobody expects differ too.
@@ -25,4 +25,4 @@ void flush_small_numbers(bool flush);
 /// the processor back. The name of the first figure that differs from the golden ones, or empty.
 std::string check();
 
-}  // namespace selfcheck
+}  // namespace morvale::selfcheck

@@ -2,24 +2,23 @@
 
 #include <cstring>
 
-namespace selfcheck {
+namespace morvale::selfcheck {
 namespace {
 
 constexpr uint64_t kEveryByte = 0x0101010101010101;
 
-/// `first` in every byte plus noise of 6 bits: no byte carries into the next.
-uint64_t noisy(int first, Random& random) {
-  return static_cast<uint64_t>(first) * kEveryByte + (random.word() & 0x3f * kEveryByte);
-}
+/// Bits of the noise on every byte. Added to no more than 192, no byte carries into the next.
+constexpr uint64_t kRough = 0x3f, kCalm = 0x07;
 
-void append_plane(Bytes& to, int width, int height, int first, uint64_t seed) {
+void append_plane(Bytes& to, int width, int height, int first, uint64_t noise, uint64_t seed) {
   Random random(seed);
   const size_t begin = to.size();
   to.resize(begin + static_cast<size_t>(width) * static_cast<size_t>(height) + sizeof(uint64_t));
   uint8_t* at = to.data() + begin;
   for (int y = 0; y < height; ++y) {
     for (int x = 0; x < width; x += 8) {
-      const uint64_t eight = noisy(first + 90 * x / width + 60 * y / height, random);
+      const auto level = static_cast<uint64_t>(first + 90 * x / width + 60 * y / height);
+      const uint64_t eight = level * kEveryByte + (random.word() & noise * kEveryByte);
       std::memcpy(at + static_cast<ptrdiff_t>(y) * width + x, &eight, sizeof eight);
     }
   }
@@ -42,8 +41,8 @@ Bytes bytes_of(Kind kind, size_t count, uint64_t seed) {
 
 Bytes nv21_frame(int width, int height, uint64_t seed) {
   Bytes frame;
-  append_plane(frame, width, height, 30, 2 * seed);
-  append_plane(frame, width, height / 2, 40, 2 * seed + 1);
+  append_plane(frame, width, height, 30, kRough, 2 * seed);
+  append_plane(frame, width, height / 2, 40, seed % 2 == 0 ? kRough : kCalm, 2 * seed + 1);
   return frame;
 }
 
@@ -112,4 +111,4 @@ std::vector<float> ScoreMap::network_scores() const {
   return scores;
 }
 
-}  // namespace selfcheck
+}  // namespace morvale::selfcheck

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace selfcheck {
+namespace morvale::selfcheck {
 
 using Bytes = std::vector<uint8_t>;
 
@@ -33,7 +33,8 @@ constexpr Kind kKinds[] = {Kind::kNoise, Kind::kExtremes, Kind::kGrey};
 
 Bytes bytes_of(Kind kind, size_t count, uint64_t seed);
 
-/// A packed NV21 frame: a slope with noise on it, brighter to the bottom right, colourful.
+/// A packed NV21 frame: a slope with noise on it, brighter to the bottom right. With an odd seed neighbours
+/// have nearly one colour, as skin has.
 Bytes nv21_frame(int width, int height, uint64_t seed);
 
 /// A label map: five scores a cell, cell by cell, and one byte more for the sixth plane of the split.
@@ -65,4 +66,4 @@ class ScoreMap {
   Random random_;
 };
 
-}  // namespace selfcheck
+}  // namespace morvale::selfcheck

@@ -5,9 +5,10 @@
 
 #include <morvale/morvale.h>
 #include "selfcheck/cases.h"
+#include "selfcheck/crash.h"
 #include "selfcheck/inputs.h"
 
-namespace selfcheck {
+namespace morvale::selfcheck {
 namespace {
 
 using In = const uint8_t*;
@@ -86,7 +87,7 @@ void to_hsv(In s, Out d, const Shape& z) {
 /// Every other cell is marked, by the bytes of the source.
 template <auto kPass>
 void blurred(In s, Out d, const Shape& z) {
-  static Bytes grid(morvale::kBlurGridColumns * 20);
+  static Bytes grid(kBlurGridColumns * 20);
   for (size_t i = 0; i < grid.size(); ++i) grid[i] = s[i] & 1;
   uint16_t weights[41];
   constexpr struct {
@@ -150,6 +151,7 @@ uint64_t digest_of(const Kernel& kernel) {
                                   bytes_of(kKinds[1], 2 * kAround + kRoom, 2),
                                   bytes_of(kKinds[2], 2 * kAround + kRoom, 3)};
   static Bytes target;
+  case_under_way = kernel.name;
   Digest digest;
   for (const Shape& shape : kernel.shapes) {
     for (const Bytes& source : sources) {
@@ -179,4 +181,4 @@ void measure_kernels(Figures& figures) {
   figures.push_back({"NV21toRGB of a large frame", digest_of_large()});
 }
 
-}  // namespace selfcheck
+}  // namespace morvale::selfcheck

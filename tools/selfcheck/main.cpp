@@ -11,6 +11,7 @@
 
 #include "kernels/kernel_set.h"
 #include "selfcheck/cases.h"
+#include "selfcheck/crash.h"
 #include "selfcheck/golden.h"
 
 namespace {
@@ -23,6 +24,9 @@ constexpr const char* kHelp =
     "also with numbers too small for their full precision flushed to 0. The first that differs is named.\n\n"
     "  --update FILE  write the figures of this run as the ones that every build must give\n\n"
     "Exit status: 0 all as it must be, 1 something differs, 2 wrong usage.\n";
+
+/// What takes minutes in an emulator does not take so long.
+constexpr unsigned kPatienceSeconds = 900;
 
 /// The library prints lines of its own to standard output; ours go to where it led before.
 std::FILE* own_output() {
@@ -37,12 +41,13 @@ double seconds_since(std::chrono::steady_clock::time_point start) {
 }
 
 int check(std::FILE* out) {
+  morvale::selfcheck::name_crashes(fileno(out), kPatienceSeconds);
   int status = 0;
   for (const morvale::KernelSet* set : morvale::runnable_kernels()) {
     const std::string name(set->name);
     const auto start = std::chrono::steady_clock::now();
     morvale::use_kernels(name);
-    const std::string difference = selfcheck::check();
+    const std::string difference = morvale::selfcheck::check();
     if (difference.empty()) {
       std::fprintf(out, "%-9s passed, %.1f s\n", name.c_str(), seconds_since(start));
     } else {
@@ -57,17 +62,18 @@ int check(std::FILE* out) {
 /// Written only when all sets of kernels agree.
 int update(const char* path) {
   morvale::use_kernels("portable");
-  const selfcheck::Figures figures = selfcheck::measure();
+  const morvale::selfcheck::Figures figures = morvale::selfcheck::measure();
   for (const morvale::KernelSet* set : morvale::runnable_kernels()) {
     morvale::use_kernels(set->name);
-    const std::string difference = selfcheck::first_difference(selfcheck::measure(), figures);
+    const std::string difference =
+        morvale::selfcheck::first_difference(morvale::selfcheck::measure(), figures);
     if (difference.empty()) continue;
     std::fprintf(stderr, "morvale_selfcheck: the kernels %s and portable differ in %s: nothing is written.\n",
                  std::string(set->name).c_str(), difference.c_str());
     return 1;
   }
   std::ofstream file(path, std::ios::trunc);
-  file << selfcheck::golden_text(figures);
+  file << morvale::selfcheck::golden_text(figures);
   if (file.close(); file) return 0;
   std::fprintf(stderr, "morvale_selfcheck: %s cannot be written.\n", path);
   return 1;

@@ -4,9 +4,10 @@
 
 #include <morvale/morvale.h>
 #include "selfcheck/cases.h"
+#include "selfcheck/crash.h"
 #include "selfcheck/inputs.h"
 
-namespace selfcheck {
+namespace morvale::selfcheck {
 namespace {
 
 constexpr int kSide = 64;
@@ -65,7 +66,8 @@ uint64_t of_normalize_input() {
 }
 
 /// Maps that differ a little, much, and completely.
-uint64_t of_smoothing(uint8_t* (*smooth)(uint8_t*, uint8_t*, void*, int)) {
+template <uint8_t* (*kSmooth)(uint8_t*, uint8_t*, void*, int)>
+uint64_t of_smoothing() {
   Digest digest;
   for (const int net_size : {kSide, 32, 7, 3, 2, 1}) {
     NETSIZE = net_size;
@@ -76,7 +78,7 @@ uint64_t of_smoothing(uint8_t* (*smooth)(uint8_t*, uint8_t*, void*, int)) {
         Random random(8);
         for (uint8_t& byte : now) byte = static_cast<uint8_t>(byte + random.below(reach) - reach / 2);
         for (const int frame_count : {0, 1, 2}) {
-          smooth(now.data(), before.data(), nullptr, frame_count);
+          kSmooth(now.data(), before.data(), nullptr, frame_count);
           digest.add(now.data(), count);
           digest.add(before.data(), count);
           before[0] ^= 1;
@@ -117,14 +119,14 @@ uint64_t of_blur_weights() {
 }
 
 /// Colours in even steps, with both ends of every channel.
-template <class Channel>
-uint64_t of_pixels(void (*convert)(int, int, int, Channel*)) {
+template <class Channel, void (*kConvert)(int, int, int, Channel*)>
+uint64_t of_pixels() {
   Digest digest;
   for (int b = 0; b <= 255; b += 5) {
     for (int g = 0; g <= 255; g += 5) {
       for (int r = 0; r <= 255; r += 5) {
         Channel hsv[3];
-        convert(b, g, r, hsv);
+        kConvert(b, g, r, hsv);
         digest.add(hsv);
       }
     }
@@ -148,16 +150,23 @@ uint64_t of_orders() {
 }  // namespace
 
 void measure_network(Figures& figures) {
-  figures.push_back({"getOutputArr", of_output_conversions()});
-  figures.push_back({"normalizeOutput", of_normalize_output()});
-  figures.push_back({"normalizeInput", of_normalize_input()});
-  figures.push_back({"segmetationIIR_Front", of_smoothing(segmetationIIR_Front)});
-  figures.push_back({"segmetationIIR_Back", of_smoothing(segmetationIIR_Back)});
-  figures.push_back({"calcSegFactor", of_geometry()});
-  figures.push_back({"GFilterCreation", of_blur_weights()});
-  figures.push_back({"bgr2hsv_pixel", of_pixels(bgr2hsv_pixel)});
-  figures.push_back({"bgr2hsv_pixel_v2", of_pixels(bgr2hsv_pixel_v2)});
-  figures.push_back({"cmp and cmp_m", of_orders()});
+  constexpr struct {
+    const char* name;
+    uint64_t (*measure)();
+  } kSteps[] = {{"getOutputArr", of_output_conversions},
+                {"normalizeOutput", of_normalize_output},
+                {"normalizeInput", of_normalize_input},
+                {"segmetationIIR_Front", of_smoothing<segmetationIIR_Front>},
+                {"segmetationIIR_Back", of_smoothing<segmetationIIR_Back>},
+                {"calcSegFactor", of_geometry},
+                {"GFilterCreation", of_blur_weights},
+                {"bgr2hsv_pixel", of_pixels<unsigned, bgr2hsv_pixel>},
+                {"bgr2hsv_pixel_v2", of_pixels<int, bgr2hsv_pixel_v2>},
+                {"cmp and cmp_m", of_orders}};
+  for (const auto& step : kSteps) {
+    case_under_way = step.name;
+    figures.push_back({step.name, step.measure()});
+  }
 }
 
-}  // namespace selfcheck
+}  // namespace morvale::selfcheck
