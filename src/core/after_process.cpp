@@ -3,6 +3,7 @@
 #include "core/lost_record.h"
 #include "platform/log.h"
 #include "platform/rounding.h"
+#include "platform/trace.h"
 
 using namespace morvale;
 
@@ -12,6 +13,7 @@ int MorvaleCore::Morvale_core_afterProcss() {
     return 0;
   }
   const RoundToNearest rounding;
+  const TraceMark mark("Morvale_core_afterProcss");
   if (!has_record(inputData, "afterProcss")) return 0;
   // The camera type is read now: the record may have changed since Morvale_process.
   if (inputData->cameraType == kFrontCamera) {

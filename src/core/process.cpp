@@ -14,6 +14,7 @@
 #include "kernels/kernel_set.h"
 #include "platform/log.h"
 #include "platform/rounding.h"
+#include "platform/trace.h"
 
 namespace morvale {
 namespace {
@@ -57,8 +58,12 @@ void fill_input(MorvaleCore& core, const Frame& frame) {
   const Margins margin = margins(shrunk);
   core.segFactor = shrunk.seg_factor;
   core.scaleRatio = static_cast<float>(frame.width) / static_cast<float>(PADSIZE);
-  scale_nv21(frame.luma, frame.chroma, core.resizedFrame, frame.width, frame.height, shrunk.width,
-             shrunk.height);
+  {
+    const TraceMark mark("Morvale shrink");
+    scale_nv21(frame.luma, frame.chroma, core.resizedFrame, frame.width, frame.height, shrunk.width,
+               shrunk.height);
+  }
+  const TraceMark mark("Morvale colour");
   NV21toRGB_pad(core.resizedFrame, core.rgbInput, shrunk.width, shrunk.height, PADSIZE, PADSIZE, margin.right,
                 margin.bottom);
   kernels().network.to_input(core.rgbInput, core.netInput, ptrdiff_t{PADSIZE} * PADSIZE * 3);
@@ -66,6 +71,7 @@ void fill_input(MorvaleCore& core, const Frame& frame) {
 
 /// Scores become bytes in slot N0 of the camera's ring, blended with slot N1.
 void store_labels(const float* scores, bool front, uint32_t frame_count) {
+  const TraceMark mark("Morvale labels");
   uint8_t* ring = front ? N_segResult_Front : N_segResult_Back;
   uint8_t* current = ring + N0 * kRingSlotBytes;
   uint8_t* previous = ring + N1 * kRingSlotBytes;
@@ -81,6 +87,7 @@ using namespace morvale;
 
 int MorvaleCore::Morvale_process() {
   const RoundToNearest rounding;
+  const TraceMark mark("Morvale_process");
   if (!has_record(inputData, "process")) return -1;
   const MorvaleData_t& record = *inputData;
   if (record.gateLevel > kGateLimit) {

@@ -553,6 +553,25 @@ TEST_F(Process, ARunOf31MillisecondsIsReportedButCounts) {
   }
 }
 
+// Every section that begins ends, on a frame that fails too.
+TEST_F(Process, TheStagesOfAFrameShowInASystemTrace) {
+  const std::vector<std::string> input = {
+      "+Morvale_process", "+Morvale shrink", "-", "+Morvale colour", "-", "+Morvale network", "-"};
+  const auto and_then = [&](std::vector<std::string> rest) {
+    rest.insert(rest.begin(), input.begin(), input.end());
+    return rest;
+  };
+  start(16);
+  set_frame(256, 256, 100);
+  platform().trace.clear();
+  run_frame();
+  EXPECT_EQ(platform().trace, and_then({"+Morvale labels", "-", "-", "+Morvale_core_afterProcss", "-"}));
+  platform().execute_result = 1;
+  platform().trace.clear();
+  core_.Morvale_process();
+  EXPECT_EQ(platform().trace, and_then({"-"}));
+}
+
 TEST_F(Process, TheDebugLineNamesTheFrame) {
   start(16);
   set_frame(256, 256, 100);

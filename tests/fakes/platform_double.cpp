@@ -88,6 +88,13 @@ int __system_property_get(const char* name, char* value) {
   return found == properties.end() ? 0 : static_cast<int>(found->second.size());
 }
 
+void ATrace_beginSection(const char* name);
+void ATrace_endSection();
+
+void ATrace_beginSection(const char* name) { fakes::platform().trace.emplace_back(std::string("+") + name); }
+
+void ATrace_endSection() { fakes::platform().trace.emplace_back("-"); }
+
 vexa::VexaSession* CreateVexaSession() {
   static fakes::ScriptedSession session;
   fakes::platform().calls.emplace_back("create");

@@ -14,6 +14,11 @@ platform=$'CreateVexaSession\nDestroyVexaSession\n__android_log_print\n__system_
 diff <(echo "$platform") <("$nm" -D --undefined-only "$library" | awk '$1 == "U" && $2 !~ /@/ {print $2}' |
   LC_ALL=C sort) || status=1
 
+echo "-- undefined names that may stay so"
+marks=$'ATrace_beginSection\nATrace_endSection'
+diff <(echo "$marks") <("$nm" -D --undefined-only "$library" | awk '$1 == "w" && $2 !~ /@|^_/ {print $2}' |
+  LC_ALL=C sort) || status=1
+
 echo "-- needed libraries"
 foreign=$("$readelf" -d "$library" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' |
   grep -vE '^(libstdc\+\+|libm|libgcc_s|libc|ld-linux-[a-z0-9-]+)\.so' || true)
