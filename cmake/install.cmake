@@ -5,11 +5,6 @@ include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/morvale)
-set(public_headers
-  core/export.h core/globals.h core/morvale_core.h core/records.h core/segmentation.h core/vexa_runtime.h
-  analysis/hsv.h analysis/regions.h
-  imgproc/color_convert.h imgproc/grid_blur.h imgproc/resize_nv21.h imgproc/resize_plane.h imgproc/rotate.h
-  morvale.h checked.h)
 
 # target, name behind morvale::, component
 function(morvale_install target name component)
@@ -20,10 +15,7 @@ endfunction()
 
 morvale_install(morvale_capture capture capture)
 target_include_directories(morvale_capture INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
-foreach(header IN LISTS public_headers)
-  cmake_path(GET header PARENT_PATH folder)
-  install(FILES include/morvale/${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/morvale/${folder} COMPONENT capture)
-endforeach()
+install(DIRECTORY include/morvale DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT capture)
 
 morvale_install(morvale_host host standins)
 morvale_install(vexa_vndk vexa_vndk standins)

@@ -23,8 +23,9 @@ constexpr float kGateLimit = 25.0f;
 /// How many faces or persons a record has room for.
 constexpr int32_t kMaxFaces = 5;
 
-/// Columns and rows of the occupancy grid that the back camera packs into the record.
-constexpr int kOccupancyColumns = 19, kOccupancyRows = 15;
+/// The occupancy grid that the back camera packs into the record.
+constexpr int kOccupancyColumns = 19;
+constexpr int kOccupancyRows = 15;  ///< as above
 
 }  // namespace morvale
 
