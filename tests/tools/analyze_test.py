@@ -23,7 +23,7 @@ HOPPER, ASTRONAUT = PHOTOS / "grace_hopper_512x512.jpg", PHOTOS / "astronaut.png
 
 def analyze(*arguments, **environment):
     return subprocess.run([PROGRAM, "analyze", *map(str, arguments)], capture_output=True, text=True,
-                          env={**os.environ, "VEXA_MODEL_DIR": str(MODELS), **environment}, timeout=120)
+                          env={**os.environ, "VEXA_MODEL_DIR": str(MODELS), **environment}, timeout=1200)
 
 
 def grey_png(width, height):

@@ -28,7 +28,7 @@ class AtScale(unittest.TestCase):
 
     def shell(self, script, **more):
         done = subprocess.run(["bash", "-c", script], cwd=self.folder, env={**self.environment, **more},
-                              capture_output=True, text=True, timeout=120)
+                              capture_output=True, text=True, timeout=1200)
         return done.returncode, done.stdout, done.stderr
 
     def damage(self, offset):

@@ -18,7 +18,7 @@ RECORD = 288
 
 
 def morvale(*arguments, **options):
-    return subprocess.run([PROGRAM, *map(str, arguments)], capture_output=True, timeout=120, **options)
+    return subprocess.run([PROGRAM, *map(str, arguments)], capture_output=True, timeout=1200, **options)
 
 
 def diff(*arguments, status, **options):

@@ -15,7 +15,7 @@ PROGRAM = os.environ.get("MORVALE_PROGRAM", "build/tools/morvale/morvale")
 
 
 def morvale(*arguments, **options):
-    return subprocess.run([PROGRAM, *map(str, arguments)], capture_output=True, timeout=120, **options)
+    return subprocess.run([PROGRAM, *map(str, arguments)], capture_output=True, timeout=1200, **options)
 
 
 def record(words):

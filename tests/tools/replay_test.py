@@ -24,7 +24,7 @@ MODELS = pathlib.Path(os.environ.get("MORVALE_MODEL_DIR", "/nonexistent"))
 
 
 def morvale(*arguments, stdin=None):
-    return subprocess.run([PROGRAM, *map(str, arguments)], capture_output=True, input=stdin, timeout=200)
+    return subprocess.run([PROGRAM, *map(str, arguments)], capture_output=True, input=stdin, timeout=1200)
 
 
 def picture(path, width, height, seed):
@@ -182,7 +182,7 @@ class Recordings(Replays):
                 self.assertLess(time.monotonic(), deadline)
                 time.sleep(0.01)
             process.send_signal(sent)
-            words = process.communicate(timeout=100)[1].decode()
+            words = process.communicate(timeout=1200)[1].decode()
             self.assertEqual(process.returncode, status, words)
             kept = lines.read_bytes().count(b"\n")
             replayed, words = self.run_well(killed)
@@ -326,7 +326,7 @@ class Outputs(Replays):
             time.sleep(0.01)
         process.terminate()
         process.terminate()  # as a batch system does, to the process and to its group
-        words = process.communicate(timeout=100)[1].decode()
+        words = process.communicate(timeout=1200)[1].decode()
         self.assertEqual((process.returncode, words.count("stopped there")), (130, 2), words)
         self.assertFalse((self.folder / "kept/scene2").exists(), "none is started after the wish to stop")
 
@@ -352,7 +352,7 @@ class Outputs(Replays):
     def test_a_closed_standard_output(self):
         scene = self.scene("scene", "--frames", 2)
         command = f'"{PROGRAM}" replay "{scene}" --record "{self.folder}/copy" >&-'
-        done = subprocess.run(["bash", "-c", command], capture_output=True, text=True, timeout=60)
+        done = subprocess.run(["bash", "-c", command], capture_output=True, text=True, timeout=1200)
         self.assertEqual(done.returncode, 1)
         self.assertIn("output cannot be written", done.stderr)
         self.assertEqual((self.folder / "copy/records.bin").read_bytes()[:288], (scene / "records.bin").read_bytes()[:288])

@@ -16,7 +16,7 @@ PROGRAM = os.environ.get("MORVALE_PROGRAM", "build/tools/morvale/morvale")
 
 
 def morvale(*arguments):
-    return subprocess.run([PROGRAM, *map(str, arguments)], capture_output=True, timeout=250)
+    return subprocess.run([PROGRAM, *map(str, arguments)], capture_output=True, timeout=1200)
 
 
 class Reports(unittest.TestCase):
