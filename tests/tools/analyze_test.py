@@ -171,6 +171,19 @@ class Pictures(InFolder):
                          "figures reach into the lower margin")
 
 
+    def test_people_are_numbered_from_left_to_right(self):
+        frame, engine = self.people("--people", "3", "--seed", "5", "--motion", "walk")
+        done = analyze("--faces", "none", "--out", self.folder / "out", frame, **engine)
+        boxes = json.loads(done.stdout)["personBoxes"]
+        self.assertNotEqual([box["x"] for box in boxes], sorted(box["x"] for box in boxes), "the record goes by size")
+        rows = png_rows(next((self.folder / "out").iterdir()).read_bytes())
+        picture_end = 3 * (28 + 760)
+        for colour, box in zip(["e5532d", "3b7de0", "9a5fe0"], sorted(boxes, key=lambda box: box["x"])):
+            row = rows[72 + round(box["y"] * 760 / 640) + 9]
+            tag = row[:picture_end].find(bytes.fromhex(colour)) / 3
+            self.assertAlmostEqual(tag, 28 + box["x"] * 760 / 640, delta=4, msg=colour)
+            self.assertTrue(any(row.find(bytes.fromhex(colour), picture_end) > 0 for row in rows), "in the panel too")
+
     def test_a_shape_that_misleads_is_told(self):
         for camera, size, words in [("front", (640, 512), "fills 51 rows .* analyses 28. The lowest 45 % "),
                                     ("back", (640, 512), "fills 26 rows .* analyses 15. The lowest 41 % "),

@@ -90,6 +90,7 @@ export function makeData(
     engine: 'recorded',
     kernels: 'portable',
     sluggish_ms: 31,
+    person_colors: ['#e5532d', '#3b7de0', '#9a5fe0'],
     labels: kLabels.map(([name, color]) => ({name, color})),
     fields: fields(),
     geometries: [geometry],
@@ -103,7 +104,8 @@ export function makeData(
       process_ms: each(frame => 11 + frame / 10),
       analysis_ms: each(() => 0.5),
       camera_faces: each(() => [[100, 60, 80, 90]]),
-      boxes: each(() => [[96, 64, 88, 88]]),
+      boxes: each(() => [[96, 64, 88, 88], [200, 60, 80, 80]]),
+      face_boxes: each(() => null),
       picture: each(
           frame => pictures.length > 0 && frame % pictureEvery === 0 ?
               frame / pictureEvery % pictures.length :

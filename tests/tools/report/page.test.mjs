@@ -286,9 +286,47 @@ test('front camera: each measured face has its figures, in words and in the tabl
   const row =
       await tab.$$eval('.data-table tbody tr:nth-child(2) > *', list => list.map(cell => cell.textContent));
   assert.deepEqual(row, [
-    '102', 'analysed', '21', '1', '2', '151', '23 (19–28)', '85 (75–100)', '200 (180–230)', '120',
+    '102', 'analysed', '21', '2', '2', '151', '23 (19–28)', '85 (75–100)', '200 (180–230)', '120',
     '40 (40–40)', '90 (90–90)', '170 (170–170)', '10.100', '1.500'
   ]);
+  await close();
+});
+
+test('faces by person: number and colour stay with the person, the record\'s order is one click away', async () => {
+  const left = [40, 60, 80, 80], right = [220, 60, 70, 70];
+  const file = page('people', {
+    count: 4,
+    change: data => {
+      data.frames.boxes = [[left, right], [right, left], [left, right], [right, left]];
+      for (let frame = 0; frame < 4; ++frame) putWords(data.records, frame, {0: 2});
+    }
+  });
+  const {page: tab, complaints, close} = await open(browser, file);
+  for (const id of ['labels', 'faces']) await tab.uncheck(`#show-${id}`);
+  const cards = () => tab.$$eval('#figures .face', list => list.map(card => {
+    const [name, place] = [card.getAttribute('aria-label'), card.querySelector('code').textContent];
+    return [name, place, getComputedStyle(card.querySelector('.dot')).backgroundColor];
+  }));
+  const colours = ['rgb(229, 83, 45)', 'rgb(59, 125, 224)'];
+  const onBox = async ([x, y, , h]) => near(await pixel(tab, x / 320, (y + h * 0.6) / 240), [229, 83, 45], 40);
+  for (const [frame, blocks] of [[0, [0, 1]], [1, [1, 0]]]) {
+    await tab.focus('#scrubber');
+    await tab.keyboard.press(frame === 0 ? 'Home' : 'ArrowRight');
+    await shown(tab, frame);
+    assert.deepEqual(
+        await cards(), blocks.map((block, id) => [`Person ${id + 1}`, `meta[${block}]`, colours[id]]));
+    assert.ok(await onBox(left) && !await onBox(right), 'the first person is the left one');
+  }
+  // Luma of the second frame: 151 in the record's first block, the right person's.
+  assert.match(await tab.textContent('.chart:has-text("Face luma") .readouts'), /person 1120 ?person 2151/);
+
+  await tab.check('#order-figures [value=record]', {force: true});
+  await tab.waitForSelector('#figures .face[aria-label="Face 1"]');
+  assert.deepEqual(await cards(), [0, 1].map(block => [`Face ${block + 1}`, `meta[${block}]`, colours[block]]));
+  assert.ok(await onBox(right) && !await onBox(left), 'the record begins with the right one');
+  assert.match(await tab.textContent('.chart:has-text("Face luma") .readouts'), /face 1151 ?face 2120/);
+  assert.ok(await tab.isChecked('#order-timelines [value=record]'), 'one choice for the page');
+  assert.deepEqual(complaints, []);
   await close();
 });
 

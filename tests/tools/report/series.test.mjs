@@ -42,8 +42,37 @@ test('a face is a gap where it was not measured: ver, gate, failure, no colour o
   const report = new Report(makeData({count: 6, change}));
   const faces = faceFigures(report, report.records);
   assert.equal(faces.length, 3, 'five camera faces, of which three are measured');
-  assert.deepEqual(faces[0].map(face => face?.luma ?? null), [100, null, null, null, null, 100]);
-  assert.deepEqual(faces[0].map(face => face?.channels?.[0].mean ?? null), [20, null, null, null, null, 20]);
+  assert.equal(faces[0].name, 'Face 1', 'where they lie is not known');
+  assert.deepEqual(faces[0].figures.map(face => face?.luma ?? null), [100, null, null, null, null, 100]);
+  assert.deepEqual(faces[0].figures.map(face => face?.channels?.[0].mean ?? null), [20, null, null, null, null, 20]);
+});
+
+test('a person is followed by place: swaps, gaps, newcomers, and two who share a box', () => {
+  const left = [10, 10, 40, 40], right = [120, 10, 30, 30], middle = [70, 12, 30, 30];
+  const boxes = [[right, left], [left, right], [[30, 14, 40, 40]], [right, [50, 18, 40, 40]], [middle, right, left]];
+  const people = (change, list = boxes) => {
+    const report = new Report(makeData({
+      count: list.length,
+      change: data => {
+        data.frames.boxes = [...list];
+        list.forEach((of, frame) => putWords(data.records, frame, {0: of.length}));
+        change?.(data);
+      }
+    }));
+    const {faces} = report;
+    return list.map((of, frame) => of.map((_, block) => faces.byPerson ? faces.id(frame, block) : null));
+  };
+  // The walker comes from the left to the middle; the one on the left is somebody new.
+  assert.deepEqual(people(), [[1, 0], [0, 1], [0], [1, 0], [0, 1, 2]]);
+  const away = frames => [[left], ...new Array(frames).fill([]), [left]];
+  assert.deepEqual(people(null, away(59)).at(-1), [0]);
+  assert.deepEqual(people(null, away(60)).at(-1), [1], 'nobody is awaited for more than 60 frames');
+  // Two camera faces in one box are measured as they are.
+  const shared = data => {
+    data.frames.face_boxes[1] = [left, right];
+  };
+  assert.deepEqual(people(shared, [[left, right], [[0, 0, 200, 60], [0, 0, 9, 9]]]), [[0, 1], [0, 1]]);
+  assert.deepEqual(people(data => data.frames.boxes.fill(null)).flat(), new Array(10).fill(null));
 });
 
 test('the library\'s time is not known without its parts, nor from the times of two runs', () => {

@@ -9,7 +9,9 @@
 #include "analyze/canvas.h"
 #include "analyze/label_overlay.h"
 #include "analyze/panel.h"
+#include "analyze/person_colors.h"
 #include "common/command.h"
+#include "service/face_boxes.h"
 #include "service/report_text.h"
 #include "service/shape_notes.h"
 
@@ -118,12 +120,23 @@ void draw_grid(Canvas& canvas, const Placement& place, const FrameReport& report
     }
 }
 
+/// A measured face, numbered as in the panel.
+void draw_person(Canvas& canvas, cv::Rect2d box, int person) {
+  const Color color = color_of(kPersonColors[static_cast<size_t>(person) % kPersonColors.size()]);
+  canvas.outline(box, color, 3);
+  canvas.fill({box.x - 1.5, box.y - 1.5, 20, 21}, color);
+  canvas.text(std::to_string(person + 1), {box.x + 4, box.y + 14}, {11, kPaper, true});
+}
+
 void draw_boxes(Canvas& canvas, const Placement& place, const FrameReport& report) {
   const bool front = report.camera == Camera::kFront;
   if (!front) draw_grid(canvas, place, report);
   for (const FaceRect& box : report.person_boxes)
     canvas.outline(place.box(box), front ? kFoundFace : kPersonBox, 2.5);
   for (const FaceRect& face : report.camera_faces) canvas.outline(place.box(face), kCameraFace, 2, 7);
+  const std::vector<FaceRect> faces = face_boxes(report);
+  const std::vector<int> persons = left_to_right(faces);
+  for (size_t i = 0; i < faces.size(); ++i) draw_person(canvas, place.box(faces[i]), persons[i]);
 }
 
 /// Lays legend entries out from left to right, in as many rows as they need.
@@ -166,9 +179,12 @@ class Legend {
 double draw_legend(Canvas& canvas, const Placement& place, const FrameReport& report) {
   Legend legend(canvas, place.bottom() + 32, kMargin + place.column_width());
   for (size_t label = 1; label < kLabelStyles.size(); ++label) legend.swatch(kLabelStyles[label]);
+  const std::vector<FaceRect> faces = face_boxes(report);
   if (!report.camera_faces.empty()) legend.box("camera's face", kCameraFace, 3);
   if (report.camera == Camera::kFront) {
-    legend.box("face in the label map", kFoundFace);
+    if (report.person_boxes.size() > faces.size()) legend.box("face that is not measured", kFoundFace);
+    for (size_t i = 0; i < faces.size(); ++i)
+      legend.box("person " + std::to_string(i + 1), color_of(kPersonColors[i % kPersonColors.size()]));
   } else {
     legend.box("person box", kPersonBox);
     legend.box("occupied grid cell", kGridLine);

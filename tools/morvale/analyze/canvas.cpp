@@ -46,6 +46,11 @@ std::string shortened(const std::string& text, const TextStyle& style, double ro
 
 }  // namespace
 
+Color color_of(const std::string& hex) {
+  const auto channel = [&](size_t at) { return std::stoi(hex.substr(at, 2), nullptr, 16); };
+  return {double(channel(5)), double(channel(3)), double(channel(1))};
+}
+
 Canvas::Canvas(int width, Color background)
     : background_(background), surface_(0, width * kScale, CV_8UC3, background) {}
 

@@ -9,6 +9,9 @@ namespace tool {
 
 using Color = cv::Scalar;  ///< B, G, R
 
+/// Of "#rrggbb".
+Color color_of(const std::string& hex);
+
 struct TextStyle {
   double cap_height = 9.5;  ///< points
   Color color{60, 52, 48};

@@ -5,6 +5,8 @@
 #include <opencv2/imgproc.hpp>
 #include <string>
 
+#include "analyze/person_colors.h"
+#include "service/face_boxes.h"
 #include "service/report_text.h"
 
 namespace tool {
@@ -28,7 +30,7 @@ std::string box_text(const FaceRect& box) {
 }
 
 /// The colour of a record's hue (degrees), saturation and value (0..255).
-Color color_of(int hue, int saturation, int value) {
+Color color_of_record(int hue, int saturation, int value) {
   const auto share = [](int byte) { return static_cast<float>(std::clamp(byte, 0, 255)) / 255.0f; };
   const auto degrees = static_cast<float>(((hue % 360) + 360) % 360);
   const cv::Mat hsv(1, 1, CV_32FC3, cv::Scalar(degrees, share(saturation), share(value)));
@@ -48,6 +50,19 @@ class Panel {
     if (!first_) y_ += 20;
     first_ = false;
     canvas_.text(text, {left_, y_ + 12}, {10.5, kInk, true});
+    rule();
+  }
+
+  /// A person's, with the colour of the box and the place of the figures in the record.
+  void heading(int person, int block) {
+    y_ += 20;
+    canvas_.fill({left_, y_ + 1, 12, 12}, color_of(kPersonColors[size_t(person) % kPersonColors.size()]));
+    canvas_.text("Person " + std::to_string(person + 1), {left_ + 20, y_ + 12}, {10.5, kInk, true});
+    canvas_.text_right("meta[" + std::to_string(block) + "]", {left_ + width_, y_ + 12}, {9, kQuiet});
+    rule();
+  }
+
+  void rule() {
     canvas_.fill({left_, y_ + 21, width_, 1}, kRule);
     y_ += 28;
   }
@@ -74,7 +89,7 @@ class Panel {
         return face.hsv[c] + (sign[i] < 0 ? -face.hsvMin[c] : sign[i] > 0 ? face.box[c] : 0);
       };
       const double x = left_ + i * (patch + gap);
-      canvas_.fill({x, y_ + 4, patch, 34}, color_of(channel(0), channel(1), channel(2)));
+      canvas_.fill({x, y_ + 4, patch, 34}, color_of_record(channel(0), channel(1), channel(2)));
       const TextStyle style{8, kQuiet};
       canvas_.text(names[i], {x + (patch - Canvas::text_width(names[i], style)) / 2, y_ + 55}, style);
     }
@@ -101,9 +116,8 @@ class Panel {
   bool first_ = true;
 };
 
-void draw_face(Panel& panel, const PersonMeta& face, int index) {
+void draw_face(Panel& panel, const PersonMeta& face) {
   const char* channels[] = {"Hue, degrees", "Saturation, 0 to 255", "Value, 0 to 255"};
-  panel.heading("Face " + std::to_string(index + 1));
   panel.swatches(face);
   for (int c = 0; c < 3; ++c)
     panel.row(channels[c], std::to_string(face.hsv[c]) + "  (-" + std::to_string(face.hsvMin[c]) + " +" +
@@ -112,6 +126,16 @@ void draw_face(Panel& panel, const PersonMeta& face, int index) {
   panel.row("Pixels above 200, above 230",
             std::to_string(face.brightCount[0]) + ", " + std::to_string(face.brightCount[1]));
   panel.row("Share of the map, per thousand", std::to_string(face.skinRatio));
+}
+
+/// From left to right, as the boxes are numbered; the record has them by size.
+void draw_faces(Panel& panel, const FrameReport& report) {
+  const std::vector<int> persons = left_to_right(face_boxes(report));
+  for (int person = 0; person < static_cast<int>(persons.size()); ++person) {
+    const auto block = std::find(persons.begin(), persons.end(), person) - persons.begin();
+    panel.heading(person, static_cast<int>(block));
+    draw_face(panel, report.record.meta[block]);
+  }
 }
 
 void draw_back_figures(Panel& panel, const PersonWholeMeta& record) {
@@ -144,7 +168,7 @@ double draw_panel(Canvas& canvas, cv::Point2d top_left, double width, const Fram
   panel.row(front ? "Faces in the label map" : "Persons", std::to_string(report.person_boxes.size()));
   panel.row("Faces of the camera", std::to_string(report.camera_faces.size()));
   if (!front) draw_back_figures(panel, report.record);
-  for (int face = 0; face < measured_faces(report); ++face) draw_face(panel, report.record.meta[face], face);
+  draw_faces(panel, report);
   draw_frame_figures(panel, report);
   return panel.bottom();
 }

@@ -6,6 +6,7 @@
 #include <map>
 
 #include "analyze/label_overlay.h"
+#include "analyze/person_colors.h"
 #include "common/atomic_file.h"
 #include "common/base64.h"
 #include "common/command.h"
@@ -13,6 +14,7 @@
 #include "report/frame_events.h"
 #include "report/report_picture.h"
 #include "report/report_template.h"
+#include "service/face_boxes.h"
 #include "service/record_fields.h"
 #include "service/report_text.h"
 #include "service/shape_notes.h"
@@ -29,10 +31,22 @@ constexpr int kUsualFrames = 300;
 constexpr size_t kPageRoom = 12'000'000;      ///< bytes of a page
 constexpr size_t kLeastPictures = 2'000'000;  ///< of them for pictures, however much the figures take
 
+bool same_box(const FaceRect& a, const FaceRect& b) {
+  return a.x == b.x && a.y == b.y && a.w == b.w && a.h == b.h;
+}
+
 Json json_of(const std::vector<FaceRect>& boxes) {
   Json list = Json::array();
   for (const FaceRect& box : boxes) list.push_back(Json::array({box.x, box.y, box.w, box.h}));
   return list;
+}
+
+/// Where the measured faces lie; null where that is where the first boxes do, as on nearly every frame.
+Json faces_beyond_boxes(const FrameReport& report) {
+  const std::vector<FaceRect> faces = face_boxes(report), &boxes = report.person_boxes;
+  const bool same =
+      faces.size() <= boxes.size() && std::equal(faces.begin(), faces.end(), boxes.begin(), same_box);
+  return same ? Json(nullptr) : json_of(faces);
 }
 
 Json label_styles() {
@@ -124,8 +138,8 @@ struct ReportPage::Content {
   bool named = false;
   Json number = Json::array(), name = Json::array(), geometry = Json::array(), process = Json::array(),
        gated = Json::array(), network_ms = Json::array(), process_ms = Json::array(),
-       analysis_ms = Json::array(), camera_faces = Json::array(), boxes = Json::array(), runs = Json::array(),
-       log = Json::array();
+       analysis_ms = Json::array(), camera_faces = Json::array(), boxes = Json::array(),
+       face_boxes = Json::array(), runs = Json::array(), log = Json::array();
   Json comparison, baseline;
   std::map<std::string, size_t> log_places;  ///< of each distinct line, its priority before its text
   std::vector<std::string> log_lines;        ///< by place
@@ -150,7 +164,8 @@ struct ReportPage::Content {
             {"process_ms", process_ms},
             {"analysis_ms", analysis_ms},
             {"camera_faces", camera_faces},
-            {"boxes", boxes}};
+            {"boxes", boxes},
+            {"face_boxes", face_boxes}};
   }
 
   /// A run logs the same a thousand times: each distinct line is kept once.
@@ -163,7 +178,8 @@ struct ReportPage::Content {
   /// As many pictures as the page has room for beside everything else.
   void put_pictures(Json& data) {
     constexpr size_t kPlace = 20;  ///< a frame's number of its picture, quotes and padding around that
-    const size_t taken = report_template().size() + script_text(data).size() + kPlace * number.elements().size();
+    const size_t taken =
+        report_template().size() + script_text(data).size() + kPlace * number.elements().size();
     const size_t room = kPageRoom > taken ? kPageRoom - taken : 0;
     pictures.fit(std::max(room, kLeastPictures) / 4 * 3);  // base64 makes four bytes of three
     Json places = Json::array(), jpegs = Json::array();
@@ -194,6 +210,7 @@ struct ReportPage::Content {
         {"kernels", morvale::choose_kernels().name},
         {"sluggish_ms", kSluggishMs},
         {"labels", label_styles()},
+        {"person_colors", Json::list(kPersonColors)},
         {"fields", fields_of(head.camera)},
         {"geometries", shapes},
         {"frames", frames()},
@@ -230,6 +247,7 @@ void ReportPage::add(const ReportFrame& frame) {
   page.analysis_ms.push_back(json_of(frame.times.analysis));
   page.camera_faces.push_back(json_of(report.camera_faces));
   page.boxes.push_back(frame.boxes_known ? json_of(report.person_boxes) : Json(nullptr));
+  page.face_boxes.push_back(frame.boxes_known ? faces_beyond_boxes(report) : Json(nullptr));
   page.runs.push_back(label_runs(report.label_map));
   for (const LogLine& line : report.log) page.add_log(index, line);
   const auto* bytes = reinterpret_cast<const uint8_t*>(&report.record);

@@ -5,7 +5,7 @@ import uPlot from 'uplot';
 import {h} from './dom.js';
 import {knownKind} from './event_list.js';
 import {spread} from './stats.js';
-import {onTheme, themed} from './theme.js';
+import {offTheme, onTheme, themed} from './theme.js';
 
 const kHeight = 168;
 const kClickReach = 3;  // a press that moves further is a zoom
@@ -31,8 +31,17 @@ export class Chart {
             this.readouts_),
           this.host_, definition.note ? h('p', {class: 'quiet chart-note'}, definition.note) : null);
     this.cursor_ = h('div', {class: 'here', 'aria-hidden': 'true'});
-    new ResizeObserver(() => this.fit_()).observe(this.host_);
-    onTheme(() => this.plot_?.redraw(false));
+    this.observer_ = new ResizeObserver(() => this.fit_());
+    this.observer_.observe(this.host_);
+    this.recolour_ = () => this.plot_?.redraw(false);
+    onTheme(this.recolour_);
+  }
+
+  dispose() {
+    this.observer_.disconnect();
+    offTheme(this.recolour_);
+    this.plot_?.destroy();
+    this.plot_ = null;
   }
 
   show(frame) {
@@ -44,7 +53,8 @@ export class Chart {
     this.read_(this.plot_.cursor.idx ?? frame);
   }
 
-  setValues(series, bands) {
+  // Other values, labels and colours for as many series.
+  define({series, bands}) {
     this.definition_ = {...this.definition_, series, bands};
     this.host_.setAttribute('aria-label', this.summary_());
     if (this.plot_) this.plot_.setData(this.data_());
@@ -102,7 +112,8 @@ export class Chart {
     const {series, bands = [], lines} = this.definition_;
     const frames = {values: (plot, splits) => splits.map(frame => this.number_(frame))};
     const figures = {values: (plot, splits) => splits.map(value => this.tick_(value))};
-    const fill = band => ({series: [band.high + 1, band.low + 1], fill: () => themed(band.colour)});
+    const fill = (band, at) =>
+        ({series: [band.high + 1, band.low + 1], fill: () => themed(this.definition_.bands[at].colour)});
     return {
       width,
       height: kHeight,
@@ -122,7 +133,7 @@ export class Chart {
         this.axis_({space: 64, size: 30, incrs: kWholeStep, ...frames}),
         this.axis_({space: 32, size: 46, ...figures}),
       ],
-      series: [{}, ...series.map(one => this.seriesOptions_(one))],
+      series: [{}, ...series.map((one, at) => this.seriesOptions_(one, at))],
       bands: bands.map(fill),
       hooks: {
         drawClear: [plot => this.drawMarks_(plot)],
@@ -145,17 +156,19 @@ export class Chart {
     return Number.isInteger(frame) && frame < this.report_.count ? this.report_.label(frame) : '';
   }
 
-  seriesOptions_(series) {
+  // Colours are asked for at each drawing: they change with the theme, and with whom the chart is about.
+  seriesOptions_(series, at) {
+    const colour = () => themed(this.definition_.series[at].colour);
     return {
       label: series.label,
       width: series.hidden ? 0 : 1.6,
-      stroke: () => series.hidden ? 'transparent' : themed(series.colour),
+      stroke: () => series.hidden ? 'transparent' : colour(),
       dash: series.dash,
       spanGaps: false,
       paths: series.stepped ? uPlot.paths.stepped({align: 1}) : undefined,
       points: series.hidden ?
           {show: false} :
-          {size: 5, fill: () => themed(series.colour), show: this.report_.count <= 2 ? true : undefined},
+          {size: 5, fill: colour, show: this.report_.count <= 2 ? true : undefined},
     };
   }
 
@@ -227,7 +240,7 @@ export class Chart {
     const items = this.definition_.series.filter(series => !series.hidden).map(series => {
       const value = series.values[frame];
       const patch = h('span', {class: 'key', 'aria-hidden': 'true'});
-      patch.style.background = `var(${series.colour})`;
+      patch.style.background = series.colour.startsWith('--') ? `var(${series.colour})` : series.colour;
       const text = value === null || value === undefined ? '–' : this.writer_(series)(value, frame);
       return h('span', {class: 'readout'}, patch, series.label, h('b', {}, text));
     });

@@ -13,8 +13,8 @@ export class DataTable {
   constructor(report, player) {
     this.report_ = report;
     this.player_ = player;
-    this.columns_ = columnsOf(report);
     this.first_ = 0;
+    this.heads_ = h('tr', {});
     this.body_ = h('tbody', {});
     this.range_ = h('span', {class: 'quiet', role: 'status'});
     const turn = (text, rows) =>
@@ -27,8 +27,8 @@ export class DataTable {
         h('div', {class: 'filters'}, this.earlier_, this.later_, this.range_),
         h('div', {class: 'scroller', tabindex: 0, role: 'region', 'aria-label': 'Figures of every frame'},
           h('table', {},
-            h('thead', {}, h('tr', {}, this.columns_.map(([title]) => h('th', {scope: 'col'}, title)))),
-            this.body_)));
+            h('thead', {}, this.heads_), this.body_)));
+    report.faces.onChange(() => this.element.open && this.turn_(0));
   }
 
   turnTo_(frame) {
@@ -40,6 +40,8 @@ export class DataTable {
     const {count} = this.report_;
     this.first_ = Math.min(Math.max(this.first_ + rows, 0), Math.floor((count - 1) / kRows) * kRows);
     const end = Math.min(this.first_ + kRows, count);
+    this.columns_ = columnsOf(this.report_);
+    this.heads_.replaceChildren(...this.columns_.map(([title]) => h('th', {scope: 'col'}, title)));
     this.body_.replaceChildren(
         ...Array.from({length: end - this.first_}, (_, k) => this.row_(this.first_ + k)));
     this.earlier_.disabled = this.first_ === 0;
@@ -68,15 +70,14 @@ function columnsOf(report) {
     ['ver', frame => records.ver(frame)],
   ];
   if (!report.front) columns.push(['Grid cells', frame => countSet(records.grid(frame))]);
-  for (const [face, figures] of faceFigures(report, records).entries())
-    columns.push(...faceColumns(face, figures));
+  for (const {name, figures} of faceFigures(report, records)) columns.push(...faceColumns(name, figures));
   columns.push(
       ['Network, ms', frame => time(frames.network_ms[frame])],
       ['Library, ms', frame => time(report.libraryMs(frame))]);
   return columns;
 }
 
-function faceColumns(face, figures) {
+function faceColumns(name, figures) {
   const channel = c => frame => {
     const found = figures[frame]?.channels?.[c];
     if (!found) return '–';
@@ -84,7 +85,6 @@ function faceColumns(face, figures) {
         [found.mean, found.low, found.high].map(value => c === 0 ? wrapDegrees(value) : value);
     return `${mean} (${low}–${high})`;
   };
-  const name = `Face ${face + 1}`;
   return [
     [`${name} luma`, frame => figures[frame]?.luma ?? '–'], [`${name} H`, channel(0)],
     [`${name} S`, channel(1)], [`${name} V`, channel(2)]

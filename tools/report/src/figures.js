@@ -60,15 +60,17 @@ function facts(report, frame) {
 }
 
 function facesOf(report, frame) {
-  const count = report.measuredFaces(frame);
-  return h('div', {class: 'faces'}, Array.from({length: count}, (_, face) => faceCard(report, frame, face)));
+  const cards = report.faces.blocks(frame).map(block => faceCard(report, frame, block));
+  return h('div', {class: 'faces'}, cards);
 }
 
 function faceCard(report, frame, block) {
-  const face = report.records.face(frame, block);
+  const face = report.records.face(frame, block), id = report.faces.id(frame, block);
+  const name = report.faces.name(id), dot = h('span', {class: 'dot'});
+  dot.style.background = report.faces.colour(id);
   return h(
-      'section', {class: 'face', 'aria-label': `Face ${block + 1}`},
-      h('h3', {}, h('span', {class: `dot series-${block}`}), `Face ${block + 1}`,
+      'section', {class: 'face', 'aria-label': name},
+      h('h3', {}, dot, name, h('code', {class: 'aside'}, `meta[${block}]`),
         h('span', {class: 'aside'}, `${face.skinRatio} ‰ of the map`)),
       face.channels ? colours(face.channels) : h('p', {class: 'quiet'}, 'No colour pixel.'),
       h('p', {class: 'quiet'}, 'Luma ', h('b', {}, face.luma ?? 'none'),

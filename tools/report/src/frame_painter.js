@@ -10,6 +10,8 @@ const kBoxColour = '#f0e442';
 const kGridColour = '#ffffff';
 const kKeptLayers = 32;
 
+const sameBox = (a, b) => a.every((value, i) => value === b[i]);
+
 export class FramePainter {
   constructor(report, pictures) {
     this.report_ = report;
@@ -133,8 +135,25 @@ export class FramePainter {
   boxes_(view) {
     const baseline = this.report_.baseline?.boxes?.[view.frame] ?? [];
     if (view.side === 'difference') this.rectangles_(view, baseline, kBoxColour, true);
-    const boxes = view.side === 'baseline' ? baseline : this.report_.boxes(view.frame);
-    this.rectangles_(view, boxes, kBoxColour, false);
+    if (view.side === 'baseline') return this.rectangles_(view, baseline, kBoxColour, false);
+    const faces = this.report_.faceBoxes(view.frame);
+    const others = this.report_.boxes(view.frame).filter(box => !faces.some(face => sameBox(face, box)));
+    this.rectangles_(view, others, kBoxColour, false);
+    faces.forEach((box, block) => this.person_(view, box, this.report_.faces.id(view.frame, block)));
+  }
+
+  // A measured face with its number.
+  person_(view, box, id) {
+    const {context, scale, down, line} = view, colour = this.report_.faces.colour(id);
+    this.rectangles_(view, [box], colour, false);
+    const size = 10 * line, text = `${id + 1}`;
+    context.font = `700 ${size}px system-ui, sans-serif`;
+    context.textBaseline = 'middle';
+    const wide = context.measureText(text).width + 0.7 * size, [x, y] = [box[0] * scale, box[1] * down];
+    context.fillStyle = colour;
+    context.fillRect(x, y, wide, 1.4 * size);
+    context.fillStyle = '#ffffff';
+    context.fillText(text, x + 0.35 * size, y + 0.75 * size);
   }
 
   rectangles_({context, scale, down, line}, boxes, colour, dashed) {

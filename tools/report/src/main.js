@@ -49,6 +49,7 @@ function build(report) {
     timelines.show(frame);
     sheet.show(frame);
   });
+  report.faces.onChange(() => player.tell());
   hideThumbBeside(viewer.element, dock.element);
   followHash(report, player);
   player.tell();
@@ -65,7 +66,7 @@ function inspector(report, player) {
     {
       id: 'figures',
       title: 'Figures',
-      element: figuresHost,
+      element: withOrder(report, figuresHost),
       show: () => figuresHost.replaceChildren(...figures(report, player.index))
     },
     {id: 'record', title: 'Record', element: fields.element, show: () => fields.show(player.index)},
@@ -78,6 +79,11 @@ function inspector(report, player) {
     },
     {id: 'log', title: 'Log', element: log.element, show: () => log.show(player.index)},
   ]);
+}
+
+function withOrder(report, figures) {
+  const chooser = report.faces.chooser('figures');
+  return chooser ? h('div', {class: 'stack'}, h('div', {class: 'filters'}, chooser), figures) : figures;
 }
 
 // The dock's thumb stands in for the large view only while that is out of sight.

@@ -2,6 +2,7 @@
 // run; their number in the source is only shown.
 import {bytesOf, unpackRuns} from './bytes.js';
 import {differenceOf} from './difference.js';
+import {FaceOrder} from './face_order.js';
 import {kMeasuredBlocks, Records} from './records.js';
 
 const kFormat = 'morvale-report';
@@ -25,6 +26,7 @@ export class Report {
     this.logStart_ = firstLines(this.log, this.count);
     this.baseline = data.baseline ? new Baseline(data.baseline) : null;
     this.difference = this.baseline ? differenceOf(this) : null;
+    this.faces = new FaceOrder(this);
     this.events = [...data.events, ...(this.difference ? this.difference.events : [])].sort(
         (a, b) => a.index - b.index);
   }
@@ -49,6 +51,13 @@ export class Report {
     return [this.frames.boxes, this.baseline?.boxes ?? []].flat().some(boxes => boxes !== null);
   }
   personCount(frame) { return this.frames.boxes[frame]?.length ?? null; }
+
+  // Where the measured faces lie, block by block; empty where that is not known.
+  faceBoxes(frame) {
+    const count = this.measuredFaces(frame);
+    const given = this.frames.face_boxes?.[frame] ?? this.boxes(frame).slice(0, count);
+    return given.length < count ? [] : given;
+  }
 
   gated(frame) { return this.frames.gated[frame] !== 0; }
   failed(frame) { return this.frames.process[frame] !== 0; }

@@ -19,17 +19,20 @@ export function unwrapped([low, high, mean, baseline]) {
   return baseline ? [...lists, baseline.map(near)] : lists;
 }
 
-// Per measured face and frame its figures, null where it was not measured; as many faces as were ever
+// Of each person or face that has charts: name, colour, and frame by frame the figures, null where it was not
 // measured.
 export function faceFigures(report, records) {
-  const faces = Array.from(
-      {length: report.front ? kMeasuredBlocks : 0},
-      (_, face) => Array.from(
-          {length: report.count},
-          (_, frame) => frame < records.count && report.analysed(frame) &&
-                  face < Math.min(records.ver(frame), kMeasuredBlocks) ?
-              records.face(frame, face) :
-              null));
-  while (faces.length > 0 && present(faces[faces.length - 1]).length === 0) faces.pop();
-  return faces;
+  if (!report.front) return [];
+  const {faces} = report;
+  const found = new Map(faces.shown.map(id => [id, new Array(report.count).fill(null)]));
+  for (let frame = 0; frame < Math.min(report.count, records.count); ++frame) {
+    if (!report.analysed(frame)) continue;
+    for (let block = 0; block < Math.min(records.ver(frame), kMeasuredBlocks); ++block) {
+      const figures = found.get(faces.id(frame, block));
+      if (figures) figures[frame] = records.face(frame, block);
+    }
+  }
+  return [...found]
+      .filter(([, figures]) => present(figures).length > 0)
+      .map(([id, figures]) => ({id, name: faces.name(id), colour: faces.colour(id), figures}));
 }

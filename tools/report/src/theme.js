@@ -3,7 +3,7 @@
 import {h, icon} from './dom.js';
 
 const kKey = 'morvale-report-theme';
-const listeners = [];
+const listeners = new Set();
 
 function stored() {
   try {
@@ -21,7 +21,8 @@ function store(theme) {
   }
 }
 
-export const onTheme = listener => listeners.push(listener);
+export const onTheme = listener => listeners.add(listener);
+export const offTheme = listener => listeners.delete(listener);
 
 function apply(theme) {
   document.documentElement.dataset.theme = theme;
@@ -53,6 +54,7 @@ export function themeButton() {
   return button;
 }
 
-// The value of a custom property in the theme of the moment, for what is drawn on a canvas.
-export const themed = property =>
-    getComputedStyle(document.documentElement).getPropertyValue(property).trim();
+// A colour as it is written, or a custom property's in the theme of the moment, for what is drawn on a canvas.
+export const themed = colour => colour.startsWith('--') ?
+    getComputedStyle(document.documentElement).getPropertyValue(colour).trim() :
+    colour;
