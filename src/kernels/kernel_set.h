@@ -1,8 +1,8 @@
 /// The row loops that the library's time goes into, in every form that this build has: portable, which is the
 /// reference, and vector forms that give the same bytes. One place chooses, once, when the library is loaded.
 ///
-/// The environment variable MORVALE_KERNELS, where the build listens to it, names another set ("portable", "avx2", "neon", ...); a name that
-/// this processor cannot run is reported in the log and ignored.
+/// The environment variable MORVALE_KERNELS, where the build listens to it, names another set ("portable",
+/// "avx2", "neon", ...); a name that this processor cannot run is reported in the log and ignored.
 #pragma once
 
 #include <span>

@@ -22,7 +22,8 @@ std::vector<std::string_view> find_runnable() {
   return names;
 }
 
-/// The library's only look at its caller's environment. On a device, where the caller has privileges, it is left out.
+/// The library's only look at its caller's environment. On a device, where the caller has privileges, it is
+/// left out.
 const char* wished_set() {
 #if defined(MORVALE_KERNELS_FROM_ENVIRONMENT)
   return std::getenv("MORVALE_KERNELS");

@@ -223,24 +223,4 @@ TEST_F(Lifecycle, DeinitClosesThenDestroysAndKeepsTheBuffers) {
             (LogLines{{kDebug, "MORVALE deinit  START_S "}, {kDebug, "MORVALE deinit START_X 0"}}));
 }
 
-TEST_F(Lifecycle, ADestroyedSessionIsNeitherRunNorClosedAgain) {
-  start(16);
-  set_frame(256, 256, 100);
-  core_.Morvale_core_deinit();
-  platform().calls.clear();
-  forget();
-  EXPECT_EQ(core_.Morvale_process(), -1);
-  EXPECT_EQ(lines(kError), Lines{"Morvale vexa execute  fail"});
-  EXPECT_EQ(core_.Morvale_core_deinit(), 1);
-  core_.Morvale_core_init(&record_);
-  EXPECT_EQ(core_.Morvale_core_deinit(), 1);
-  EXPECT_TRUE(platform().calls.empty());
-  // The runtime may give the same address again: a new session is served.
-  start(16);
-  platform().calls.clear();
-  EXPECT_EQ(core_.Morvale_process(), 0);
-  core_.Morvale_core_deinit();
-  EXPECT_EQ(platform().calls, (Lines{"execute", "close", "destroy"}));
-}
-
 }  // namespace

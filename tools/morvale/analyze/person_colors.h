@@ -6,8 +6,8 @@
 
 namespace tool {
 
-/// "#rrggbb". Each stands out on photographs, on white and on near black, and is none of the labels' colours. The
-/// ninth person has the first one's again.
+/// "#rrggbb". Each stands out on photographs, on white and on near black, and is none of the labels' colours.
+/// The ninth person has the first one's again.
 inline const std::array<std::string, 8> kPersonColors = {"#e5532d", "#3b7de0", "#9a5fe0", "#0d9488",
                                                          "#d63f9c", "#8f8a00", "#a8672d", "#64789b"};
 
