@@ -67,6 +67,7 @@ void expect_frame(const BundleReader& bundle, int index, const FrameInput& input
   EXPECT_EQ(read.chroma_follows, input.chroma_follows);
   EXPECT_EQ(read.has_planes, input.has_planes);
   EXPECT_EQ(read.after_process, input.after_process);
+  EXPECT_EQ(read.later, input.later);
   EXPECT_EQ(bundle.metadata(index).record.width, input.record.width);
   EXPECT_EQ(bundle.has_pixels(index), !input.nv21.empty());
   const FrameOutput made = bundle.output(index);
@@ -120,6 +121,7 @@ TEST_F(BundleTest, EverythingComesBackBitForBit) {
   }
   outputs.back().execute_result = 7;
   inputs[4].record.faceCount = -1;
+  inputs[1].later = LaterRecord{0, -1, std::numeric_limits<int32_t>::max(), 7, false};
 
   {
     BundleWriter writer(folder_ / "new" / "bundle", kInfo);
@@ -195,6 +197,46 @@ TEST_F(BundleTest, EachTruncatedFileIsNamedWithItsFrame) {
     fs::remove(bundle / cut.file);
     EXPECT_NE(complaint(bundle).find(cut.file), std::string::npos) << complaint(bundle);
   }
+}
+
+/// What was recorded before the format grew stays readable as it is.
+TEST_F(BundleTest, ABundleOfTheFirstVersionIsRead) {
+  std::ofstream(folder_ / "session.json") << R"({
+  "format": "morvale-session",
+  "version": 1,
+  "camera_type": 0,
+  "pad_size": 128,
+  "net_size": 32,
+  "open_result": 2,
+  "made_by": "libvexa_record 1.0.0"
+}
+)";
+  std::ofstream(folder_ / "metadata.jsonl")
+      << R"({"frame":0,"camera_type":0,"width":2,"height":3,"stride":0,"gate_level":0.10000000149011612,)"
+      << R"("face_count":1,"faces":[[1,2,3,4]],"qerm_hint":5,"is_udc":1,"has_planes":true,)"
+      << R"("chroma_follows":false,"after_process":true,"process":-1,"network_ms":0.25,)"
+      << R"("nv21":"frames/000000_2x3_s2.nv21"})"
+      << "\n";
+  fs::create_directory(folder_ / "frames");
+  std::ofstream(folder_ / "frames" / "000000_2x3_s2.nv21") << "lumaVUVU";
+  std::ofstream(folder_ / "records.bin") << std::string(288, '\1');
+  FrameInput input;
+  input.record.width = 2;
+  input.record.height = 3;
+  input.record.gateLevel = 0.1f;
+  input.record.faceCount = 1;
+  input.record.faces[0] = {1, 2, 3, 4};
+  input.record.qermHint = 5;
+  input.record.isUDC = 1;
+  input.chroma_follows = false;
+  input.nv21 = {'l', 'u', 'm', 'a', 'V', 'U', 'V', 'U'};
+  FrameOutput output;
+  output.process_result = -1;
+  output.network_ms = 0.25;
+  std::memset(&output.result, 1, sizeof output.result);
+  const BundleReader bundle(folder_);
+  EXPECT_EQ(bundle.info().open_result, 2);
+  expect_frame(bundle, 0, input, output);
 }
 
 /// The states that a crash within add() leaves, in the order in which the files are written.

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstring>
 #include <fstream>
+#include <functional>
 #include <iostream>
 #include <limits>
 #include <string>
@@ -28,14 +29,14 @@ struct Planes {
 /// What the caller does with one frame.
 struct Calls {
   bool after_process = true;
-  bool fetch = true;    ///< calls Morvale_core_getresult
-  int late_faces = -1;  ///< the face count that the record gets only behind Morvale_process
+  bool fetch = true;                                                    ///< calls Morvale_core_getresult
+  std::function<void(MorvaleData_t&)> between = [](MorvaleData_t&) {};  ///< behind Morvale_process
 };
 
 void process(MorvaleCore& core, const Calls& calls, std::ofstream& results) {
   PersonWholeMeta result{};
   const int answer = core.Morvale_process();
-  if (calls.late_faces >= 0) core.inputData->faceCount = calls.late_faces;
+  calls.between(*core.inputData);
   if (calls.after_process) core.Morvale_core_afterProcss();
   if (calls.fetch) {
     core.Morvale_core_getresult(&result);
@@ -47,8 +48,7 @@ void process(MorvaleCore& core, const Calls& calls, std::ofstream& results) {
 }
 
 /// Every way in which a frame can differ from a plain one comes up once.
-Planes deliver(int frame, MorvaleData_t& record) {
-  const int camera = record.cameraType;
+Planes deliver(int frame, int camera, MorvaleData_t& record) {
   record = {};
   record.cameraType = camera;
   record.width = frame < 8 ? 320 : 180;
@@ -74,6 +74,19 @@ Planes deliver(int frame, MorvaleData_t& record) {
   return planes;
 }
 
+/// What the caller changes in the record between the two calls: frame 9 gets the other camera and size, 10
+/// loses its planes, 11 gets its face.
+void change(int frame, MorvaleData_t& record) {
+  if (frame == 9) {
+    record.cameraType = record.cameraType == kFrontCamera ? 0 : kFrontCamera;
+    record.width = 1000;
+    record.height = 60;
+    record.stride = 1008;
+  }
+  if (frame == 10) record.yPlane = record.uvPlane = nullptr;
+  if (frame == 11) record.faceCount = 1;
+}
+
 void film(int camera, bool crash, std::ofstream& results) {
   MorvaleData_t record{};
   record.cameraType = camera;
@@ -81,11 +94,20 @@ void film(int camera, bool crash, std::ofstream& results) {
   core.Morvale_core_init(&record);
   core.Morvale_core_setModel(camera);
   for (int frame = 0; frame < kFrames; ++frame) {
-    const Planes planes = deliver(frame, record);
+    const Planes planes = deliver(frame, camera, record);
     if (crash && frame == 6) std::raise(SIGKILL);
-    process(core, {frame != 8, frame != 10, frame == 11 ? 1 : -1}, results);
+    process(core, {frame != 8, frame != 10, [=](MorvaleData_t& seen) { change(frame, seen); }}, results);
   }
   core.Morvale_core_deinit();
+}
+
+/// As the caller of the recorded session changed it. Pointers that lead nowhere are not read.
+void change(const LaterRecord& later, MorvaleData_t& record) {
+  record.cameraType = later.camera_type;
+  record.width = later.width;
+  record.height = later.height;
+  record.stride = later.stride;
+  if (!later.has_luma) record.yPlane = nullptr;
 }
 
 void replay(const std::string& folder, std::ofstream& results) {
@@ -105,7 +127,9 @@ void replay(const std::string& folder, std::ofstream& results) {
       planes.chroma.assign(split, planes.luma.end());
       record.uvPlane = planes.chroma.data();
     }
-    process(core, {.after_process = input.after_process}, results);
+    Calls calls{.after_process = input.after_process};
+    if (input.later) calls.between = [&](MorvaleData_t& seen) { change(*input.later, seen); };
+    process(core, calls, results);
   }
   core.Morvale_core_deinit();
 }

@@ -46,6 +46,11 @@ int32_t library_int(const char* name) {
   return value;
 }
 
+/// Of a record what both Morvale_process and the analysis read, and may find different.
+session::LaterRecord shared_part(const MorvaleData_t& record) {
+  return {record.cameraType, record.width, record.height, record.stride, record.yPlane != nullptr};
+}
+
 }  // namespace
 
 Recorder& recorder() {
@@ -103,6 +108,7 @@ void Recorder::take_frame(const MorvaleData_t& record) {
   input_.record = record;
   input_.has_planes = record.yPlane != nullptr && record.uvPlane != nullptr;
   input_.after_process = false;
+  input_.later.reset();
   input_.chroma_follows = true;
   if (!usable_frame(record)) {
     input_.nv21.clear();
@@ -147,6 +153,7 @@ void Recorder::analysis_begins(const MorvaleCore& core) noexcept {
     taken.qermHint = record.qermHint;
     taken.isUDC = record.isUDC;
     input_.after_process = true;
+    if (const auto now = shared_part(record); now != shared_part(taken)) input_.later = now;
     if (keep_labels_ && core.frameCount > 0) take_label_map(core);
   });
 }

@@ -24,7 +24,8 @@
 
 namespace morvale::session {
 
-constexpr int kBundleVersion = 1;
+/// The version that is written. Older ones are read: they lack keys that may be absent here too.
+constexpr int kBundleVersion = 2;
 
 /// Something in a bundle cannot be used. The text names file and frame.
 struct BundleError : std::runtime_error {
@@ -38,14 +39,27 @@ struct SessionInfo {
   std::string made_by;      ///< program, version and how, for people
 };
 
+/// What Morvale_core_afterProcss found in the caller's record where it was no longer what Morvale_process had
+/// seen.
+struct LaterRecord {
+  int32_t camera_type, width, height, stride;
+  bool has_luma;  ///< yPlane was not null; nothing but debug drawings goes there
+
+  bool operator==(const LaterRecord&) const = default;
+};
+
 /// One camera frame as delivered: the caller's record without its pointers, and its pixels when they are
 /// kept. Rows are record.stride bytes, or record.width where that is 0.
 struct FrameInput {
-  MorvaleData_t record{};      ///< yPlane and uvPlane are null; faces up to faceCount
-  bool chroma_follows = true;  ///< uvPlane was equal to yPlane, or lay directly behind the luma plane
-  bool has_planes = true;      ///< neither plane pointer was null
-  bool after_process = true;   ///< the caller called Morvale_core_afterProcss for this frame
-  std::vector<uint8_t> nv21;   ///< height rows of stride bytes, then height / 2 chroma rows; empty: not kept
+  MorvaleData_t record{};            ///< yPlane and uvPlane are null; faces up to faceCount
+  bool chroma_follows = true;        ///< uvPlane was equal to yPlane, or lay directly behind the luma plane
+  bool has_planes = true;            ///< neither plane pointer was null
+  bool after_process = true;         ///< the caller called Morvale_core_afterProcss for this frame
+  std::optional<LaterRecord> later;  ///< absent: Morvale_core_afterProcss saw what Morvale_process had seen
+  std::vector<uint8_t> nv21;  ///< height rows of stride bytes, then height / 2 chroma rows; empty: not kept
+
+  /// The camera whose analysis wrote the frame's record.
+  int32_t analysed_camera_type() const { return later ? later->camera_type : record.cameraType; }
 };
 
 /// What the library made of it.

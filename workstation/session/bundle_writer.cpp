@@ -91,7 +91,7 @@ struct BundleWriter::Files {
 
   FrameLine write_files(const FrameInput& input, const FrameOutput& output) {
     FrameLine line;
-    line.input = {input.record, input.chroma_follows, input.has_planes, input.after_process, {}};
+    line.input = {input.record, input.chroma_follows, input.has_planes, input.after_process, input.later, {}};
     line.process_result = output.process_result;
     line.execute_result = output.execute_result;
     if (output.network_ms && std::isfinite(*output.network_ms)) line.network_ms = output.network_ms;

@@ -114,6 +114,20 @@ void read_faces(const Json& faces, MorvaleData_t& record) {
   }
 }
 
+Json later_json(const LaterRecord& later) {
+  return {{"camera_type", later.camera_type},
+          {"width", later.width},
+          {"height", later.height},
+          {"stride", later.stride},
+          {"has_luma", later.has_luma}};
+}
+
+LaterRecord read_later(const Json& json) {
+  if (!json.is_object()) refuse("\"later\" is no JSON object");
+  return {int32_at(json, "camera_type"), int32_at(json, "width"), int32_at(json, "height"),
+          int32_at(json, "stride"), bool_at(json, "has_luma")};
+}
+
 }  // namespace
 
 std::string session_text(const SessionInfo& info) {
@@ -131,8 +145,8 @@ SessionInfo parse_session(const std::string& text) {
   const Json json = parse_object(text);
   if (string_at(json, "format") != kFormat) refuse("describes no session");
   const int32_t version = int32_at(json, "version");
-  if (version != kBundleVersion) {
-    refuse("is of version " + std::to_string(version) + "; this program reads version " +
+  if (version < 1 || version > kBundleVersion) {
+    refuse("is of version " + std::to_string(version) + "; this program reads versions 1 to " +
            std::to_string(kBundleVersion));
   }
   SessionInfo info;
@@ -165,6 +179,7 @@ std::string frame_text(int index, const FrameLine& line) {
             {"chroma_follows", line.input.chroma_follows},
             {"after_process", line.input.after_process},
             {"process", line.process_result}};
+  if (line.input.later) json["later"] = later_json(*line.input.later);
   if (line.execute_result) json["execute"] = *line.execute_result;
   if (line.network_ms) json["network_ms"] = *line.network_ms;
   if (!line.pixels.empty()) json["nv21"] = line.pixels;
@@ -190,6 +205,7 @@ FrameLine parse_frame(int index, const std::string& text) {
   line.input.has_planes = bool_at(json, "has_planes");
   line.input.chroma_follows = bool_at(json, "chroma_follows");
   line.input.after_process = bool_at(json, "after_process");
+  if (json.contains("later")) line.input.later = read_later(json["later"]);
   line.process_result = int32_at(json, "process");
   line.execute_result = int32_if_any(json, "execute");
   if (json.contains("network_ms")) {

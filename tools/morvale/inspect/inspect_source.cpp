@@ -82,7 +82,7 @@ std::optional<Camera> RecordSource::camera() const {
 }
 
 Camera RecordSource::camera_at(int index, Camera otherwise) const {
-  return bundle ? camera_of(lines[static_cast<size_t>(index)].input.record.cameraType) : otherwise;
+  return bundle ? camera_of(lines[static_cast<size_t>(index)].input.analysed_camera_type()) : otherwise;
 }
 
 RecordSource open_records(const std::string& path) {

@@ -232,6 +232,7 @@ class Replay {
       std::copy(faces.begin(), faces.end(), record.faces);
     }
     if (faces_ || options_.camera) record.cameraType = plan_.session.camera_type;
+    if (options_.camera) frame.input.later.reset();
     if (options_.gate) record.gateLevel = *options_.gate;
     if (options_.udc) record.isUDC = 1;
   }

@@ -162,17 +162,29 @@ FrameReport CameraService::replay(const morvale::session::FrameInput& input) {
     chroma_.push_back(kGrey);
     data_.uvPlane = chroma_.data();
   }
-  return run(input.after_process);
+  return run(input.after_process, input.later);
 }
 
-FrameReport CameraService::run(bool after_process) {
+/// As the caller did between the two calls of a frame. The analysis reads no pixel, but it may draw.
+void CameraService::change_record(const morvale::session::LaterRecord& later) {
+  data_.cameraType = later.camera_type;
+  data_.width = later.width;
+  data_.height = later.height;
+  data_.stride = later.stride;
+  later_.assign(later.has_luma ? touched_bytes(data_) : 0, 0);
+  data_.yPlane = later.has_luma ? later_.data() : nullptr;
+}
+
+FrameReport CameraService::run(bool after_process,
+                               const std::optional<morvale::session::LaterRecord>& later) {
   FrameReport report;
-  report.camera = camera_of(data_.cameraType);
   report.camera_faces.assign(data_.faces, data_.faces + std::clamp(data_.faceCount, 0, morvale::kMaxFaces));
   using Clock = std::chrono::steady_clock;
   report.times.start = Clock::now();
   report.process = core_.Morvale_process();
   report.times.processed = Clock::now();
+  const MorvaleData_t processed = data_;
+  if (later) change_record(*later);
   if (after_process) core_.Morvale_core_afterProcss();
   report.times.analysed = Clock::now();
   core_.Morvale_core_getresult(&report.record);
@@ -181,7 +193,8 @@ FrameReport CameraService::run(bool after_process) {
   report.gated = report.process == 0 && data_.gateLevel > morvale::kGateLimit;
   report.status = core_.status;
   report.frame_count = core_.frameCount;
-  report.geometry = geometry_of(core_, data_);
+  report.camera = camera_of(data_.cameraType);
+  report.geometry = geometry_of(core_, processed);
   report.person_boxes.assign(core_.personBoxes,
                              core_.personBoxes + std::clamp(core_.personCount, 0, morvale::kMaxFaces));
   // The analysis leaves at once while no frame was segmented since the start or a gated frame.

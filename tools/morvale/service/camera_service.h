@@ -101,12 +101,14 @@ class CameraService {
 
  private:
   int load_model(int32_t camera_type);
-  FrameReport run(bool after_process);
+  FrameReport run(bool after_process, const std::optional<morvale::session::LaterRecord>& later = {});
+  void change_record(const morvale::session::LaterRecord& later);
   static void keep_log_line(int priority, const char* text, void* service);
 
   MorvaleData_t data_{};
   std::vector<uint8_t> planes_;  ///< the library draws into the frame at higher debug levels: it gets a copy
   std::vector<uint8_t> chroma_;  ///< where the chroma plane did not follow the luma plane
+  std::vector<uint8_t> later_;   ///< where the analysis draws when the record changed before it
   std::vector<LogLine> log_;
   MorvaleCore core_;
   int32_t open_result_ = -1;
