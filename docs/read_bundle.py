@@ -23,9 +23,11 @@ def read_bundle(folder):
             frame["logits"] = np.load(folder / frame["logits"])
         if "nv21" in frame:
             stride, height = frame["stride"] or frame["width"], frame["height"]
+            found = frame.get("chroma", "found") == "found"  # the stride leads to the chroma plane
             plane = np.fromfile(folder / frame["nv21"], np.uint8)
-            frame["luma"] = plane[:stride * height].reshape(height, stride)
-            frame["chroma"] = plane[stride * height:]  # V, U, V, U ...; rows of `width` bytes
+            row = max(stride, frame["width"])
+            frame["luma"] = plane[:row * height].reshape(height, row)
+            frame["chroma"] = plane[(stride if found else row) * height:]  # V, U, V, U ...; rows of `width` bytes
     return session, records, frames
 
 

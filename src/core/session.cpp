@@ -1,8 +1,7 @@
 #include "core/session.h"
 
-#include <algorithm>
-
 #include <morvale/core/globals.h>
+#include "core/scores.h"
 #include "platform/clock.h"
 #include "platform/log.h"
 #include "platform/trace.h"
@@ -26,16 +25,6 @@ const vexa::VexaSession* destroyed = nullptr;
 
 vexa::VexaSession* live_session() { return session_ != destroyed ? session_ : nullptr; }
 
-/// Whether the tensor holds the scores of every cell. A runtime that names no shape is taken at its word.
-bool holds_all_scores(const vexa::DataBuffer& tensor) {
-  if (tensor.data == nullptr) return false;
-  if (tensor.shape.empty()) return true;
-  const int64_t needed = int64_t{NETSIZE} * NETSIZE * kLabels;
-  int64_t held = 1;
-  for (const int32_t size : tensor.shape) held = std::min(held * std::max(size, 0), needed);
-  return held == needed;
-}
-
 void empty_lists() {
   inputs.clear();
   outputs.clear();
@@ -57,7 +46,8 @@ MORVALE_CALLS_RUNTIME const float* run_session(float* pixels) {
   inputs.push_back(input);
   vexa::VexaSession* const session = live_session();
   const bool done = session != nullptr && session->execute(inputs, outputs) == 0;
-  if (!done || outputs.empty() || !holds_all_scores(outputs.front())) {
+  const int64_t needed = int64_t{NETSIZE} * NETSIZE * kLabels;
+  if (!done || outputs.empty() || !holds_all_scores(outputs.front(), needed)) {
     empty_lists();
     MORVALE_ERROR("Morvale vexa execute  fail");
     return nullptr;

@@ -36,7 +36,7 @@ FrameInput frame_input(int seed) {
     record.faces[i] = {seed, -1, std::numeric_limits<int32_t>::max(), std::numeric_limits<int32_t>::min()};
   record.qermHint = -seed;
   record.isUDC = seed;
-  input.chroma_follows = seed % 2 == 0;
+  input.chroma = ChromaPlace{seed % 3};
   input.after_process = seed % 2 == 1;
   input.nv21.assign(static_cast<size_t>(record.stride == 0 ? 6 : 8) * 7, static_cast<uint8_t>(seed));
   return input;
@@ -64,7 +64,7 @@ void expect_frame(const BundleReader& bundle, int index, const FrameInput& input
   const FrameInput read = bundle.input(index);
   EXPECT_EQ(std::memcmp(&read.record, &input.record, sizeof read.record), 0);
   EXPECT_EQ(read.nv21, input.nv21);
-  EXPECT_EQ(read.chroma_follows, input.chroma_follows);
+  EXPECT_EQ(read.chroma, input.chroma);
   EXPECT_EQ(read.has_planes, input.has_planes);
   EXPECT_EQ(read.after_process, input.after_process);
   EXPECT_EQ(read.later, input.later);
@@ -228,7 +228,7 @@ TEST_F(BundleTest, ABundleOfTheFirstVersionIsRead) {
   input.record.faces[0] = {1, 2, 3, 4};
   input.record.qermHint = 5;
   input.record.isUDC = 1;
-  input.chroma_follows = false;
+  input.chroma = ChromaPlace::kApart;
   input.nv21 = {'l', 'u', 'm', 'a', 'V', 'U', 'V', 'U'};
   FrameOutput output;
   output.process_result = -1;

@@ -1,6 +1,7 @@
 /// The workstation's stand-ins: the neural runtime (with tiny models of its own), the log, the properties.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <memory>
@@ -160,6 +161,38 @@ TEST_F(RuntimeTest, ExecuteRefusesInputsThatDoNotFit) {
     expect_one_line(errors_, {"the run failed"});
   }
   EXPECT_EQ(execute({{picture.data(), {1, 8, 8, 3}}}), 0) << "a refused run must not break the session";
+}
+
+/// The made-up portrait row by row, as the label that each cell shows: hair, face, body.
+TEST_F(RuntimeTest, TheFixedEngineAnswersWithItsPortrait) {
+  const ScopedVariable fixed("VEXA_ENGINE", "fixed");
+  ASSERT_EQ(open("absent"), 0) << errors_;
+  std::vector<float> picture(256 * 256 * 3);
+  ASSERT_EQ(execute({{picture.data(), {1, 256, 256, 3}}}), 0) << errors_;
+  ASSERT_EQ(outputs_.at(0).shape, (std::vector<int32_t>{1, 64, 64, 5}));
+  const auto* scores = static_cast<const float*>(outputs_[0].data);
+  const auto row = [&](int y) {
+    std::string labels;
+    for (int x = 0; x < 64; ++x) {
+      const float* cell = scores + (y * 64 + x) * 5;
+      labels += static_cast<char>('0' + (std::max_element(cell, cell + 5) - cell));
+    }
+    return labels;
+  };
+  const auto run = [](size_t count, char label) { return std::string(count, label); };
+  EXPECT_EQ(row(6), run(64, '0'));
+  EXPECT_EQ(row(7), run(29, '0') + run(6, '1') + run(29, '0'));
+  EXPECT_EQ(row(23), run(21, '0') + run(3, '1') + run(16, '2') + run(3, '1') + run(21, '0'));
+  EXPECT_EQ(row(60), run(12, '0') + run(40, '4') + run(12, '0'));
+  EXPECT_EQ(std::vector<float>(scores, scores + 5), (std::vector<float>{8, -6, -6, -9, -6}));
+  const float* face = scores + (23 * 64 + 32) * 5;
+  EXPECT_EQ(std::vector<float>(face, face + 5), (std::vector<float>{-6, -6, 8, -9, -6}));
+
+  ASSERT_EQ(execute({{picture.data(), {1, 128, 128, 3}}}), 0) << errors_;
+  EXPECT_EQ(outputs_.at(0).shape, (std::vector<int32_t>{1, 32, 32, 5}));
+  EXPECT_EQ(static_cast<const float*>(outputs_[0].data)[(30 * 32 + 16) * 5 + 4], 8) << "the body";
+  EXPECT_NE(execute({{picture.data(), {1, 64, 64, 3}}}), 0);
+  expect_one_line(errors_, {"fits neither model"});
 }
 
 TEST(Runtime, DestroyingNoSessionIsHarmless) { DestroyVexaSession(nullptr); }

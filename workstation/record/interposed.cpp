@@ -6,8 +6,10 @@
 #include <vector>
 
 #include <morvale/core/export.h>
+#include <morvale/core/globals.h>
 #include <morvale/core/morvale_core.h>
 #include <morvale/core/vexa_runtime.h>
+#include "core/scores.h"
 #include "record/next_symbol.h"
 #include "record/recorder.h"
 
@@ -37,7 +39,9 @@ class RecordingSession final : public vexa::VexaSession {
     const Clock::time_point start = Clock::now();
     const int32_t result = real_->execute(inputs, outputs);
     const std::chrono::duration<double, std::milli> elapsed = Clock::now() - start;
-    const bool gave_scores = result == 0 && !outputs.empty();
+    const int64_t side = pad_size / 4;
+    const bool gave_scores =
+        result == 0 && !outputs.empty() && morvale::holds_all_scores(outputs[0], side * side * kLabels);
     recorder().executed(result, gave_scores ? static_cast<const float*>(outputs[0].data) : nullptr, pad_size,
                         elapsed.count());
     return result;

@@ -1,5 +1,7 @@
 #include "record/recorder.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -11,7 +13,9 @@
 
 #include <morvale/core/globals.h>
 #include "core/frame.h"
+#include "record/file_limit.h"
 #include "record/next_symbol.h"
+#include "session/frame_files.h"
 
 namespace morvale::record {
 namespace {
@@ -51,6 +55,28 @@ session::LaterRecord shared_part(const MorvaleData_t& record) {
   return {record.cameraType, record.width, record.height, record.stride, record.yPlane != nullptr};
 }
 
+/// Whether Morvale_process will look at the frame's planes. Those of other frames need not be mapped.
+bool will_be_read(const MorvaleCore& core, const MorvaleData_t& record) {
+  const bool ready = core.status != -1 && core.status != 1 && core.status != 2;
+  return ready && !(record.gateLevel > kGateLimit);
+}
+
+session::ChromaPlace chroma_place(const MorvaleData_t& record) {
+  using enum session::ChromaPlace;
+  if (record.uvPlane == record.yPlane) return kFound;
+  return record.uvPlane == record.yPlane + luma_plane_bytes(record) ? kBehind : kApart;
+}
+
+/// Copies what of the planes may be read to where the recorded pixels have it; what lies between is zero.
+void copy_pixels(const Frame& frame, session::FrameInput& input) {
+  std::vector<uint8_t>& pixels = input.nv21;
+  pixels.resize(session::pixel_bytes(input));
+  auto rest = std::copy(frame.luma.data, frame.luma.end, pixels.begin());
+  if (input.chroma == session::ChromaPlace::kApart)
+    rest = std::copy(frame.chroma.data, frame.chroma.end, rest);
+  std::fill(rest, pixels.end(), uint8_t{0});
+}
+
 }  // namespace
 
 Recorder& recorder() {
@@ -61,6 +87,10 @@ Recorder& recorder() {
 
 template <class Step>
 void Recorder::guarded(Step step) noexcept {
+  if (recording_ && owner_ != getpid()) {  // behind a fork: the files are the parent's
+    recording_ = frame_open_ = false;
+    writer_.reset();
+  }
   if (!recording_) return;
   const auto stop = [&](const char* reason) {
     recording_ = frame_open_ = false;
@@ -82,6 +112,7 @@ void Recorder::guarded(Step step) noexcept {
 void Recorder::session_begins(const MorvaleCore& core) noexcept {
   session_ends(core);  // a caller may begin anew without having ended
   recording_ = true;
+  owner_ = getpid();
   guarded([&] {
     if (setting("VEXA_RECORD_DIR").empty()) throw BundleError("VEXA_RECORD_DIR is not set");
     keep_pixels_ = setting("VEXA_RECORD_FRAMES") != "0";
@@ -93,7 +124,7 @@ void Recorder::frame_begins(const MorvaleCore& core) noexcept {
   guarded([&] {
     if (frame_open_) write(core, core.result);
     if (core.inputData == nullptr) return;
-    take_frame(*core.inputData);
+    take_frame(core);
     output_.process_result = 0;
     output_.execute_result.reset();
     output_.network_ms.reset();
@@ -104,30 +135,19 @@ void Recorder::frame_begins(const MorvaleCore& core) noexcept {
 }
 
 /// Takes the pixels before the library runs: it may draw into the luma plane.
-void Recorder::take_frame(const MorvaleData_t& record) {
+void Recorder::take_frame(const MorvaleCore& core) {
+  const MorvaleData_t& record = *core.inputData;
   input_.record = record;
   input_.has_planes = record.yPlane != nullptr && record.uvPlane != nullptr;
+  input_.chroma = chroma_place(record);
   input_.after_process = false;
   input_.later.reset();
-  input_.chroma_follows = true;
-  if (!usable_frame(record)) {
+  const std::optional<Frame> frame = usable_frame(record);
+  if (keep_pixels_ && frame && will_be_read(core, record)) {
+    copy_pixels(*frame, input_);
+  } else {
     input_.nv21.clear();
-    return;
   }
-  const size_t stride = static_cast<size_t>(row_bytes(record)), height = static_cast<size_t>(record.height);
-  const uint8_t* luma_end = record.yPlane + stride * height;
-  const uint8_t* chroma = record.uvPlane == record.yPlane ? luma_end : record.uvPlane;
-  input_.chroma_follows = chroma == luma_end;
-  if (!keep_pixels_) {
-    input_.nv21.clear();
-    return;
-  }
-  // Chroma rows lie `width` bytes apart whatever the stride is, and nothing behind them may be read.
-  const size_t chroma_bytes = static_cast<size_t>(record.width) * (height / 2);
-  input_.nv21.resize(stride * (height + height / 2));
-  const auto rest =
-      std::copy_n(chroma, chroma_bytes, std::copy_n(record.yPlane, stride * height, input_.nv21.begin()));
-  std::fill(rest, input_.nv21.end(), uint8_t{0});
 }
 
 void Recorder::executed(int32_t result, const float* scores, int32_t pad_size, double milliseconds) noexcept {
@@ -180,6 +200,7 @@ void Recorder::session_ends(const MorvaleCore& core) noexcept {
 
 void Recorder::write(const MorvaleCore& core, const PersonWholeMeta& result) {
   frame_open_ = false;
+  const FileLimitHeldBack while_writing;
   if (writer_ == nullptr) open_bundle(core);
   output_.result = result;
   input_.record.yPlane = input_.record.uvPlane = nullptr;

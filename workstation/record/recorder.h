@@ -5,8 +5,11 @@
 ///   VEXA_RECORD_LABELS=1  keeps the label maps
 ///
 /// Nothing here throws or changes what the library does. When something cannot be recorded, one line on
-/// standard error says so and the session's recording ends; the bundle stays as far as it got.
+/// standard error says so and the session's recording ends; the bundle stays as far as it got. A session
+/// belongs to the process that began it: a fork's child does not go on with it.
 #pragma once
+
+#include <sys/types.h>
 
 #include <cstdint>
 #include <memory>
@@ -30,13 +33,14 @@ class Recorder {
  private:
   template <class Step>
   void guarded(Step step) noexcept;
-  void take_frame(const MorvaleData_t& record);
+  void take_frame(const MorvaleCore& core);
   void take_label_map(const MorvaleCore& core);
   void write(const MorvaleCore& core, const PersonWholeMeta& result);
   void open_bundle(const MorvaleCore& core);
 
   bool recording_ = false;  ///< a session is on and nothing has failed in it
   bool frame_open_ = false;
+  pid_t owner_ = 0;    ///< the process that the session belongs to
   bool told_ = false;  ///< the one line has been written
   bool keep_pixels_ = true, keep_labels_ = false;
   session::FrameInput input_;  ///< kept from frame to frame for its memory

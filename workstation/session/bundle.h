@@ -48,15 +48,24 @@ struct LaterRecord {
   bool operator==(const LaterRecord&) const = default;
 };
 
+/// Where the caller had the chroma plane.
+enum class ChromaPlace {
+  kFound,   ///< uvPlane was equal to yPlane: the stride leads there
+  kBehind,  ///< uvPlane pointed directly behind the luma plane
+  kApart,   ///< uvPlane pointed elsewhere
+};
+
 /// One camera frame as delivered: the caller's record without its pointers, and its pixels when they are
-/// kept. Rows are record.stride bytes, or record.width where that is 0.
+/// kept.
 struct FrameInput {
-  MorvaleData_t record{};            ///< yPlane and uvPlane are null; faces up to faceCount
-  bool chroma_follows = true;        ///< uvPlane was equal to yPlane, or lay directly behind the luma plane
+  MorvaleData_t record{};  ///< yPlane and uvPlane are null; faces up to faceCount
+  ChromaPlace chroma = ChromaPlace::kFound;
   bool has_planes = true;            ///< neither plane pointer was null
   bool after_process = true;         ///< the caller called Morvale_core_afterProcss for this frame
   std::optional<LaterRecord> later;  ///< absent: Morvale_core_afterProcss saw what Morvale_process had seen
-  std::vector<uint8_t> nv21;  ///< height rows of stride bytes, then height / 2 chroma rows; empty: not kept
+  /// Luma rows, then chroma rows, of record.stride bytes each (docs/session-bundle.md for strides that are no
+  /// row length); empty: not kept.
+  std::vector<uint8_t> nv21;
 
   /// The camera whose analysis wrote the frame's record.
   int32_t analysed_camera_type() const { return later ? later->camera_type : record.cameraType; }
@@ -77,7 +86,7 @@ struct FrameOutput {
 /// crash loses at most the frame that was being written.
 class BundleWriter {
  public:
-  /// Makes the folder, which must not exist or be empty. Throws BundleError.
+  /// Makes the folder, which must not exist or be empty. Throws BundleError, and then leaves none.
   BundleWriter(const std::filesystem::path& folder, const SessionInfo& info);
   ~BundleWriter();
   BundleWriter(const BundleWriter&) = delete;

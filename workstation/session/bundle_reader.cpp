@@ -110,7 +110,7 @@ struct BundleReader::Files {
 
   void check_frame(size_t index) {
     FrameLine& line = frames[index];
-    if (!line.pixels.empty()) expect_size(index, line.pixels, pixel_bytes(line.input.record));
+    if (!line.pixels.empty()) expect_size(index, line.pixels, pixel_bytes(line.input));
     if (!line.labels.empty()) {
       const uintmax_t size = sized(index, line.labels);
       if (!is_label_map(info, size))

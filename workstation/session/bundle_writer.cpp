@@ -18,13 +18,12 @@ void make_folder(const fs::path& folder) {
   if (error) throw BundleError(folder.string() + ": cannot be made: " + error.message());
 }
 
-fs::path new_folder(const fs::path& folder) {
+void new_folder(const fs::path& folder) {
   make_folder(folder);
   std::error_code error;
   const bool empty = fs::is_empty(folder, error);
   if (error) throw BundleError(folder.string() + ": " + error.message());
   if (!empty) throw BundleError(folder.string() + ": is not empty; a bundle needs a folder of its own");
-  return folder;
 }
 
 std::string numbered(const char* format, int index) {
@@ -60,10 +59,7 @@ struct BundleWriter::Files {
   bool whole = true;  ///< no frame is half-written
 
   Files(const fs::path& path, const SessionInfo& session)
-      : folder(new_folder(path)),
-        info(session),
-        metadata(folder / kMetadataFile),
-        records(folder / kRecordsFile) {
+      : folder(path), info(session), metadata(folder / kMetadataFile), records(folder / kRecordsFile) {
     make_folder(folder / "frames");
     make_folder(folder / "logits");
     const std::string text = session_text(info);
@@ -76,7 +72,7 @@ struct BundleWriter::Files {
 
   void check(const FrameInput& input, const FrameOutput& output) const {
     const std::string frame = folder.string() + ": frame " + std::to_string(count) + ": ";
-    if (!input.nv21.empty() && input.nv21.size() != pixel_bytes(input.record)) {
+    if (!input.nv21.empty() && input.nv21.size() != pixel_bytes(input)) {
       throw BundleError(frame + std::to_string(input.nv21.size()) + " bytes of pixels do not fit its size");
     }
     if (!output.logits.empty() && output.logits.size() != logit_count(info)) {
@@ -91,7 +87,7 @@ struct BundleWriter::Files {
 
   FrameLine write_files(const FrameInput& input, const FrameOutput& output) {
     FrameLine line;
-    line.input = {input.record, input.chroma_follows, input.has_planes, input.after_process, input.later, {}};
+    line.input = {input.record, input.chroma, input.has_planes, input.after_process, input.later, {}};
     line.process_result = output.process_result;
     line.execute_result = output.execute_result;
     if (output.network_ms && std::isfinite(*output.network_ms)) line.network_ms = output.network_ms;
@@ -114,12 +110,16 @@ struct BundleWriter::Files {
   }
 };
 
-BundleWriter::BundleWriter(const fs::path& folder, const SessionInfo& info) try
-    : files_(std::make_unique<Files>(folder, info)) {
-} catch (const BundleError&) {
-  throw;
-} catch (const std::exception& error) {
-  throw BundleError(folder.string() + ": " + error.what());
+BundleWriter::BundleWriter(const fs::path& folder, const SessionInfo& info) {
+  new_folder(folder);
+  try {
+    files_ = std::make_unique<Files>(folder, info);
+  } catch (const std::exception& error) {
+    std::error_code ignored;
+    fs::remove_all(folder, ignored);  // a folder without a session would stop whoever replays all of them
+    if (dynamic_cast<const BundleError*>(&error) != nullptr) throw;
+    throw BundleError(folder.string() + ": " + error.what());
+  }
 }
 
 BundleWriter::~BundleWriter() = default;

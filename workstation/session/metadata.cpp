@@ -114,6 +114,26 @@ void read_faces(const Json& faces, MorvaleData_t& record) {
   }
 }
 
+constexpr std::pair<ChromaPlace, const char*> kChromaPlaces[] = {
+    {ChromaPlace::kFound, "found"}, {ChromaPlace::kBehind, "behind"}, {ChromaPlace::kApart, "apart"}};
+
+const char* chroma_text(ChromaPlace place) {
+  return std::find_if(std::begin(kChromaPlaces), std::end(kChromaPlaces),
+                      [&](const auto& known) { return known.first == place; })
+      ->second;
+}
+
+/// Version 1 had "chroma_follows" only: true also where a pointer led to where the stride leads.
+ChromaPlace read_chroma(const Json& json) {
+  if (!json.contains("chroma"))
+    return bool_at(json, "chroma_follows") ? ChromaPlace::kFound : ChromaPlace::kApart;
+  const std::string text = string_at(json, "chroma");
+  for (const auto& [place, name] : kChromaPlaces) {
+    if (text == name) return place;
+  }
+  refuse("\"chroma\" is none of \"found\", \"behind\", \"apart\"");
+}
+
 Json later_json(const LaterRecord& later) {
   return {{"camera_type", later.camera_type},
           {"width", later.width},
@@ -176,7 +196,7 @@ std::string frame_text(int index, const FrameLine& line) {
             {"qerm_hint", record.qermHint},
             {"is_udc", record.isUDC},
             {"has_planes", line.input.has_planes},
-            {"chroma_follows", line.input.chroma_follows},
+            {"chroma", chroma_text(line.input.chroma)},
             {"after_process", line.input.after_process},
             {"process", line.process_result}};
   if (line.input.later) json["later"] = later_json(*line.input.later);
@@ -203,7 +223,7 @@ FrameLine parse_frame(int index, const std::string& text) {
   record.qermHint = int32_at(json, "qerm_hint");
   record.isUDC = int32_at(json, "is_udc");
   line.input.has_planes = bool_at(json, "has_planes");
-  line.input.chroma_follows = bool_at(json, "chroma_follows");
+  line.input.chroma = read_chroma(json);
   line.input.after_process = bool_at(json, "after_process");
   if (json.contains("later")) line.input.later = read_later(json["later"]);
   line.process_result = int32_at(json, "process");

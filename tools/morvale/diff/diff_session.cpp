@@ -90,7 +90,7 @@ std::vector<SessionNote> compare_sessions(const RecordSource& a, const RecordSou
   return {compare_infos(a.bundle->info(), b.bundle->info(), frames),
           compare_lines("inputs", a, b,
                         {"camera_type", "width", "height", "stride", "gate_level", "face_count", "faces",
-                         "qerm_hint", "is_udc", "has_planes", "chroma_follows", "after_process", "later"}),
+                         "qerm_hint", "is_udc", "has_planes", "chroma", "after_process", "later"}),
           compare_lines("calls", a, b, {"process", "execute"}),
           compare_files("pixels", a, b, &FrameLine::pixels, pixels),
           compare_files("scores", a, b, &FrameLine::logits, scores),

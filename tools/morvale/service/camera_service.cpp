@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <limits>
+#include <memory>
 
 #include "common/command.h"
 #include "host/log_observer.h"
@@ -13,6 +14,8 @@ namespace tool {
 namespace {
 
 namespace fs = std::filesystem;
+using morvale::session::ChromaPlace;
+using morvale::session::FrameInput;
 
 constexpr int32_t kBackCamera = 0;
 
@@ -38,14 +41,11 @@ std::vector<uint8_t> analysed_label_map(Camera camera, const Geometry& geometry)
   return {slot, slot + geometry.net_size * geometry.seg_factor * morvale::kLabels};
 }
 
-/// Bytes of a frame that the library may read, or draw into: also a luma plane whose rows overlap, which it
-/// does not analyse, gets the debug drawings of the map before. At least 1.
-size_t touched_bytes(const MorvaleData_t& record) {
-  constexpr uint64_t kMost = std::numeric_limits<int32_t>::max();
-  const int64_t stride = morvale::session::row_bytes(record), height = record.height;
-  const uint64_t read = morvale::session::pixel_bytes(record);
-  const uint64_t drawn = stride > 0 && height > 0 ? static_cast<uint64_t>(stride * height) : 0;
-  return std::max({uint64_t{1}, read <= kMost ? read : 0, drawn <= kMost ? drawn : 0});
+/// Bytes of a frame that the library may read or draw into. At least 1.
+size_t touched_bytes(const FrameInput& input) {
+  const uint64_t read = morvale::session::pixel_bytes(input);
+  const bool readable = read <= uint64_t{std::numeric_limits<int32_t>::max()};
+  return std::max({uint64_t{1}, readable ? read : 0, uint64_t(morvale::session::luma_bytes(input.record))});
 }
 
 std::string environment(const char* name) {
@@ -148,19 +148,20 @@ FrameReport CameraService::analyze(const Frame& frame, const std::vector<FaceRec
   return run(/*after_process=*/true);
 }
 
-FrameReport CameraService::replay(const morvale::session::FrameInput& input) {
+FrameReport CameraService::replay(const FrameInput& input) {
   constexpr uint8_t kGrey = 128;
   data_ = input.record;
   planes_ = input.nv21;
-  // A frame that the library refuses has no pixels in the recording and none here.
-  if (planes_.empty()) planes_.assign(touched_bytes(data_), kGrey);
+  // A frame whose pixels the library does not read has none in the recording.
+  if (planes_.empty()) planes_.assign(touched_bytes(input), kGrey);
   data_.yPlane = data_.uvPlane = input.has_planes ? planes_.data() : nullptr;
-  if (input.has_planes && !input.chroma_follows) {
-    const int64_t luma = int64_t{morvale::session::row_bytes(data_)} * data_.height;
+  if (input.has_planes && input.chroma != ChromaPlace::kFound) {
     // A size that is none must not lead out of the planes; nor may the chroma pointer become null.
-    chroma_.assign(planes_.begin() + std::clamp<int64_t>(luma, 0, std::ssize(planes_)), planes_.end());
+    const auto luma_end =
+        planes_.begin() + std::min(morvale::session::luma_bytes(data_), std::ssize(planes_));
+    chroma_.assign(luma_end, planes_.end());
     chroma_.push_back(kGrey);
-    data_.uvPlane = chroma_.data();
+    data_.uvPlane = input.chroma == ChromaPlace::kBehind ? std::to_address(luma_end) : chroma_.data();
   }
   return run(input.after_process, input.later);
 }
@@ -171,7 +172,7 @@ void CameraService::change_record(const morvale::session::LaterRecord& later) {
   data_.width = later.width;
   data_.height = later.height;
   data_.stride = later.stride;
-  later_.assign(later.has_luma ? touched_bytes(data_) : 0, 0);
+  later_.assign(1 + static_cast<size_t>(VISUALDEBUG >= 1 ? morvale::session::luma_bytes(data_) : 0), 0);
   data_.yPlane = later.has_luma ? later_.data() : nullptr;
 }
 
