@@ -167,7 +167,7 @@ class Bundles(InFolder):
         self.assertEqual((data["comparison"]["index"], data["comparison"]["field"]), (2, "humanRatio"))
         self.assertEqual(data["geometries"], [
             {"width": 320, "height": 240, "stride": 320, "padSize": 256, "netSize": 64, "shrunkWidth": 256,
-             "shrunkHeight": 192, "segFactor": 48, "scaleRatio": 1.25}])
+             "shrunkHeight": 192, "segFactor": 48, "scaleRatio": 1.25, "notes": []}])
         self.assertEqual(len(data["pictures"]), self.FRAMES)
         done = morvale("diff", a / "records.bin", b, "--report", self.folder / "bare")
         self.assertEqual((done.returncode, done.stderr.count(b"\n"), b"report.html" in done.stderr), (1, 1, True))
