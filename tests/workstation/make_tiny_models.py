@@ -13,7 +13,7 @@ from onnx import TensorProto, helper, numpy_helper
 INPUT, OUTPUT = "MobilenetV2/MobilenetV2/input:0", "logits/semantic/BiasAdd:0"
 
 
-def save(path, input_shape=(1, 8, 8, 3), cell=4, labels=5, input_name=INPUT, output_name=OUTPUT,
+def save(path, input_shape=(1, 128, 128, 3), cell=4, labels=5, input_name=INPUT, output_name=OUTPUT,
          declared_cell=None):
     """Averages cells of the picture; label k gets (k + 1) times red plus k."""
     weights = np.zeros((labels, 3, 1, 1), np.float32)
@@ -40,14 +40,18 @@ def save(path, input_shape=(1, 8, 8, 3), cell=4, labels=5, input_name=INPUT, out
 
 def main(folder):
     folder.mkdir(parents=True, exist_ok=True)
-    save(folder / "oblong_input.onnx", input_shape=(1, 8, 16, 3))
-    save(folder / "batch_of_two.onnx", input_shape=(2, 8, 8, 3))
+    save(folder / "oblong_input.onnx", input_shape=(1, 128, 256, 3))
+    save(folder / "batch_of_two.onnx", input_shape=(2, 128, 128, 3))
+    save(folder / "small.onnx", input_shape=(1, 8, 8, 3))
+    save(folder / "giant.onnx", input_shape=(1, 33920, 33920, 3))  # one run takes 13.8 GB
     save(folder / "coarse_output.onnx", cell=8)
     save(folder / "six_labels.onnx", labels=6)
     save(folder / "input_name.onnx", input_name="picture:0")
     save(folder / "output_name.onnx", output_name="scores:0")
     save(folder / "untrue_output.onnx", cell=8, declared_cell=4)
     (folder / "garbage.onnx").write_bytes(b"no model at all\n" * 100)
+    with open(folder / "longest.onnx", "wb") as sparse:
+        sparse.truncate((256 << 20) + 1)
     save(folder / "whole.onnx")
     (folder / "cut_off.onnx").write_bytes((folder / "whole.onnx").read_bytes()[:300])
     (folder / "whole.onnx").rename(folder / "good.onnx")  # last: the build takes it as the sign that all are there

@@ -84,14 +84,16 @@ class RuntimeTest : public testing::Test {
   std::string errors_;
 };
 
-using Picture = std::array<float, 8 * 8 * 3>;
+constexpr size_t kSide = 128;
+using Picture = std::vector<float>;
+const Picture kBlack(kSide* kSide * 3);
 
-/// Red is `left` in columns 0..3 and `right` in columns 4..7; green and blue would show in any mix-up of
+/// Red is `left` in the left half and `right` in the right one; green and blue would show in any mix-up of
 /// axes.
 Picture two_halves(float left, float right) {
-  Picture picture;
+  Picture picture(kBlack.size());
   for (size_t i = 0; i < picture.size(); ++i) {
-    picture[i] = i % 3 != 0 ? 100.0f : i / 3 % 8 < 4 ? left : right;
+    picture[i] = i % 3 != 0 ? 100.0f : i / 3 % kSide < kSide / 2 ? left : right;
   }
   return picture;
 }
@@ -100,37 +102,37 @@ TEST_F(RuntimeTest, RunsAModelCellByCellWithLabelsInnermost) {
   ASSERT_EQ(open("good"), 0) << errors_;
   EXPECT_EQ(errors_, "");
   Picture picture = two_halves(1, -1);
-  ASSERT_EQ(execute({{picture.data(), {1, 8, 8, 3}, 0, 1}}), 0) << errors_;
+  ASSERT_EQ(execute({{picture.data(), {1, 128, 128, 3}, 0, 1}}), 0) << errors_;
   ASSERT_EQ(outputs_.size(), 1u);
-  EXPECT_EQ(outputs_[0].shape, (std::vector<int32_t>{1, 2, 2, 5}));
+  EXPECT_EQ(outputs_[0].shape, (std::vector<int32_t>{1, 32, 32, 5}));
   const float* scores = static_cast<const float*>(outputs_[0].data);
-  const std::vector<float> row{1,  3,  5,  7,  9,
-                               -1, -1, -1, -1, -1};  // (k + 1) * red + k for k = 0..4, two cells
-  EXPECT_EQ(std::vector<float>(scores, scores + 10), row);
-  EXPECT_EQ(std::vector<float>(scores + 10, scores + 20), row);
+  const std::vector<float> seam{1,  3,  5,  7,  9,
+                                -1, -1, -1, -1, -1};  // (k + 1) * red + k for k = 0..4, two cells
+  for (const int row : {0, 31}) {
+    const float* cells = scores + (row * 32 + 15) * 5;
+    EXPECT_EQ(std::vector<float>(cells, cells + 10), seam) << row;
+  }
 }
 
 TEST_F(RuntimeTest, OutputLivesUntilTheNextRunAndASecondRunSeesItsOwnInput) {
   ASSERT_EQ(open("good"), 0) << errors_;
   Picture first = two_halves(1, -1), second = two_halves(2, 0);
-  ASSERT_EQ(execute({{first.data(), {1, 8, 8, 3}}}), 0);
-  first.fill(0);
+  ASSERT_EQ(execute({{first.data(), {1, 128, 128, 3}}}), 0);
+  first = kBlack;
   EXPECT_EQ(static_cast<const float*>(outputs_[0].data)[4], 9.0f);
-  ASSERT_EQ(execute({{second.data(), {1, 8, 8, 3}}}), 0);
+  ASSERT_EQ(execute({{second.data(), {1, 128, 128, 3}}}), 0);
   EXPECT_EQ(static_cast<const float*>(outputs_[0].data)[4], 14.0f);
 }
 
 TEST_F(RuntimeTest, OpenRefusesModelsThatDoNotFit) {
-  const std::vector<std::pair<std::string, std::string>> cases{{"absent", "no model file"},
-                                                               {"garbage", "not an ONNX model"},
-                                                               {"oblong_input", "1x8x16x3"},
-                                                               {"batch_of_two", "2x8x8x3"},
-                                                               {"coarse_output", "1x1x1x5"},
-                                                               {"six_labels", "1x2x2x6"},
-                                                               {"untrue_output", "1x1x1x5"},
-                                                               {"cut_off", "not an ONNX model"},
-                                                               {"input_name", "no tensor MobilenetV2"},
-                                                               {"output_name", "no tensor logits"}};
+  const std::vector<std::pair<std::string, std::string>> cases{
+      {"absent", "no model file"},        {"garbage", "not an ONNX model"},
+      {"longest", "larger than 256 MiB"}, {"oblong_input", "1x128x256x3"},
+      {"batch_of_two", "2x128x128x3"},    {"small", "1x8x8x3, not 1x256x256x3 or"},
+      {"giant", "1x33920x33920x3"},       {"coarse_output", "1x16x16x5"},
+      {"six_labels", "1x32x32x6"},        {"untrue_output", "1x16x16x5"},
+      {"cut_off", "not an ONNX model"},   {"input_name", "no tensor MobilenetV2"},
+      {"output_name", "no tensor logits"}};
   for (const auto& [model, reason] : cases) {
     EXPECT_EQ(open(model), 1) << model;
     expect_one_line(errors_, {TINY_MODELS "/" + model + ".onnx", reason, "./dev network"});
@@ -140,27 +142,27 @@ TEST_F(RuntimeTest, OpenRefusesModelsThatDoNotFit) {
     EXPECT_EQ(open("good"), 1);
     expect_one_line(errors_, {"good.onnx", "VEXA_MODEL_DIR", "./dev network"});
   }
-  Picture picture{};
-  EXPECT_NE(execute({{picture.data(), {1, 8, 8, 3}}}), 0) << "a session that never opened must not run";
+  Picture picture = kBlack;
+  EXPECT_NE(execute({{picture.data(), {1, 128, 128, 3}}}), 0) << "a session that never opened must not run";
   EXPECT_EQ(open("good"), 0) << "an earlier failure must not stick: " << errors_;
 }
 
 TEST_F(RuntimeTest, ExecuteRefusesInputsThatDoNotFit) {
   ASSERT_EQ(open("good"), 0) << errors_;
-  Picture picture{};
+  Picture picture = kBlack;
   const std::vector<std::pair<std::string, std::vector<vexa::DataBuffer>>> cases{
       {"no input", {}},
-      {"two inputs", {{picture.data(), {1, 8, 8, 3}}, {picture.data(), {1, 8, 8, 3}}}},
-      {"null data", {{nullptr, {1, 8, 8, 3}}}},
+      {"two inputs", {{picture.data(), {1, 128, 128, 3}}, {picture.data(), {1, 128, 128, 3}}}},
+      {"null data", {{nullptr, {1, 128, 128, 3}}}},
       {"no shape", {{picture.data(), {}}}},
-      {"a larger picture than the buffer", {{picture.data(), {1, 16, 16, 3}}}},
-      {"a smaller picture", {{picture.data(), {1, 4, 4, 3}}}}};
+      {"a larger picture than the buffer", {{picture.data(), {1, 256, 256, 3}}}},
+      {"a smaller picture", {{picture.data(), {1, 64, 64, 3}}}}};
   for (const auto& [what, inputs] : cases) {
     EXPECT_NE(execute(inputs), 0) << what;
     EXPECT_TRUE(outputs_.empty()) << what;
     expect_one_line(errors_, {"the run failed"});
   }
-  EXPECT_EQ(execute({{picture.data(), {1, 8, 8, 3}}}), 0) << "a refused run must not break the session";
+  EXPECT_EQ(execute({{picture.data(), {1, 128, 128, 3}}}), 0) << "a refused run must not break the session";
 }
 
 /// The made-up portrait row by row, as the label that each cell shows: hair, face, body.

@@ -3,6 +3,7 @@
 #include <iterator>
 #include <opencv2/core/utils/logger.hpp>
 #include <opencv2/dnn.hpp>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -13,8 +14,6 @@
 
 namespace morvale::runtime {
 namespace {
-
-using Shape = std::vector<int32_t>;
 
 /// OpenCV reports a fault on standard error before it throws; the session's own line is to stand alone.
 class QuietOpenCv {
@@ -39,32 +38,32 @@ std::string to_text(const Shape& shape) {
 Shape shape_of(const cv::Mat& values) { return {values.size.p, values.size.p + values.dims}; }
 
 std::string read_file(const std::filesystem::path& path) {
+  constexpr uintmax_t kMostBytes = 256 << 20;  // the workstation's network has 16 MB
+  if (std::filesystem::file_size(path) > kMostBytes) throw std::runtime_error("it is larger than 256 MiB");
   std::ifstream file(path, std::ios::binary);
   std::string content(std::istreambuf_iterator<char>(file), {});
   if (!file || content.empty()) throw std::runtime_error("it cannot be read");
   return content;
 }
 
-const Shape& shape_of_tensor(const std::vector<TensorSignature>& tensors, const std::string& name) {
-  for (const TensorSignature& tensor : tensors) {
-    if (tensor.name == name) return tensor.shape;
-  }
-  throw std::runtime_error("it has no tensor " + name);
+const Shape& found(const std::optional<Shape>& shape, const std::string& name) {
+  if (!shape) throw std::runtime_error("it has no tensor " + name);
+  return *shape;
 }
 
-/// The shape that the model declares for its input, if that and its output's are what a session gives and
-/// takes.
-Shape fitting_input(const OnnxSignature& model, const std::string& input_name,
-                    const std::string& output_name) {
-  const Shape& in = shape_of_tensor(model.inputs, input_name);
-  const Shape& out = shape_of_tensor(model.outputs, output_name);
-  const int32_t side = in.size() == 4 ? in[1] : 0;
-  if (side < 4 || side % 4 != 0 || in != Shape{1, side, side, 3}) {
-    throw std::runtime_error("it takes " + to_text(in) + ", not 1xPxPx3");
+/// The shape that the model declares for its input, if that and its output's are those of one of the
+/// library's two models. Asked before the model is loaded: any other shape could take any amount of memory.
+Shape fitting_input(const std::string& file, const std::string& input_name, const std::string& output_name) {
+  const OnnxSignature model = read_onnx_signature(file, input_name, output_name);
+  const Shape& in = found(model.input, input_name);
+  const Shape& out = found(model.output, output_name);
+  for (const int32_t side : {256, 128}) {
+    if (in != Shape{1, side, side, 3}) continue;
+    const Shape expected{1, side / 4, side / 4, kLabels};
+    if (out == expected) return in;
+    throw std::runtime_error("it gives " + to_text(out) + ", not " + to_text(expected));
   }
-  const Shape expected{1, side / 4, side / 4, morvale::kLabels};
-  if (out != expected) throw std::runtime_error("it gives " + to_text(out) + ", not " + to_text(expected));
-  return in;
+  throw std::runtime_error("it takes " + to_text(in) + ", not 1x256x256x3 or 1x128x128x3");
 }
 
 class OnnxEngine final : public Engine {
@@ -73,7 +72,7 @@ class OnnxEngine final : public Engine {
             const std::string& output_name) override {
     const QuietOpenCv quiet;
     const std::string file = read_file(model);
-    input_shape_ = fitting_input(read_onnx_signature(file), input_name, output_name);
+    input_shape_ = fitting_input(file, input_name, output_name);
     input_name_ = input_name;
     output_name_ = output_name;
     net_ = cv::dnn::readNetFromONNX(file.data(), file.size());

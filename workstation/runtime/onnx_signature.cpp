@@ -87,29 +87,39 @@ int32_t read_size(std::string_view message) {
   return size;
 }
 
-TensorSignature read_tensor(std::string_view message) {
-  TensorSignature tensor;
-  for_each(message, kValueName, [&](const Field& name) { tensor.name = name.bytes; });
+Shape read_shape(std::string_view message) {
+  constexpr size_t kMostSizes = 8;
+  Shape shape;
+  for_each(message, kShapeSize, [&](const Field& size) {
+    if (shape.size() == kMostSizes) throw std::runtime_error("it is not an ONNX model");
+    shape.push_back(read_size(size.bytes));
+  });
+  return shape;
+}
+
+/// Fills `shape` when `message` declares a tensor of this name.
+void read_tensor(std::string_view message, std::string_view wanted, std::optional<Shape>& shape) {
+  std::string_view name;
+  for_each(message, kValueName, [&](const Field& field) { name = field.bytes; });
+  if (name != wanted) return;
+  shape.emplace();
   for_each(message, kValueType, [&](const Field& type) {
     for_each(type.bytes, kTypeTensor, [&](const Field& kind) {
-      for_each(kind.bytes, kTensorShape, [&](const Field& shape) {
-        for_each(shape.bytes, kShapeSize,
-                 [&](const Field& size) { tensor.shape.push_back(read_size(size.bytes)); });
-      });
+      for_each(kind.bytes, kTensorShape, [&](const Field& field) { shape = read_shape(field.bytes); });
     });
   });
-  return tensor;
 }
 
 }  // namespace
 
-OnnxSignature read_onnx_signature(std::string_view file) {
+OnnxSignature read_onnx_signature(std::string_view file, std::string_view input_name,
+                                  std::string_view output_name) {
   OnnxSignature signature;
   for_each(file, kModelGraph, [&](const Field& graph) {
     for_each(graph.bytes, kGraphInput,
-             [&](const Field& value) { signature.inputs.push_back(read_tensor(value.bytes)); });
+             [&](const Field& value) { read_tensor(value.bytes, input_name, signature.input); });
     for_each(graph.bytes, kGraphOutput,
-             [&](const Field& value) { signature.outputs.push_back(read_tensor(value.bytes)); });
+             [&](const Field& value) { read_tensor(value.bytes, output_name, signature.output); });
   });
   return signature;
 }

@@ -1,25 +1,24 @@
 /// What an ONNX file declares about the tensors that go in and out. OpenCV's reader drops these shapes, so
-/// they are read from the file itself.
+/// they are read from the file itself, and before that reader sees the file: what a model asks for in memory
+/// follows from them.
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <optional>
 #include <string_view>
 #include <vector>
 
 namespace morvale::runtime {
 
-struct TensorSignature {
-  std::string name;
-  std::vector<int32_t> shape;  ///< -1 where the file leaves a size open
-};
+using Shape = std::vector<int32_t>;  ///< -1 where the file leaves a size open
 
 struct OnnxSignature {
-  std::vector<TensorSignature> inputs;
-  std::vector<TensorSignature> outputs;
+  std::optional<Shape> input, output;  ///< absent: the graph declares no such tensor
 };
 
-/// Throws std::runtime_error when `file`, the whole content of the file, is not an ONNX model.
-OnnxSignature read_onnx_signature(std::string_view file);
+/// The shapes of one input and one output, by their names. Throws std::runtime_error when `file`, the whole
+/// content of the file, is not an ONNX model.
+OnnxSignature read_onnx_signature(std::string_view file, std::string_view input_name,
+                                  std::string_view output_name);
 
 }  // namespace morvale::runtime
