@@ -14,12 +14,13 @@ const Palette kPalettes[] = {{paint(150, 170, 176), paint(92, 108, 116), paint(2
 
 void wall(Canvas& canvas, const Palette& palette, uint32_t texture) {
   const float unit = 1.0f / static_cast<float>(canvas.height);
+  RoughNoise coarse(texture), fine(texture + 7);
   const float aspect = static_cast<float>(canvas.width) * unit;
-  for (int y = 0; y < canvas.height; ++y) {
+  for (int y = canvas.top; y < canvas.bottom(); ++y) {
     for (int x = 0; x < canvas.width; ++x) {
       const float u = static_cast<float>(x) * unit, v = static_cast<float>(y) * unit;
-      const float plaster = 0.84f + 0.20f * rough_noise(u * 5.0f, v * 5.0f, texture) +
-                            0.12f * rough_noise(u * 42.0f, v * 42.0f, texture + 7);
+      const float plaster =
+          0.84f + 0.20f * coarse.at(u * 5.0f, v * 5.0f) + 0.12f * fine.at(u * 42.0f, v * 42.0f);
       const float dx = (u - 0.5f * aspect) / aspect, dy = v - 0.5f;
       const float vignette = 1.0f - 0.75f * (dx * dx + dy * dy);
       canvas.light[canvas.index(x, y)] = mix(palette.top, palette.bottom, v) * (plaster * vignette);
@@ -99,7 +100,8 @@ void draw_background(Canvas& canvas, uint64_t seed, const Light& light) {
     default:
       shelves(canvas, random);
   }
-  for (Colour& colour : canvas.light) colour = colour * light.backdrop;
+  const size_t pixels = canvas.index(0, canvas.bottom());
+  for (size_t i = 0; i < pixels; ++i) canvas.light[i] = canvas.light[i] * light.backdrop;
 }
 
 }  // namespace morvale::scene

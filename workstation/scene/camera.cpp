@@ -9,7 +9,9 @@ namespace {
 
 constexpr float kAbsent = -7.0f, kPresent = 8.0f, kNever = -9.0f, kScoreNoise = 0.3f;
 
-uint8_t to_byte(float value) { return static_cast<uint8_t>(std::clamp(value + 0.5f, 0.0f, 255.0f)); }
+uint8_t to_byte(float value) {
+  return static_cast<uint8_t>(static_cast<int>(std::min(std::max(value + 0.5f, 0.0f), 255.0f)));
+}
 
 /// Bright light runs softly into white instead of being cut there.
 uint8_t display(float light) {
@@ -19,38 +21,51 @@ uint8_t display(float light) {
 
 }  // namespace
 
-std::vector<uint8_t> develop(const Canvas& canvas) {
-  std::vector<uint8_t> rgb;
-  rgb.reserve(canvas.light.size() * 3);
-  for (const Colour& c : canvas.light)
-    for (const float channel : {c.r, c.g, c.b}) rgb.push_back(display(channel));
-  return rgb;
+void develop(const Canvas& canvas, std::vector<uint8_t>& rgb) {
+  const size_t channels = 3 * canvas.index(0, canvas.bottom());
+  const float* light = &canvas.light.front().r;
+  uint8_t* out = rgb.data();
+  for (size_t i = 0; i < channels; ++i) out[i] = display(light[i]);
 }
 
-std::vector<uint8_t> nv21_of(const std::vector<uint8_t>& rgb, int width, int height, float grain,
-                             uint32_t seed) {
-  const auto w = static_cast<size_t>(width), h = static_cast<size_t>(height);
-  std::vector<uint8_t> nv21(w * h * 3 / 2);
-  for (int y = 0; y < height; ++y) {
-    for (int x = 0; x < width; ++x) {
-      const size_t i = static_cast<size_t>(y) * w + static_cast<size_t>(x);
-      const float luma = 0.299f * rgb[3 * i] + 0.587f * rgb[3 * i + 1] + 0.114f * rgb[3 * i + 2];
-      nv21[i] = to_byte(luma + grain * (2.0f * hash_unit(x, y, seed) - 1.0f));
-    }
+namespace {
+
+/// One row of luma, with the camera's noise. In two loops: only the second, without steps of three bytes,
+/// becomes vectors, and has most of the work.
+void write_luma(const uint8_t* rgb, int y, int width, float grain, uint32_t seed, uint8_t* luma) {
+  constexpr int kStretch = 256;
+  float bright[kStretch];
+  for (int begin = 0; begin < width; begin += kStretch) {
+    const int count = std::min(kStretch, width - begin);
+    for (int i = 0; i < count; ++i, rgb += 3) bright[i] = 0.299f * rgb[0] + 0.587f * rgb[1] + 0.114f * rgb[2];
+    for (int i = 0; i < count; ++i)
+      luma[begin + i] = to_byte(bright[i] + grain * (2.0f * hash_unit(begin + i, y, seed) - 1.0f));
   }
-  uint8_t* chroma = nv21.data() + w * h;
-  for (size_t y = 0; y < h; y += 2) {
-    for (size_t x = 0; x < w; x += 2) {
-      float mean[3];
-      for (size_t c = 0; c < 3; ++c) {
-        const size_t i = 3 * (y * w + x) + c;
-        mean[c] = 0.25f * static_cast<float>(rgb[i] + rgb[i + 3] + rgb[i + 3 * w] + rgb[i + 3 * w + 3]);
-      }
-      *chroma++ = to_byte(128.0f + 0.5f * mean[0] - 0.418688f * mean[1] - 0.081312f * mean[2]);
-      *chroma++ = to_byte(128.0f - 0.168736f * mean[0] - 0.331264f * mean[1] + 0.5f * mean[2]);
-    }
+}
+
+/// One row of V,U pairs, of two rows of pixels.
+void write_chroma(const uint8_t* upper, const uint8_t* lower, int width, uint8_t* chroma) {
+  for (int x = 0; x < width; x += 2, upper += 6, lower += 6) {
+    const auto mean = [=](int c) {
+      return 0.25f * static_cast<float>(upper[c] + upper[c + 3] + lower[c] + lower[c + 3]);
+    };
+    const float r = mean(0), g = mean(1), b = mean(2);
+    chroma[x] = to_byte(128.0f + 0.5f * r - 0.418688f * g - 0.081312f * b);
+    chroma[x + 1] = to_byte(128.0f - 0.168736f * r - 0.331264f * g + 0.5f * b);
   }
-  return nv21;
+}
+
+}  // namespace
+
+void write_nv21(const Canvas& canvas, const std::vector<uint8_t>& rgb, float grain, uint32_t seed,
+                std::vector<uint8_t>& nv21) {
+  const int width = canvas.width;
+  const auto row = [width](int y) { return static_cast<size_t>(y) * static_cast<size_t>(width); };
+  for (int y = 0; y < canvas.rows; ++y)
+    write_luma(&rgb[3 * row(y)], canvas.top + y, width, grain, seed, &nv21[row(canvas.top + y)]);
+  uint8_t* chroma = &nv21[row(canvas.height + canvas.top / 2)];
+  for (int y = 0; y < canvas.rows; y += 2)
+    write_chroma(&rgb[3 * row(y)], &rgb[3 * row(y + 1)], width, chroma + row(y / 2));
 }
 
 namespace {

@@ -6,13 +6,14 @@
 
 namespace morvale::scene {
 
-/// The canvas as displayed, 8 bits a channel, R first.
-std::vector<uint8_t> develop(const Canvas& canvas);
+/// The canvas's rows as displayed, 8 bits a channel, R first.
+void develop(const Canvas& canvas, std::vector<uint8_t>& rgb);
 
-/// Full-range NV21 of an even-sized picture, each chroma pair the mean of its four pixels. `grain`: noise of
-/// so many grey levels either way, the same for the same seed.
-std::vector<uint8_t> nv21_of(const std::vector<uint8_t>& rgb, int width, int height, float grain,
-                             uint32_t seed);
+/// Writes the canvas's rows, which begin and end between two chroma rows, into the full-range NV21 frame
+/// `nv21`, each chroma pair the mean of its four pixels. `rgb`: the rows, developed. `grain`: noise of so
+/// many grey levels either way, the same for the same seed.
+void write_nv21(const Canvas& canvas, const std::vector<uint8_t>& rgb, float grain, uint32_t seed,
+                std::vector<uint8_t>& nv21);
 
 /// See Scene::scores. labels: width x height.
 std::vector<float> scores_of(const std::vector<uint8_t>& labels, int width, int height,

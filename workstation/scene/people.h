@@ -36,7 +36,7 @@ Pose pose_at(const SceneOptions& options, int index, int frame);
 /// Paints a person, head over clothes over what is there.
 void draw_person(Canvas& canvas, const Looks& looks, const Pose& pose, const Light& light, uint8_t owner);
 
-/// Paints the background of the scene.
+/// Paints the background of the scene over whatever is there.
 void draw_background(Canvas& canvas, uint64_t seed, const Light& light);
 
 }  // namespace morvale::scene

@@ -9,7 +9,17 @@ namespace {
 class Portrait {
  public:
   Portrait(Canvas& canvas, const Looks& looks, const Pose& pose, const Light& light, uint8_t owner)
-      : canvas_(canvas), looks_(looks), pose_(pose), light_(light), owner_(owner) {}
+      : canvas_(canvas),
+        looks_(looks),
+        pose_(pose),
+        light_(light),
+        owner_(owner),
+        strands_(looks.texture),
+        fine_strands_(looks.texture + 9),
+        folds_(looks.texture + 3),
+        weave_(looks.texture + 4),
+        pores_(looks.texture + 5),
+        hair_ends_(looks.texture + 6) {}
 
   void draw() {
     hair_behind();
@@ -54,9 +64,9 @@ class Portrait {
   }
 
   /// Strands, as fine noise along the hair's fall, and a band of gloss across them.
-  Colour hair_colour(const Hit& hit) const {
-    const float strands = noise(hit.u * 17.0f + hit.v * 2.5f, hit.v * 1.6f, looks_.texture) * 0.65f +
-                          noise(hit.u * 41.0f + hit.v * 4.0f, hit.v * 2.5f, looks_.texture + 9) * 0.35f;
+  Colour hair_colour(const Hit& hit) {
+    const float strands = strands_.at(hit.u * 17.0f + hit.v * 2.5f, hit.v * 1.6f) * 0.65f +
+                          fine_strands_.at(hit.u * 41.0f + hit.v * 4.0f, hit.v * 2.5f) * 0.35f;
     const float band = (hit.v + 0.66f - 0.34f * hit.u * hit.u) / 0.22f;
     const float near = std::max(0.0f, 1.0f - band * band);
     const float shine = near * near * strands * strands * 0.16f;
@@ -103,9 +113,9 @@ class Portrait {
     }
   }
 
-  Colour cloth(const Hit& hit) const {
-    const float folds = 0.86f + 0.28f * noise(hit.u * 3.0f + 7.0f, hit.v * 2.0f, looks_.texture + 3);
-    const float weave = 0.96f + 0.08f * noise(hit.u * 90.0f, hit.v * 130.0f, looks_.texture + 4);
+  Colour cloth(const Hit& hit) {
+    const float folds = 0.86f + 0.28f * folds_.at(hit.u * 3.0f + 7.0f, hit.v * 2.0f);
+    const float weave = 0.96f + 0.08f * weave_.at(hit.u * 90.0f, hit.v * 130.0f);
     Colour colour = looks_.cloth;
     if (looks_.clothing == Clothing::kStripes) {
       const float row = hit.v * 11.0f + 0.5f * hit.u * hit.u;
@@ -143,8 +153,8 @@ class Portrait {
   }
 
   /// Skin lets some of the light through: the edge of its shadow is redder.
-  Colour skin_colour(const Hit& hit) const {
-    const float pores = 0.97f + 0.06f * noise(hit.u * 34.0f, hit.v * 44.0f, looks_.texture + 5);
+  Colour skin_colour(const Hit& hit) {
+    const float pores = 0.97f + 0.06f * pores_.at(hit.u * 34.0f, hit.v * 44.0f);
     const float facing = dot(hit.normal, light_.direction);
     const float edge = std::max(0.0f, 1.0f - std::abs(facing - 0.12f) * 3.0f);
     const Colour lit = shaded(looks_.skin * pores, hit.normal, light_);
@@ -230,11 +240,11 @@ class Portrait {
     const float unit = pose_.unit;
     fill(canvas_, cap, Surface::kHair, owner_, [&](const Hit& hit, float& opacity) {
       const float off = hit.u - looks_.parting;
-      const float ends = 0.10f * (noise(hit.u * 13.0f, 3.0f, looks_.texture + 6) - 0.5f);
+      const float ends = 0.10f * (hair_ends_.at(hit.u * 13.0f, 3.0f) - 0.5f);
       const float line =
           ends + (fringe ? -0.33f + 0.55f * hit.u * hit.u * hit.u * hit.u : -0.56f + 0.62f * off * off);
       opacity *= std::clamp((line - hit.v) * unit + 0.5f, 0.0f, 1.0f);
-      return hair_colour(hit);
+      return opacity > 0 ? hair_colour(hit) : Colour{};
     });
     if (looks_.style == HairStyle::kCurls) {
       curls(9, 0.48f, 0.80f, 0.80f, 0.23f);
@@ -247,6 +257,7 @@ class Portrait {
   const Pose& pose_;
   const Light& light_;
   uint8_t owner_;
+  Noise strands_, fine_strands_, folds_, weave_, pores_, hair_ends_;
 };
 
 }  // namespace

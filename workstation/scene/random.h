@@ -36,22 +36,57 @@ inline float hash_unit(int32_t x, int32_t y, uint32_t seed) {
   return static_cast<float>((h ^ (h >> 15)) >> 8) * (1.0f / 16777216.0f);
 }
 
-/// Smooth noise 0..1: grid values, blended by the cubic that is flat at the grid points.
-inline float noise(float x, float y, uint32_t seed) {
-  const float fx = std::floor(x), fy = std::floor(y);
-  const auto ix = static_cast<int32_t>(fx), iy = static_cast<int32_t>(fy);
-  const auto ease = [](float t) { return t * t * (3.0f - 2.0f * t); };
-  const float u = ease(x - fx), v = ease(y - fy);
-  const float top = hash_unit(ix, iy, seed) * (1.0f - u) + hash_unit(ix + 1, iy, seed) * u;
-  const float low = hash_unit(ix, iy + 1, seed) * (1.0f - u) + hash_unit(ix + 1, iy + 1, seed) * u;
-  return top * (1.0f - v) + low * v;
+/// The whole number at or below x, for numbers of the size of a picture's: the processor's own rounding need
+/// not know how, and a call would keep compilers from making vectors.
+inline int32_t floor_of(float x) {
+  const auto toward_zero = static_cast<int32_t>(x);
+  return static_cast<float>(toward_zero) > x ? toward_zero - 1 : toward_zero;
 }
 
+/// Smooth noise 0..1: grid values, blended by the cubic that is flat at the grid points. Neighbouring pixels
+/// mostly lie between the same four grid points, so the last ones' values are kept.
+class Noise {
+ public:
+  explicit Noise(uint32_t seed) : seed_(seed) { look_up(0, 0); }
+
+  float at(float x, float y) {
+    const int32_t ix = floor_of(x), iy = floor_of(y);
+    if (ix != ix_ || iy != iy_) look_up(ix, iy);
+    const auto ease = [](float t) { return t * t * (3.0f - 2.0f * t); };
+    const float u = ease(x - static_cast<float>(ix)), v = ease(y - static_cast<float>(iy));
+    const float top = top_left_ * (1.0f - u) + top_right_ * u;
+    const float low = low_left_ * (1.0f - u) + low_right_ * u;
+    return top * (1.0f - v) + low * v;
+  }
+
+ private:
+  void look_up(int32_t ix, int32_t iy) {
+    ix_ = ix;
+    iy_ = iy;
+    top_left_ = hash_unit(ix, iy, seed_);
+    top_right_ = hash_unit(ix + 1, iy, seed_);
+    low_left_ = hash_unit(ix, iy + 1, seed_);
+    low_right_ = hash_unit(ix + 1, iy + 1, seed_);
+  }
+
+  uint32_t seed_;
+  int32_t ix_, iy_;
+  float top_left_, top_right_, low_left_, low_right_;
+};
+
 /// Three octaves of it, 0..1.
-inline float rough_noise(float x, float y, uint32_t seed) {
-  return noise(x, y, seed) * 0.57f + noise(x * 2.1f, y * 2.1f, seed + 1) * 0.29f +
-         noise(x * 4.3f, y * 4.3f, seed + 2) * 0.14f;
-}
+class RoughNoise {
+ public:
+  explicit RoughNoise(uint32_t seed) : octaves_{Noise(seed), Noise(seed + 1), Noise(seed + 2)} {}
+
+  float at(float x, float y) {
+    return octaves_[0].at(x, y) * 0.57f + octaves_[1].at(x * 2.1f, y * 2.1f) * 0.29f +
+           octaves_[2].at(x * 4.3f, y * 4.3f) * 0.14f;
+  }
+
+ private:
+  Noise octaves_[3];
+};
 
 /// A sine of `turns` full turns, by Bhaskara's quotient: off by at most 0.0017, the same everywhere.
 inline float wave(float turns) {

@@ -67,7 +67,8 @@ class Scene {
   Scene(const Scene&) = delete;
   Scene& operator=(const Scene&) = delete;
 
-  /// Frame `index` at 30 frames a second. Any order.
+  /// Frame `index` at 30 frames a second. Any order, one at a time: it is drawn by as many threads as there
+  /// are processors, up to eight, and how many there are changes no byte.
   SceneFrame frame(int index) const;
 
   /// The scores that a sure network would give for the frame: output x output cells of five, cell by cell. A

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -26,7 +27,6 @@ inline Colour mix(const Colour& from, const Colour& to, float part) {
 
 /// What one pixel's centre meets of a solid.
 struct Hit {
-  float cover;    ///< how much of the pixel it covers, 0..1
   float u, v;     ///< where, in half-widths and half-heights from its centre
   float inside;   ///< 1 at the centre, 0 at the outline, negative outside
   Vector normal;  ///< of the surface there, length 1
@@ -41,14 +41,31 @@ struct Blob {
   float softness = 1;    ///< width of the outline's fade, pixels
   bool square = false;   ///< corners fuller than an ellipse's
   bool endless = false;  ///< goes on downwards without an end
-  Hit at(float x, float y) const;
 
-  /// The pixels that it can touch within 0..size-1: columns and rows, last one excluded.
+  /// The pixels that it can touch of `first`..`last` - 1: columns and rows, the end excluded.
   struct Range {
     int begin, end;
   };
-  Range columns(int size) const;
-  Range rows(int size) const;
+  Range columns(int first, int last) const;
+  Range rows(int first, int last) const;
+};
+
+/// A stretch of a row's pixels against a solid, all of them in one loop, which compilers can make vectors of.
+struct BlobRow {
+  static constexpr int kMost = 256;
+
+  /// For the centres of pixels x .. x + count - 1 of row y.
+  void measure(const Blob& blob, int x, int y, int count);
+  Hit hit(int i) const { return {u_[i], v_[i], inside_[i], {nx_[i], ny_[i], nz_[i]}}; }
+
+  float cover[kMost];  ///< how much of the pixel it covers, 0..1
+
+ private:
+  /// A copy of the solid: what is written cannot be part of it.
+  template <bool kSquare>
+  void measure_all(const Blob blob, int x, int y, int count);
+
+  float u_[kMost], v_[kMost], inside_[kMost], nx_[kMost], ny_[kMost], nz_[kMost];
 };
 
 /// What is seen at a pixel.
@@ -63,17 +80,25 @@ enum class Surface : uint8_t {
 
 constexpr uint8_t kNobody = 255;
 
-/// A picture while it is painted: light, and beside it what is seen and of whom.
+/// Some rows of a picture while it is painted: light, and beside it what is seen and of whom.
 struct Canvas {
-  Canvas(int width_, int height_);
+  Canvas(int width_, int height_, int most_rows);
 
-  int width, height;
+  /// Begins anew with other rows: `light` as it is behind everything, and nobody before it.
+  void begin(int top_, int rows_, const Colour* behind);
+
+  int width, height;      ///< of the whole picture
+  int top = 0, rows = 0;  ///< the rows at hand
   std::vector<Colour> light;
   std::vector<Surface> surface;
   std::vector<uint8_t> owner;  ///< a person's index, or kNobody
 
+  /// Where a stretch of a row is half covered or more, `person`'s surface is what is seen.
+  void mark(int x, int y, const float* cover, int count, Surface seen, uint8_t person);
+
+  int bottom() const { return top + rows; }
   size_t index(int x, int y) const {
-    return static_cast<size_t>(y) * static_cast<size_t>(width) + static_cast<size_t>(x);
+    return static_cast<size_t>(y - top) * static_cast<size_t>(width) + static_cast<size_t>(x);
   }
 };
 
@@ -81,18 +106,19 @@ struct Canvas {
 /// which comes in as the cover.
 template <class Paint>
 void fill(Canvas& canvas, const Blob& blob, Surface surface, uint8_t owner, Paint paint) {
-  const Blob::Range columns = blob.columns(canvas.width), rows = blob.rows(canvas.height);
+  const Blob::Range columns = blob.columns(0, canvas.width), rows = blob.rows(canvas.top, canvas.bottom());
+  BlobRow row;
   for (int y = rows.begin; y < rows.end; ++y) {
-    for (int x = columns.begin; x < columns.end; ++x) {
-      const Hit hit = blob.at(static_cast<float>(x) + 0.5f, static_cast<float>(y) + 0.5f);
-      float opacity = hit.cover;
-      if (opacity <= 0) continue;
-      const Colour colour = paint(hit, opacity);
-      const size_t i = canvas.index(x, y);
-      canvas.light[i] = mix(canvas.light[i], colour, opacity);
-      if (opacity < 0.5f || surface == Surface::kUnchanged) continue;
-      canvas.surface[i] = surface;
-      canvas.owner[i] = owner;
+    for (int x = columns.begin; x < columns.end; x += BlobRow::kMost) {
+      const int count = std::min(BlobRow::kMost, columns.end - x);
+      row.measure(blob, x, y, count);
+      Colour* light = &canvas.light[canvas.index(x, y)];
+      for (int i = 0; i < count; ++i) {
+        if (row.cover[i] <= 0) continue;
+        const Colour colour = paint(row.hit(i), row.cover[i]);
+        light[i] = mix(light[i], colour, row.cover[i]);
+      }
+      if (surface != Surface::kUnchanged) canvas.mark(x, y, row.cover, count, surface, owner);
     }
   }
 }

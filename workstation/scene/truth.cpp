@@ -48,54 +48,86 @@ class MeanColour {
   int count_ = 0;
 };
 
-struct PersonPixels {
+bool is_head(Surface s) { return s == Surface::kHair || s == Surface::kSkin || s == Surface::kFeature; }
+
+/// The part of `parts` that a pixel of `size` in a row lies in.
+int part_of(int at, int size, int parts) { return ((at + 1) * parts - 1) / size; }
+
+}  // namespace
+
+struct TruthCounter::PersonPixels {
   Bounds face, head, person;
   MeanColour skin;
 };
 
-bool is_head(Surface s) { return s == Surface::kHair || s == Surface::kSkin || s == Surface::kFeature; }
+TruthCounter::TruthCounter(int width, int height, int people)
+    : width_(width), height_(height), people_(static_cast<size_t>(people)) {}
 
-std::string grid_row(const Canvas& canvas, int row) {
-  std::string cells;
-  const int top = canvas.height * row / kTruthRows, bottom = canvas.height * (row + 1) / kTruthRows;
-  for (int column = 0; column < kTruthColumns; ++column) {
-    const int left = canvas.width * column / kTruthColumns,
-              right = canvas.width * (column + 1) / kTruthColumns;
-    int head = 0;
-    for (int y = top; y < bottom; ++y)
-      for (int x = left; x < right; ++x) head += is_head(canvas.surface[canvas.index(x, y)]);
-    const int pixels = (bottom - top) * (right - left);
-    cells += pixels > 0 && 2 * head >= pixels ? '1' : '0';
+TruthCounter::~TruthCounter() = default;
+
+/// Pixels begin .. end - 1 of a row, of one surface of one person.
+struct TruthCounter::Run {
+  int begin, end, y;
+  Surface surface;
+  uint8_t owner;
+  const uint8_t* rgb;  ///< of the first pixel
+
+  int length() const { return end - begin; }
+  void widen(Bounds& bounds) const {
+    bounds.add(begin, y);
+    bounds.add(end - 1, y);
   }
-  return cells;
-}
+};
 
-}  // namespace
-
-SceneTruth truth_of(const Canvas& canvas, const std::vector<uint8_t>& rgb, int people) {
-  std::vector<PersonPixels> pixels(static_cast<size_t>(people));
-  int64_t person = 0, body = 0;
-  for (int y = 0; y < canvas.height; ++y) {
-    for (int x = 0; x < canvas.width; ++x) {
-      const size_t i = canvas.index(x, y);
-      const Surface surface = canvas.surface[i];
-      if (surface == Surface::kBackground) continue;
-      PersonPixels& owner = pixels[canvas.owner[i]];
-      ++person;
-      body += surface == Surface::kBody;
-      owner.person.add(x, y);
-      if (is_head(surface)) owner.head.add(x, y);
-      if (surface == Surface::kSkin || surface == Surface::kFeature) owner.face.add(x, y);
-      if (surface == Surface::kSkin) owner.skin.add(rgb[3 * i], rgb[3 * i + 1], rgb[3 * i + 2]);
+void TruthCounter::add(const Canvas& canvas, const std::vector<uint8_t>& rgb) {
+  for (int y = canvas.top; y < canvas.bottom(); ++y) {
+    const size_t row = canvas.index(0, y);
+    const Surface* surface = &canvas.surface[row];
+    const uint8_t* owner = &canvas.owner[row];
+    for (int begin = 0, end = 0; begin < width_; begin = end) {
+      while (++end < width_ && surface[end] == surface[begin] && owner[end] == owner[begin]) {
+      }
+      if (surface[begin] != Surface::kBackground)
+        add_run({begin, end, y, surface[begin], owner[begin], &rgb[3 * (row + static_cast<size_t>(begin))]});
     }
   }
+}
+
+void TruthCounter::add_run(const Run& run) {
+  PersonPixels& owner = people_[run.owner];
+  person_ += run.length();
+  if (run.surface == Surface::kBody) body_ += run.length();
+  run.widen(owner.person);
+  if (is_head(run.surface)) add_head(run);
+}
+
+void TruthCounter::add_head(const Run& run) {
+  PersonPixels& owner = people_[run.owner];
+  run.widen(owner.head);
+  auto& cells = heads_[static_cast<size_t>(part_of(run.y, height_, kTruthRows))];
+  for (int x = run.begin; x < run.end; ++x) ++cells[static_cast<size_t>(part_of(x, width_, kTruthColumns))];
+  if (run.surface == Surface::kHair) return;
+  run.widen(owner.face);
+  if (run.surface != Surface::kSkin) return;
+  for (const uint8_t* at = run.rgb; at < run.rgb + 3 * run.length(); at += 3)
+    owner.skin.add(at[0], at[1], at[2]);
+}
+
+SceneTruth TruthCounter::truth() const {
   SceneTruth truth;
-  const double whole = static_cast<double>(canvas.width) * canvas.height;
-  truth.person_share = 100.0 * static_cast<double>(person) / whole;
-  truth.body_share = 100.0 * static_cast<double>(body) / whole;
-  for (const PersonPixels& p : pixels)
+  const double whole = static_cast<double>(width_) * height_;
+  truth.person_share = 100.0 * static_cast<double>(person_) / whole;
+  truth.body_share = 100.0 * static_cast<double>(body_) / whole;
+  for (const PersonPixels& p : people_)
     truth.people.push_back({p.face.box(), p.head.box(), p.person.box(), p.skin.mean()});
-  for (int row = 0; row < kTruthRows; ++row) truth.grid[static_cast<size_t>(row)] = grid_row(canvas, row);
+  const auto side = [](int at, int size, int parts) { return size * (at + 1) / parts - size * at / parts; };
+  for (int row = 0; row < kTruthRows; ++row) {
+    for (int column = 0; column < kTruthColumns; ++column) {
+      const int pixels = side(row, height_, kTruthRows) * side(column, width_, kTruthColumns);
+      const int head = heads_[static_cast<size_t>(row)][static_cast<size_t>(column)];
+      truth.grid[static_cast<size_t>(row)] += pixels > 0 && 2 * head >= pixels ? '1' : '0';
+    }
+  }
   return truth;
 }
 

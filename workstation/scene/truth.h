@@ -1,6 +1,9 @@
 /// What is true of a painted picture.
 #pragma once
 
+#include <array>
+#include <vector>
+
 #include "scene/scene.h"
 #include "scene/shapes.h"
 
@@ -12,7 +15,30 @@ inline uint8_t label_of(Surface surface) {
   return kLabelOf[static_cast<size_t>(surface)];
 }
 
-/// `rgb`: the canvas as displayed, three bytes a pixel.
-SceneTruth truth_of(const Canvas& canvas, const std::vector<uint8_t>& rgb, int people);
+/// Gathers what is true of a picture, from its rows in their order.
+class TruthCounter {
+ public:
+  TruthCounter(int width, int height, int people);
+  ~TruthCounter();
+  TruthCounter(const TruthCounter&) = delete;
+  TruthCounter& operator=(const TruthCounter&) = delete;
+
+  /// The canvas's rows, which follow those before. `rgb`: the rows as displayed, three bytes a pixel.
+  void add(const Canvas& canvas, const std::vector<uint8_t>& rgb);
+
+  SceneTruth truth() const;
+
+ private:
+  struct PersonPixels;
+
+  struct Run;
+  void add_run(const Run& run);
+  void add_head(const Run& run);
+
+  int width_, height_;
+  std::vector<PersonPixels> people_;
+  int64_t person_ = 0, body_ = 0;  ///< pixels
+  std::array<std::array<int, kTruthColumns>, kTruthRows> heads_{};
+};
 
 }  // namespace morvale::scene
