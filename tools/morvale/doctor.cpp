@@ -8,7 +8,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <opencv2/core/version.hpp>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -20,6 +19,7 @@
 #include "common/diverted_output.h"
 #include "common/options.h"
 #include "kernels/processor.h"
+#include "pictures/opencv_module.h"
 #include "service/camera_service.h"
 #include "session/json.h"
 
@@ -93,6 +93,14 @@ std::string kernels() {
   return text;
 }
 
+std::string opencv_version() {
+  try {
+    return opencv().version();
+  } catch (const RunError& error) {
+    return error.what();
+  }
+}
+
 /// Which answers the runtime beside this program gives.
 std::string runtime() {
   const std::string engine = variable("VEXA_ENGINE");
@@ -142,7 +150,7 @@ Facts gather() {
   Facts facts;
   facts.lines = {{"morvale", MORVALE_VERSION},
                  {"compiler", __VERSION__},
-                 {"OpenCV", CV_VERSION},
+                 {"OpenCV", opencv_version()},
                  {"system", system_name()},
                  {"processor", processor_line({"model name", "CPU part"})},
                  {"cores", std::to_string(std::thread::hardware_concurrency())},

@@ -1,7 +1,6 @@
 /// The program `morvale`: finds the subcommand and runs it.
 #include <cstdio>
 #include <exception>
-#include <opencv2/core/utils/logger.hpp>
 #include <span>
 #include <string>
 #include <string_view>
@@ -51,8 +50,6 @@ int usage_error(const char* sentence) {
 }
 
 int run(const Command& command, int argc, char** argv) {
-  // OpenCV's own complaints would stand beside our one sentence.
-  cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
   try {
     return command.run(argc, argv);
   } catch (const tool::UsageError& error) {

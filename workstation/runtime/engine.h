@@ -23,7 +23,8 @@ class Engine {
   virtual vexa::DataBuffer run(const vexa::DataBuffer& input) = 0;
 };
 
-/// Runs ONNX files with OpenCV's dnn module.
+/// Runs ONNX files with OpenCV's dnn module, out of libvexa_onnx.so, which the first call loads. Throws where
+/// that is not there.
 std::unique_ptr<Engine> make_onnx_engine();
 
 /// Gives the scores of one made-up portrait at once, whatever the picture: for timing everything but the

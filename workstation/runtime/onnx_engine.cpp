@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include <morvale/core/export.h>
 #include <morvale/core/globals.h>
 #include "runtime/engine.h"
 #include "runtime/onnx_signature.h"
@@ -113,6 +114,9 @@ class OnnxEngine final : public Engine {
 
 }  // namespace
 
-std::unique_ptr<Engine> make_onnx_engine() { return std::make_unique<OnnxEngine>(); }
-
 }  // namespace morvale::runtime
+
+/// What make_onnx_engine() finds by this name.
+extern "C" MORVALE_API morvale::runtime::Engine* vexa_make_onnx_engine() {
+  return new morvale::runtime::OnnxEngine;
+}

@@ -7,11 +7,11 @@
 #include <map>
 
 #include "analyze/analyze_options.h"
-#include "analyze/annotate.h"
 #include "common/atomic_file.h"
 #include "common/command.h"
 #include "common/diverted_output.h"
 #include "common/progress.h"
+#include "pictures/opencv_module.h"
 #include "service/camera_service.h"
 #include "service/faces.h"
 #include "service/report_text.h"
@@ -102,7 +102,7 @@ class Analysis {
   }
 
   void draw(const Frame& frame, int index, const FrameReport& report) {
-    const std::vector<uint8_t> png = annotated_png(frame, index, report);
+    const std::vector<uint8_t> png = opencv().annotated_png(frame, index, report);
     make_folder(options_.out);
     write_file(picture_path(options_, frame.input, index), png);
   }

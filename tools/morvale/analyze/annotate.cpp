@@ -146,7 +146,7 @@ class Legend {
 
   void swatch(const LabelStyle& label) {
     const cv::Point2d at = place(label.name);
-    canvas_.fill({at.x, at.y - 13, kSymbol, 17}, label.color);
+    canvas_.fill({at.x, at.y - 13, kSymbol, 17}, color_of(label));
   }
   void box(const std::string& name, Color color, double dash = 0) {
     const cv::Point2d at = place(name);

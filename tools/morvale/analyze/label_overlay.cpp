@@ -1,18 +1,10 @@
 #include "analyze/label_overlay.h"
 
+#include <algorithm>
 #include <opencv2/imgproc.hpp>
 #include <vector>
 
 namespace tool {
-
-const std::array<LabelStyle, morvale::kLabels> kLabelStyles = {{
-    {"background", {}},
-    {"hair", {0, 159, 230}},
-    {"face skin", {233, 180, 86}},
-    {"other face parts", {167, 121, 204}},
-    {"body", {115, 158, 0}},
-}};
-
 namespace {
 
 constexpr int kCellPixels = 4;  ///< network-input pixels a label-map cell spans in each direction
@@ -75,7 +67,7 @@ void lay_labels_over(cv::Mat& picture, const FrameReport& report) {
   for (int label = 0; label < morvale::kLabels; ++label)
     scores[static_cast<size_t>(label)] = scores_of(report, label, cells);
   for (int label = 1; label < morvale::kLabels; ++label) {
-    const cv::Scalar color = kLabelStyles[static_cast<size_t>(label)].color;
+    const cv::Scalar color = color_of(kLabelStyles[static_cast<size_t>(label)]);
     const cv::Mat won = won_by(label, scores);
     cv::Mat tinted;
     cv::addWeighted(picture, 1 - kOpacity, cv::Mat(picture.size(), picture.type(), color), kOpacity, 0,

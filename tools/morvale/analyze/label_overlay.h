@@ -1,21 +1,16 @@
 /// The label map, laid over the picture that it was made from.
 #pragma once
 
-#include <array>
 #include <opencv2/core.hpp>
 
+#include "analyze/label_style.h"
 #include "service/camera_service.h"
 
 namespace tool {
 
-struct LabelStyle {
-  const char* name;
-  cv::Scalar color;  ///< B, G, R
-};
-
-/// Names and colours of the labels. Background has no colour. The others are told apart by colour-blind
-/// people too.
-extern const std::array<LabelStyle, morvale::kLabels> kLabelStyles;
+inline cv::Scalar color_of(const LabelStyle& style) {
+  return {double(style.blue), double(style.green), double(style.red)};
+}
 
 /// Where the centre of a frame pixel lies in the label map, in cells; the inverse of cell_to_frame.
 cv::Point2d frame_to_cell(const Geometry& geometry, cv::Point2d frame_pixel);

@@ -4,6 +4,7 @@
 
 #include <morvale/imgproc/grid_blur.h>
 #include "common/command.h"
+#include "common/input_file.h"
 #include "pictures/picture_decoder.h"
 
 namespace tool {

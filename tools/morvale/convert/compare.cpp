@@ -4,7 +4,7 @@
 
 #include "common/command.h"
 #include "common/options.h"
-#include "pictures/picture_file.h"
+#include "pictures/opencv_module.h"
 #include "pictures/plane_difference.h"
 #include "session/json.h"
 
@@ -69,7 +69,7 @@ struct Side {
 };
 
 Side load(const std::string& path, const std::optional<FrameSize>& size) {
-  Side side{path, read_picture(path, size), {}};
+  Side side{path, opencv().read_picture(path, size, std::nullopt), {}};
   side.planes = planes_of(side.picture);
   return side;
 }

@@ -5,7 +5,7 @@
 #include "convert/convert_options.h"
 #include "convert/kernel_list.h"
 #include "convert/kernel_run.h"
-#include "pictures/picture_file.h"
+#include "pictures/opencv_module.h"
 
 namespace tool {
 namespace {
@@ -27,11 +27,11 @@ int convert_main(int argc, char** argv) {
   if (!options) return kExitDone;
   if (options->list) return print_list(options->json), kExitDone;
   const Kernel& kernel = *options->kernel;
-  check_target(options->out, kernel.gives);
-  const Picture in = read_picture(options->in, options->size, kernel.takes);
+  opencv().check_target(options->out, kernel.gives);
+  const Picture in = opencv().read_picture(options->in, options->size, kernel.takes);
   const Picture out = run_kernel(kernel, in, options->flags);
   const std::string name = target_name(options->out, out.size);
-  write_picture(name, out);
+  opencv().write_picture(name, out);
   std::fprintf(stderr, "morvale: %s: %s of %s.\n", name.c_str(), name_of(out.layout),
                text_of(out.size).c_str());
   return kExitDone;

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "common/command.h"
-#include "convert/blur_grid.h"
+#include "pictures/opencv_module.h"
 
 namespace tool {
 namespace {
@@ -138,7 +138,7 @@ Status blurred(const KernelCall& c) {
   std::vector<uint16_t> weights(2 * static_cast<size_t>(radius) + 1);
   const Status status = checked::GFilterCreation(c.flags.sigma, radius, c.flags.bits, weights);
   if (status != Status::kOk) return status;
-  const std::vector<uint8_t> grid = blur_grid(c.flags.grid, c.in);
+  const std::vector<uint8_t> grid = opencv().blur_grid(c.flags.grid, c.in);
   return kKernel(c.source, c.target, grid, c.in.width, c.in.height, weights, radius, c.flags.bits);
 }
 

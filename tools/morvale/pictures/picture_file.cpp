@@ -8,6 +8,7 @@
 #include <morvale/checked.h>
 #include "common/atomic_file.h"
 #include "common/command.h"
+#include "common/input_file.h"
 #include "pictures/picture_decoder.h"
 
 namespace tool {

@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <filesystem>
+#include <limits>
 #include <string_view>
 
 #include "common/command.h"
@@ -48,6 +49,26 @@ FrameSize parse_size_flag(const std::string& flag, const std::string& text) {
   if (!usable(size->width) || !usable(size->height))
     throw UsageError(flag + ": the sides of " + text + " must be 1 to " + std::to_string(kLargestSide) + ".");
   return *size;
+}
+
+void check_frame_size(const std::string& what, FrameSize size) {
+  const auto usable = [](int side) { return side >= 2 && side <= kLargestSide && side % 2 == 0; };
+  if (!usable(size.width) || !usable(size.height))
+    throw UsageError(what + ": the size " + text_of(size) +
+                     " cannot be an NV21 frame; both sides must be even, 2 to " +
+                     std::to_string(kLargestSide) + ".");
+}
+
+int checked_stride(const std::string& path, FrameSize size, std::optional<int> given) {
+  const int stride = given.value_or(size.width);
+  const std::string named = path + ": the stride " + std::to_string(stride);
+  if (stride < size.width)
+    throw UsageError(named + " is smaller than the width " + std::to_string(size.width) +
+                     "; give a larger --stride.");
+  // The library counts the bytes of a frame in 32 bits.
+  if (int64_t{stride} * size.height * 3 / 2 > std::numeric_limits<int32_t>::max())
+    throw UsageError(named + " makes a frame of more than 2 GiB; give a smaller --stride.");
+  return stride;
 }
 
 FrameShape shape_from_name(const std::string& path) {

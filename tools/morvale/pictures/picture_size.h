@@ -22,6 +22,12 @@ std::string text_of(FrameSize size);
 /// The value of a size flag: two sides of 1 to kLargestSide. Throws UsageError, which names the flag.
 FrameSize parse_size_flag(const std::string& flag, const std::string& text);
 
+/// Throws UsageError, which begins with `what`, for a size that no NV21 frame has: both sides must be even.
+void check_frame_size(const std::string& what, FrameSize size);
+
+/// The stride to use: the one given, else the width. Throws UsageError for one that is shorter, or too long.
+int checked_stride(const std::string& path, FrameSize size, std::optional<int> given);
+
 /// What the flags say about all inputs. For raw frames it is what the file holds, and wins over the file's
 /// name; for photographs it is what the frame shall become.
 struct FrameShape {

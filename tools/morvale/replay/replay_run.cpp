@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -11,6 +12,7 @@
 #include "common/diverted_output.h"
 #include "common/interrupt.h"
 #include "common/progress.h"
+#include "pictures/opencv_module.h"
 #include "replay/replay_outputs.h"
 #include "service/faces.h"
 #include "sources/frame_selection.h"
@@ -46,7 +48,7 @@ std::unique_ptr<FrameSource> open_source(const ReplayOptions& options, const Pla
     case SourceKind::kBundle:
       return make_bundle_source(plan.input);
     case SourceKind::kVideo:
-      return make_video_source(plan.input);
+      return opencv().make_video_source(plan.input);
     case SourceKind::kY4m:
       return make_y4m_source(plan.input);
     case SourceKind::kPictures:
@@ -54,8 +56,8 @@ std::unique_ptr<FrameSource> open_source(const ReplayOptions& options, const Pla
     case SourceKind::kPan:
       break;
   }
-  return make_pan_source(plan.input, options.shape.size.value_or(kPannedSize),
-                         options.frames.value_or(kPannedFrames));
+  return opencv().make_pan_source(plan.input, options.shape.size.value_or(kPannedSize),
+                                  options.frames.value_or(kPannedFrames));
 }
 
 /// "auto": a recording answers for the network, unless it is of the other camera's model.

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <map>
 
-#include "analyze/label_overlay.h"
+#include "analyze/label_style.h"
 #include "analyze/person_colors.h"
 #include "common/atomic_file.h"
 #include "common/base64.h"
@@ -52,10 +52,10 @@ Json faces_beyond_boxes(const FrameReport& report) {
 Json label_styles() {
   Json list = Json::array();
   for (size_t label = 0; label < kLabelStyles.size(); ++label) {
-    const cv::Scalar& color = kLabelStyles[label].color;
+    const LabelStyle& style = kLabelStyles[label];
     char text[8];
-    std::snprintf(text, sizeof text, "#%02x%02x%02x", int(color[2]), int(color[1]), int(color[0]));
-    list.push_back({{"name", kLabelStyles[label].name}, {"color", label == 0 ? Json(nullptr) : Json(text)}});
+    std::snprintf(text, sizeof text, "#%02x%02x%02x", style.red, style.green, style.blue);
+    list.push_back({{"name", style.name}, {"color", label == 0 ? Json(nullptr) : Json(text)}});
   }
   return list;
 }

@@ -1,6 +1,7 @@
 /// `morvale score`: replays made-up scenes and compares what the library finds with the truth.
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>

@@ -1,16 +1,13 @@
 #include "service/faces.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <limits>
 #include <map>
-#include <opencv2/imgproc.hpp>
-#include <opencv2/objdetect.hpp>
-#include <tuple>
 
 #include "common/command.h"
+#include "pictures/opencv_module.h"
 #include "session/json.h"
 
 namespace tool {
@@ -23,41 +20,6 @@ std::string base_name(const std::string& path) { return std::filesystem::path(pa
 class NoFaces : public FaceSource {
  public:
   std::vector<FaceRect> faces(const Frame&) override { return {}; }
-};
-
-class CascadeFaces : public FaceSource {
- public:
-  explicit CascadeFaces(const std::string& file) {
-    bool loaded = false;
-    try {
-      loaded = std::filesystem::is_regular_file(file) && cascade_.load(file);
-    } catch (const cv::Exception&) {
-      // Not a cascade: reported below.
-    }
-    if (!loaded)
-      throw UsageError("the face cascade " + file +
-                       " cannot be read; install opencv-data, or pass --cascade FILE or --faces none.");
-  }
-
-  std::vector<FaceRect> faces(const Frame& frame) override {
-    const cv::Mat luma(frame.height, frame.width, CV_8UC1, const_cast<uint8_t*>(frame.luma()),
-                       static_cast<size_t>(frame.stride));
-    cv::Mat even;
-    cv::equalizeHist(luma, even);
-    std::vector<cv::Rect> found;
-    cascade_.detectMultiScale(even, found, 1.1, 4, 0, {24, 24});
-    // The detector's threads may deliver in any order; the position settles equal areas.
-    std::sort(found.begin(), found.end(), [](const cv::Rect& a, const cv::Rect& b) {
-      return std::tuple(-a.area(), a.y, a.x) < std::tuple(-b.area(), b.y, b.x);
-    });
-    found.resize(std::min(found.size(), size_t{morvale::kMaxFaces}));
-    std::vector<FaceRect> faces;
-    for (const cv::Rect& box : found) faces.push_back({box.x, box.y, box.width, box.height});
-    return faces;
-  }
-
- private:
-  cv::CascadeClassifier cascade_;
 };
 
 /// Reads face lists strictly: a typing error must not silently become "no faces".
@@ -125,7 +87,7 @@ class FileFaces : public FaceSource {
 std::unique_ptr<FaceSource> make_face_source(const std::string& mode, const std::string& cascade_file,
                                              const std::vector<std::string>& input_names) {
   if (mode == "none") return std::make_unique<NoFaces>();
-  if (mode == "auto") return std::make_unique<CascadeFaces>(cascade_file);
+  if (mode == "auto") return opencv().make_cascade_faces(cascade_file);
   return std::make_unique<FileFaces>(mode, input_names);
 }
 

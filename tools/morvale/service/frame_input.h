@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <opencv2/core.hpp>
 #include <string>
 #include <vector>
 
@@ -33,9 +32,5 @@ void check_input(const std::string& path, const FrameShape& flags);
 /// Reads a raw frame (*.nv21) as it is, or a photograph, which is resized when `flags` name a size, cropped
 /// to even sides (NV21 has one chroma pair for each 2 x 2 block) and converted. Throws UsageError.
 Frame read_input(const std::string& path, const FrameShape& flags);
-
-/// The frame of a decoded picture, cropped to even sides. Throws UsageError for one that is too large or
-/// small.
-Frame frame_from_bgr(const std::string& name, const cv::Mat& bgr, std::optional<int> stride = std::nullopt);
 
 }  // namespace tool

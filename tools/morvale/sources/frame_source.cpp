@@ -1,9 +1,9 @@
 #include "sources/frame_source.h"
 
 #include <filesystem>
-#include <opencv2/imgcodecs.hpp>
 
 #include "common/command.h"
+#include "pictures/opencv_module.h"
 
 namespace tool {
 
@@ -32,17 +32,8 @@ SourceKind kind_of_input(const std::string& input) {
     throw UsageError(input + ": there is no such file or folder; check the name.");
   if (fs::is_directory(path, error))
     return fs::exists(path / "session.json", error) ? SourceKind::kBundle : SourceKind::kPictures;
-  const bool picture = path.extension() == ".nv21" || cv::haveImageReader(input);
+  const bool picture = path.extension() == ".nv21" || opencv().is_picture(input);
   return picture ? SourceKind::kPictures : SourceKind::kVideo;
-}
-
-morvale::session::FrameInput input_of(Frame frame) {
-  morvale::session::FrameInput input;
-  input.record.width = frame.width;
-  input.record.height = frame.height;
-  input.record.stride = frame.stride;
-  input.nv21 = std::move(frame.nv21);
-  return input;
 }
 
 }  // namespace tool

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "service/camera_service.h"
@@ -45,12 +46,20 @@ SourceKind kind_of_input(const std::string& input);
 
 /// Size of pictures and of panned frames; recordings and videos have their own.
 std::unique_ptr<FrameSource> make_bundle_source(const std::string& folder);
-std::unique_ptr<FrameSource> make_video_source(const std::string& file);
 std::unique_ptr<FrameSource> make_y4m_source(const std::string& file);  ///< "-": standard input
 std::unique_ptr<FrameSource> make_picture_source(const std::string& folder_or_file, const FrameShape& shape);
+/// These stand behind opencv().
+std::unique_ptr<FrameSource> make_video_source(const std::string& file);
 std::unique_ptr<FrameSource> make_pan_source(const std::string& photograph, FrameSize size, int frames);
 
 /// The record and the pixels that a camera would deliver for this frame.
-morvale::session::FrameInput input_of(Frame frame);
+inline morvale::session::FrameInput input_of(Frame frame) {
+  morvale::session::FrameInput input;
+  input.record.width = frame.width;
+  input.record.height = frame.height;
+  input.record.stride = frame.stride;
+  input.nv21 = std::move(frame.nv21);
+  return input;
+}
 
 }  // namespace tool

@@ -4,6 +4,7 @@
 #include <numbers>
 #include <opencv2/imgproc.hpp>
 
+#include "pictures/photograph_frame.h"
 #include "pictures/picture_decoder.h"
 #include "sources/frame_source.h"
 

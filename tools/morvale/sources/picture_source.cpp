@@ -1,10 +1,10 @@
 /// A folder of pictures, in the order of their names, as a source of frames.
 #include <algorithm>
 #include <filesystem>
-#include <opencv2/imgcodecs.hpp>
 #include <vector>
 
 #include "common/command.h"
+#include "pictures/opencv_module.h"
 #include "sources/frame_source.h"
 
 namespace tool {
@@ -48,7 +48,7 @@ std::vector<std::string> pictures_in(const std::string& path) {
   if (error) throw UsageError(path + ": cannot be read; check the folder's permissions.");
   for (const fs::directory_entry& entry : entries) {
     const std::string file = entry.path().string();
-    if (entry.is_regular_file() && (entry.path().extension() == ".nv21" || cv::haveImageReader(file)))
+    if (entry.is_regular_file() && (entry.path().extension() == ".nv21" || opencv().is_picture(file)))
       files.push_back(file);
   }
   if (files.empty())

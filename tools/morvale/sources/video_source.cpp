@@ -4,6 +4,7 @@
 
 #include <morvale/morvale.h>
 #include "common/command.h"
+#include "pictures/photograph_frame.h"
 #include "sources/frame_source.h"
 
 namespace tool {

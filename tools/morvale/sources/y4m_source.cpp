@@ -1,6 +1,7 @@
 /// YUV4MPEG2, uncompressed video as ffmpeg's "yuv4mpegpipe" writes it: a header line, then for each frame a
 /// line "FRAME" and the planes Y, U, V. Only 4:2:0 with 8 bits is taken: its samples go into the frame as
 /// they are. https://wiki.multimedia.cx/index.php/YUV4MPEG2
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <memory>
