@@ -1,5 +1,6 @@
 /// The resampling rules that NV21 and single-plane scaling share, over whole planes; the row loops are
-/// kernels/resample_rows.h. A sample has kChannels bytes: one for luma, two for a chroma pair.
+/// kernels/bilinear_rows.h and half_ratio_rows.h. A sample has kChannels bytes: one for luma, two for a
+/// chroma pair.
 #pragma once
 
 #include <algorithm>
@@ -73,8 +74,7 @@ inline bool is_half_ratio(Steps s) { return (s.x & 255) == 128 && (s.y & 255) ==
 /// so that the source needs no extra row and column: the sample itself stands in, which changes nothing.
 template <int kChannels>
 void resample_bilinear(const SourcePlane& src, const TargetPlane& dst, Steps step) {
-  const ResampleRows& loops = kernels().resample;
-  const auto fill_row = kChannels == 1 ? loops.bilinear_bytes : loops.bilinear_pairs;
+  const auto fill_row = kChannels == 1 ? kernels().bilinear.bytes : kernels().bilinear.pairs;
   const SourceRows<kChannels> source(src);
   for (int y = 0, py = 0; y < dst.rows; ++y, py += step.y) {
     const int fy = py & 255;
@@ -89,8 +89,7 @@ void resample_bilinear(const SourcePlane& src, const TargetPlane& dst, Steps ste
 /// end with the row.
 template <int kChannels>
 void resample_half_ratio(const SourcePlane& src, const TargetPlane& dst, Steps step) {
-  const ResampleRows& loops = kernels().resample;
-  const auto fill_rows = kChannels == 1 ? loops.half_ratio_bytes : loops.half_ratio_pairs;
+  const auto fill_rows = kChannels == 1 ? kernels().half_ratio.bytes : kernels().half_ratio.pairs;
   const SourceRows<kChannels> source(src);
   const int ix = step.x >> 8, iy = step.y >> 8;
   for (int y = 0, r = 0; y < dst.rows; y += 2, r += 2 * iy + 1) {

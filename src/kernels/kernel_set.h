@@ -8,11 +8,12 @@
 #include <span>
 #include <string_view>
 
+#include "kernels/bilinear_rows.h"
 #include "kernels/color_rows.h"
 #include "kernels/face_rows.h"
+#include "kernels/half_ratio_rows.h"
 #include "kernels/network_rows.h"
 #include "kernels/plane_rows.h"
-#include "kernels/resample_rows.h"
 #include "kernels/rotate_blocks.h"
 
 namespace morvale {
@@ -20,7 +21,8 @@ namespace morvale {
 struct KernelSet {
   std::string_view name;
   const ColorRows& color;
-  const ResampleRows& resample;
+  const BilinearRows& bilinear;
+  const HalfRatioRows& half_ratio;
   const PlaneRows& plane;
   const RotateBlocks& rotate;
   const NetworkRows& network;

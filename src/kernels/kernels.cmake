@@ -1,7 +1,8 @@
 # The row loops: portable, and once per vector variant of the processor. Each variant compiles the same *_simd.cpp
 # texts in a namespace of its own, and nothing else with its flags: a function that the linker could share with the
 # rest must not carry instructions that the processor may lack.
-set(kernel_families color_rows resample_rows plane_rows rotate_blocks network_rows face_rows)
+set(kernel_families
+  bilinear_rows color_rows face_rows half_ratio_rows network_rows plane_rows rotate_blocks)
 
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
   set(kernel_variants avx2 avx512)

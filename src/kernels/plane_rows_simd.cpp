@@ -45,8 +45,6 @@ Bytes nearly_first(Bytes a, Bytes b) {
   return subtract(subtract(a, at_least_two), equal(above, all_bytes(255)));
 }
 
-int lesser(int a, int b) { return a < b ? a : b; }
-
 /// The last block moves back to end with the row. Its last pixel is its own neighbour: every blend of it is
 /// that pixel again.
 void quadruple_row(const uint8_t* src, uint8_t* dst, int width) {

@@ -95,8 +95,6 @@ inline void transpose_tile(const uint8_t* src, ptrdiff_t src_stride, uint8_t* ds
   for (int i = 0; i < kColumns; ++i) store(dst + i * dst_stride, out[i]);
 }
 
-int lesser(int a, int b) { return a < b ? a : b; }
-
 /// Goes down the picture in strips as wide as a cache line, so that a source line is used up while it is
 /// near. The last tiles of a strip or of the picture move back to lie inside and write some bytes again.
 template <class Samples>

@@ -4,8 +4,7 @@ namespace morvale {
 
 extern const KernelSet kPortableKernels;
 constinit const KernelSet kPortableKernels = {
-    "portable",           portable::kColorRows,    portable::kResampleRows,
-    portable::kPlaneRows, portable::kRotateBlocks, portable::kNetworkRows,
-    portable::kFaceRows};
+    "portable",           portable::kColorRows,    portable::kBilinearRows, portable::kHalfRatioRows,
+    portable::kPlaneRows, portable::kRotateBlocks, portable::kNetworkRows,  portable::kFaceRows};
 
 }  // namespace morvale

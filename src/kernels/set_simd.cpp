@@ -7,15 +7,16 @@ extern const KernelSet kKernels;
 
 #if defined(__AVX512VBMI__)
 // What AVX-512 does not make faster is the AVX2 set's: the enlargers were slower by a quarter.
-constinit const KernelSet kKernels = {"avx512",         kColorRows,          avx2::kResampleRows,
-                                      avx2::kPlaneRows, avx2::kRotateBlocks, kNetworkRows,
-                                      kFaceRows};
+constinit const KernelSet kKernels = {
+    "avx512",         kColorRows,          avx2::kBilinearRows, avx2::kHalfRatioRows,
+    avx2::kPlaneRows, avx2::kRotateBlocks, kNetworkRows,        kFaceRows};
 #else
 #define MORVALE_TEXT_(x) #x
 #define MORVALE_TEXT(x) MORVALE_TEXT_(x)
 constinit const KernelSet kKernels = {MORVALE_TEXT(MORVALE_VARIANT),
                                       kColorRows,
-                                      kResampleRows,
+                                      kBilinearRows,
+                                      kHalfRatioRows,
                                       kPlaneRows,
                                       kRotateBlocks,
                                       kNetworkRows,

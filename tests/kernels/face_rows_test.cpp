@@ -123,8 +123,8 @@ TEST(FaceRows, CountFace) {
 TEST(FaceRows, CountFaceOfEveryColour) {
   const std::vector<uint8_t> all(256, 255);
   std::vector<uint8_t> rgb(3 * 256);
-  for (const KernelSet* set : runnable_kernels()) {
-    if (set->name == "portable") continue;
+  if (kernel_cases::vector_sets().empty()) GTEST_SKIP() << "only the portable kernels run here";
+  for (const KernelSet* set : kernel_cases::vector_sets()) {
     for (int colour = 0; colour < 1 << 24; colour += 256) {
       for (size_t b = 0; b < 256; ++b) {
         rgb[3 * b] = static_cast<uint8_t>(colour >> 16);

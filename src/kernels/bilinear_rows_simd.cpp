@@ -1,8 +1,9 @@
-#include "kernels/resample_rows.h"
+#include "kernels/bilinear_rows.h"
 
 #include <cstring>
 
 #include "kernels/simd.h"
+#include "kernels/simd_tables.h"
 
 namespace morvale::MORVALE_VARIANT {
 namespace {
@@ -19,6 +20,9 @@ constexpr int kLanes = static_cast<int>(kBytes) / 2;
 using Lanes = __m256i;
 
 Lanes all_lanes(int v) { return _mm256_set1_epi16(static_cast<short>(v)); }
+Lanes lanes_of_halves(int low, int high) {
+  return halves(_mm_set1_epi16(static_cast<short>(low)), _mm_set1_epi16(static_cast<short>(high)));
+}
 Lanes add_lanes(Lanes a, Lanes b) { return _mm256_add_epi16(a, b); }
 Lanes multiply_lanes(Lanes a, Lanes b) { return _mm256_mullo_epi16(a, b); }
 Lanes low_bytes(Lanes v) { return _mm256_and_si256(v, _mm256_set1_epi16(255)); }
@@ -35,32 +39,32 @@ Lanes counting() {
   }
 }
 
-int load16(const uint8_t* p) {
+inline int load_two(const uint8_t* p) {
   short v;
   std::memcpy(&v, p, sizeof v);
   return v;
 }
-int load32(const uint8_t* p) {
+inline int load_four(const uint8_t* p) {
   int v;
   std::memcpy(&v, p, sizeof v);
   return v;
 }
 
 inline __m128i eight_neighbours(const uint8_t* row, const uint32_t* at) {
-  __m128i v = _mm_cvtsi32_si128(load16(row + at[0]));
-  v = _mm_insert_epi16(v, load16(row + at[1]), 1);
-  v = _mm_insert_epi16(v, load16(row + at[2]), 2);
-  v = _mm_insert_epi16(v, load16(row + at[3]), 3);
-  v = _mm_insert_epi16(v, load16(row + at[4]), 4);
-  v = _mm_insert_epi16(v, load16(row + at[5]), 5);
-  v = _mm_insert_epi16(v, load16(row + at[6]), 6);
-  return _mm_insert_epi16(v, load16(row + at[7]), 7);
+  __m128i v = _mm_cvtsi32_si128(load_two(row + at[0]));
+  v = _mm_insert_epi16(v, load_two(row + at[1]), 1);
+  v = _mm_insert_epi16(v, load_two(row + at[2]), 2);
+  v = _mm_insert_epi16(v, load_two(row + at[3]), 3);
+  v = _mm_insert_epi16(v, load_two(row + at[4]), 4);
+  v = _mm_insert_epi16(v, load_two(row + at[5]), 5);
+  v = _mm_insert_epi16(v, load_two(row + at[6]), 6);
+  return _mm_insert_epi16(v, load_two(row + at[7]), 7);
 }
 inline __m128i four_pair_neighbours(const uint8_t* row, const uint32_t* at) {
-  __m128i v = _mm_cvtsi32_si128(load32(row + at[0]));
-  v = _mm_insert_epi32(v, load32(row + at[1]), 1);
-  v = _mm_insert_epi32(v, load32(row + at[2]), 2);
-  return _mm_insert_epi32(v, load32(row + at[3]), 3);
+  __m128i v = _mm_cvtsi32_si128(load_four(row + at[0]));
+  v = _mm_insert_epi32(v, load_four(row + at[1]), 1);
+  v = _mm_insert_epi32(v, load_four(row + at[2]), 2);
+  return _mm_insert_epi32(v, load_four(row + at[3]), 3);
 }
 
 /// The neighbours of a block's columns in both rows. Eight or four columns of both are done before the next:
@@ -69,7 +73,7 @@ struct BothRows {
   Bytes top, below;
 };
 template <int kChannels>
-inline BothRows neighbours(const uint8_t* top, const uint8_t* below, const uint32_t* at) {
+inline BothRows neighbours(const uint8_t* top, const uint8_t* below, const uint32_t* at, bool /*roomy*/) {
   if constexpr (kChannels == 1) {
     const __m128i t = eight_neighbours(top, at), b = eight_neighbours(below, at);
     return {_mm256_set_m128i(eight_neighbours(top, at + 8), t),
@@ -107,31 +111,6 @@ inline void store_rows_mix(uint8_t* dst, Lanes top, Lanes below, int fy) {
   store_words(dst, words);
 }
 
-inline __m128i load_half(const uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
-
-/// 32 bytes to pick from: both 128-bit halves hold the first 16 in `low`, the others in `high`.
-struct ByteTable {
-  __m256i low, high;
-};
-ByteTable byte_table(const uint8_t* low, const uint8_t* high) {
-  return {_mm256_broadcastsi128_si256(load_half(low)), _mm256_broadcastsi128_si256(load_half(high))};
-}
-/// The shuffle gives 0 where the top bit of its index is set, so each half of the table leaves the other's
-/// bytes alone.
-Bytes pick(const ByteTable& table, Bytes index) {
-  return _mm256_or_si256(_mm256_shuffle_epi8(table.low, _mm256_adds_epu8(index, _mm256_set1_epi8(0x70))),
-                         _mm256_shuffle_epi8(table.high, _mm256_sub_epi8(index, _mm256_set1_epi8(16))));
-}
-
-/// Two runs of 24 bytes, one behind the other: each half picks from its own.
-ByteTable two_dozen_bytes(const uint8_t* p) {
-  const auto halves = [](const uint8_t* low, const uint8_t* high) {
-    return _mm256_set_m128i(load_half(high), load_half(low));
-  };
-  return {halves(p, p + 24), halves(p + 8, p + 32)};
-}
-/// The same 16 bytes for each half.
-Bytes for_each_half(const uint8_t* p) { return _mm256_broadcastsi128_si256(load_half(p)); }
 Bytes at_least(Bytes a, int b) {
   const Bytes limit = all_bytes(b);
   return _mm256_cmpeq_epi8(_mm256_max_epu8(a, limit), a);
@@ -142,6 +121,7 @@ Bytes at_least(Bytes a, int b) {
 using Lanes = uint16x8_t;
 
 Lanes all_lanes(int v) { return vdupq_n_u16(static_cast<uint16_t>(v)); }
+Lanes lanes_of_halves(int low, int /*high*/) { return all_lanes(low); }
 Lanes add_lanes(Lanes a, Lanes b) { return vaddq_u16(a, b); }
 Lanes multiply_lanes(Lanes a, Lanes b) { return vmulq_u16(a, b); }
 Lanes low_bytes(Lanes v) { return vandq_u16(v, vdupq_n_u16(255)); }
@@ -154,27 +134,44 @@ Lanes counting() {
   return vld1q_u16(kChannels == 1 ? kBytesCount : kPairsCount);
 }
 
+/// A window of 16 bytes for each column, and a table look-up that takes the neighbours out of four. Left to
+/// themselves compilers gather two bytes at a time through the stack, where a wide load waits for the narrow
+/// stores before it, or through the general registers, at up to five times the modelled cycles. Of the forms
+/// that were tried this one is the best on A55-class and A76-class cores together, whichever compiler: loads
+/// into single lanes wait for one another on the one, interleaving costs more instructions on both.
 template <int kChannels>
 inline Bytes row_neighbours(const uint8_t* row, const uint32_t* at) {
+  const auto four = [&](const uint32_t* of, const uint8_t(&numbers)[16]) {
+    const uint8x16x4_t windows = {
+        {load(row + of[0]), load(row + of[1]), load(row + of[2]), load(row + of[3])}};
+    return vqtbl4q_u8(windows, load(numbers));
+  };
   if constexpr (kChannels == 1) {
-    uint16_t v[8];
-    for (int i = 0; i < 8; ++i) std::memcpy(v + i, row + at[i], 2);
-    return vreinterpretq_u8_u16(vld1q_u16(v));
+    constexpr uint8_t kTwo[16] = {0, 1, 16, 17, 32, 33, 48, 49};
+    return lower_eights(four(at, kTwo), four(at + 4, kTwo));
   } else {
-    uint32_t v[4];
-    for (int i = 0; i < 4; ++i) std::memcpy(v + i, row + at[i], 4);
-    const Bytes pairs = vreinterpretq_u8_u32(vld1q_u32(v));
-    constexpr uint8_t kOrder[] = {0, 2, 1, 3, 4, 6, 5, 7, 8, 10, 9, 11, 12, 14, 13, 15};
-    return vqtbl1q_u8(pairs, vld1q_u8(kOrder));
+    constexpr uint8_t kFour[16] = {0, 2, 1, 3, 16, 18, 17, 19, 32, 34, 33, 35, 48, 50, 49, 51};
+    return four(at, kFour);
   }
+}
+
+/// The same without a byte more than the neighbours.
+template <int kChannels>
+inline Bytes row_neighbours_alone(const uint8_t* row, const uint32_t* at) {
+  constexpr int kColumns = 8 / kChannels, kSize = 2 * kChannels;
+  uint8_t gathered[kColumns * kSize];
+  for (int i = 0; i < kColumns; ++i) std::memcpy(gathered + kSize * i, row + at[i], kSize);
+  constexpr uint8_t kOrder[] = {0, 2, 1, 3, 4, 6, 5, 7, 8, 10, 9, 11, 12, 14, 13, 15};
+  return kChannels == 1 ? load(gathered) : vqtbl1q_u8(load(gathered), load(kOrder));
 }
 
 struct BothRows {
   Bytes top, below;
 };
 template <int kChannels>
-inline BothRows neighbours(const uint8_t* top, const uint8_t* below, const uint32_t* at) {
-  return {row_neighbours<kChannels>(top, at), row_neighbours<kChannels>(below, at)};
+inline BothRows neighbours(const uint8_t* top, const uint8_t* below, const uint32_t* at, bool roomy) {
+  if (roomy) return {row_neighbours<kChannels>(top, at), row_neighbours<kChannels>(below, at)};
+  return {row_neighbours_alone<kChannels>(top, at), row_neighbours_alone<kChannels>(below, at)};
 }
 
 inline Lanes mix_columns(Bytes pairs, Lanes fx) {
@@ -189,16 +186,9 @@ inline void store_rows_mix(uint8_t* dst, Lanes top, Lanes below, int fy) {
   vst1_u8(dst, vmovn_u16(vcombine_u16(vshrn_n_u32(low, 16), vshrn_n_u32(high, 16))));
 }
 
-using ByteTable = uint8x16x2_t;
-ByteTable byte_table(const uint8_t* low, const uint8_t* high) { return {{vld1q_u8(low), vld1q_u8(high)}}; }
-Bytes pick(const ByteTable& table, Bytes index) { return vqtbl2q_u8(table, index); }
-ByteTable two_dozen_bytes(const uint8_t* p) { return byte_table(p, p + 8); }
-Bytes for_each_half(const uint8_t* p) { return load(p); }
 Bytes at_least(Bytes a, int b) { return vcgeq_u8(a, all_bytes(b)); }
 
 #endif
-
-int lesser(int a, int b) { return a < b ? a : b; }
 
 /// Q8 positions of a row's output samples.
 struct Positions {
@@ -208,11 +198,16 @@ struct Positions {
   int right(int x) const { return (at(x) + 255) >> 8; }
 };
 
+/// Positions of a block's lanes behind the first one's.
 template <int kChannels>
-void bilinear_portable(const BilinearRows& rows, int position, uint8_t* dst, int width) {
-  const auto loop =
-      kChannels == 1 ? portable::kResampleRows.bilinear_bytes : portable::kResampleRows.bilinear_pairs;
-  loop(rows, position, dst, width);
+Lanes counted_steps(Positions positions) {
+  return multiply_lanes(counting<kChannels>(), all_lanes(positions.step));
+}
+
+template <int kChannels>
+void blend_rest(const BilinearSource& source, int position, uint8_t* dst, int width) {
+  const auto rest = kChannels == 1 ? portable::kBilinearRows.bytes : portable::kBilinearRows.pairs;
+  if (width > 0) rest(source, position, dst, width);
 }
 
 /// Every fraction is 0: one sample each, `step` bytes apart.
@@ -246,14 +241,14 @@ inline void prefetch(const uint8_t* top, const uint8_t* below, const uint32_t* a
 /// right neighbour too, whatever its weight: a block that would so read past column `limit` is not done, nor
 /// is any behind it. Returns the columns done.
 template <int kChannels>
-int bilinear_blocks(const BilinearRows& rows, Positions positions, int limit, uint8_t* dst, int columns) {
+int blend_blocks(const BilinearSource& source, Positions positions, int limit, uint8_t* dst, int columns) {
   constexpr int kColumns = kLanes / kChannels, kStrip = 8 * kColumns;
-  const uint8_t *top = rows.top.data, *below = rows.below.data;
-  const int fy = rows.fy;
-  const ptrdiff_t ahead = rows.ahead;
+  const uint8_t *top = source.top.data, *below = source.below.data;
+  const int fy = source.fy;
+  const ptrdiff_t ahead = source.ahead;
   // Columns are asked for one by one where a cache line holds fewer than four (two of pairs).
   const bool sparse = positions.step > 16 * 256;
-  const Lanes counted = multiply_lanes(counting<kChannels>(), all_lanes(positions.step));
+  const Lanes counted = counted_steps<kChannels>(positions);
   const Lanes block_step = all_lanes(kColumns * positions.step);
   uint32_t at[kStrip];  // byte offsets of a strip of columns
   for (int x = 0; x < columns;) {
@@ -262,7 +257,8 @@ int bilinear_blocks(const BilinearRows& rows, Positions positions, int limit, ui
     for (int i = 0; i < strip; ++i) at[i] = static_cast<uint32_t>(positions.left(x + i)) * kChannels;
     Lanes position = add_lanes(counted, all_lanes(positions.at(x)));
     for (int i = 0; i < strip; i += kColumns, x += kColumns) {
-      if (static_cast<int>(at[i + kColumns - 1]) >= limit * kChannels) return x;
+      const int last = static_cast<int>(at[i + kColumns - 1]);
+      if (last >= limit * kChannels) return x;
       if (ahead != 0) {
         if (sparse) {
           prefetch<kColumns, 1>(top + ahead, below + ahead, at + i);
@@ -270,7 +266,7 @@ int bilinear_blocks(const BilinearRows& rows, Positions positions, int limit, ui
           prefetch<kColumns, 4 / kChannels>(top + ahead, below + ahead, at + i);
         }
       }
-      const BothRows both = neighbours<kChannels>(top, below, at + i);
+      const BothRows both = neighbours<kChannels>(top, below, at + i, last + 16 <= (limit + 1) * kChannels);
       const Lanes fx = low_bytes(position);
       store_rows_mix(dst + x * kChannels, mix_columns(both.top, fx), mix_columns(both.below, fx), fy);
       position = add_lanes(position, block_step);
@@ -279,13 +275,66 @@ int bilinear_blocks(const BilinearRows& rows, Positions positions, int limit, ui
   return columns;
 }
 
+/// What 64 bytes hold, from which the eight output bytes of each half of a block can be picked.
+template <int kChannels>
+struct Near {
+  static constexpr int kColumns = 8 / kChannels;  ///< output columns of a half
+  static constexpr int kSource = 64 / kChannels;  ///< source columns
+
+  /// Whether that is so at this step, in a row of `span` source columns.
+  static bool holds(Positions positions, int span) {
+    return (((kColumns - 1) * positions.step + 510) >> 8) + 1 <= kSource && span >= kSource;
+  }
+  /// Numbers of the bytes of both neighbours, from the left one's column in each lane.
+  static Bytes numbers(Lanes column) {
+    constexpr uint8_t kPairs[16] = {0, 2, 1, 3, 0, 2, 1, 3, 0, 2, 1, 3, 0, 2, 1, 3};
+    const Bytes offsets = kChannels == 1 ? as_bytes(all_lanes(256)) : for_each_half(kPairs);
+    return add(as_bytes(multiply_lanes(column, all_lanes(257 * kChannels))), offsets);
+  }
+};
+
+/// Columns so near each other that a table look-up replaces most loads. As in blend_blocks, no block is
+/// done that needs a column behind `limit`; the bytes to pick from lie between the row's first column and
+/// that one.
+template <int kChannels>
+int blend_near(const BilinearSource& source, Positions positions, int limit, uint8_t* dst, int columns) {
+  using Half = Near<kChannels>;
+  constexpr int kColumns = kLanes / kChannels;
+  const Lanes counted = counted_steps<kChannels>(positions);
+  const int last_begin = limit + 1 - Half::kSource;
+  for (int x = 0; x < columns; x += kColumns) {
+    x = lesser(x, columns - kColumns);
+    if (positions.right(x + kColumns - 1) > limit) return x;
+    const int low = lesser(positions.left(x), last_begin);
+    const int high = lesser(positions.left(x + kColumns - Half::kColumns), last_begin);
+    const ptrdiff_t low_byte = ptrdiff_t{kChannels} * low, high_byte = ptrdiff_t{kChannels} * high;
+    const uint8_t *top = source.top.data, *below = source.below.data;
+    if (source.ahead != 0) {
+      __builtin_prefetch(top + source.ahead + low_byte);
+      __builtin_prefetch(below + source.ahead + low_byte);
+      if constexpr (kColumns > Half::kColumns) {
+        __builtin_prefetch(top + source.ahead + high_byte);
+        __builtin_prefetch(below + source.ahead + high_byte);
+      }
+    }
+    const int at = positions.at(x);
+    const Lanes position = add_lanes(counted, lanes_of_halves(at - 256 * low, at - 256 * high));
+    const WindowPick<4> pick(Half::numbers(high_bytes(position)));
+    const Lanes fx = low_bytes(position);
+    const auto mixed = [&](const uint8_t* row) {
+      return mix_columns(pick_from_windows<4, false>(row + low_byte, row + high_byte, 16, 0, pick), fx);
+    };
+    store_rows_mix(dst + x * kChannels, mixed(top), mixed(below), source.fy);
+  }
+  return columns;
+}
+
 /// A source of 17 to 32 bytes lies in two registers: columns are picked by a shuffle.
-void bilinear_short(const BilinearRows& rows, Positions positions, int span, uint8_t* dst, int columns) {
+void blend_short(const BilinearSource& source, Positions positions, int span, uint8_t* dst, int columns) {
   const int first = positions.left(0);
-  const ByteTable top = byte_table(rows.top.data + first, rows.top.data + first + span - 16);
-  const ByteTable below = byte_table(rows.below.data + first, rows.below.data + first + span - 16);
-  const Lanes counted = add_lanes(multiply_lanes(counting<1>(), all_lanes(positions.step)),
-                                  all_lanes(positions.first - 256 * first));
+  const ByteTable top = byte_table(source.top.data + first, source.top.data + first + span - 16);
+  const ByteTable below = byte_table(source.below.data + first, source.below.data + first + span - 16);
+  const Lanes counted = add_lanes(counted_steps<1>(positions), all_lanes(positions.first - 256 * first));
   for (int x = 0; x < columns;) {
     const int begin = lesser(x, columns - kLanes);
     const Lanes position = add_lanes(counted, all_lanes(begin * positions.step));
@@ -296,77 +345,45 @@ void bilinear_short(const BilinearRows& rows, Positions positions, int span, uin
     const Bytes index = add(column, bit_and(at_least(column, 16), all_bytes(32 - span)));
     const Lanes fx = low_bytes(position);
     store_rows_mix(dst + begin, mix_columns(pick(top, index), fx), mix_columns(pick(below, index), fx),
-                   rows.fy);
+                   source.fy);
     x = begin + kLanes;
   }
 }
 
+/// Apart, so that a row that is only sampled does not pay for saving the registers that are needed here.
 template <int kChannels>
-void bilinear(const BilinearRows& rows, int position, uint8_t* dst, int width) {
-  const Positions positions{position, rows.step};
+[[gnu::noinline]] void blend_row(const BilinearSource& source, Positions positions, uint8_t* dst, int width) {
   const int columns = width / kChannels;  // a sample that does not fit is left to the portable loop
   int done = 0;
   if (columns >= kLanes / kChannels) {
     const int last = positions.right(columns - 1), span = last - positions.left(0) + 1;
-    const int inside = lesser(rows.top.last, rows.below.last), limit = lesser(last, inside);
-    if (rows.fy == 0 && ((position | rows.step) & 255) == 0 && last <= inside) {
-      sample_row<kChannels>(rows.top.data + ptrdiff_t{kChannels} * positions.left(0),
-                            ptrdiff_t{kChannels} * (rows.step >> 8), dst, columns);
+    const int inside = lesser(source.top.last, source.below.last), limit = lesser(last, inside);
+    if (kChannels == 1 && span > 16 && span <= 32 && last <= inside) {
+      blend_short(source, positions, span, dst, columns);
       done = columns;
-    } else if (kChannels == 1 && span > 16 && span <= 32 && last <= inside) {
-      bilinear_short(rows, positions, span, dst, columns);
-      done = columns;
+    } else if (Near<kChannels>::holds(positions, limit - positions.left(0) + 1)) {
+      done = blend_near<kChannels>(source, positions, limit, dst, columns);
     } else {
-      done = bilinear_blocks<kChannels>(rows, positions, limit, dst, columns);
+      done = blend_blocks<kChannels>(source, positions, limit, dst, columns);
     }
   }
-  bilinear_portable<kChannels>(rows, positions.at(done), dst + done * kChannels, width - done * kChannels);
+  blend_rest<kChannels>(source, positions.at(done), dst + done * kChannels, width - done * kChannels);
 }
-
-// ---- Half ratio 1.5: three source columns give two ----
-
-/// The sum of four is 2 (p + q) + r + s with the floor means p, q and the odd bits r, s of its two pairs: the
-/// mean of p and q, rounded up only where both bits are odd too.
-Bytes mean_of_four(Bytes a, Bytes b, Bytes c, Bytes d) {
-  const Bytes p = average_down(a, b), q = average_down(c, d);
-  const Bytes carry = bit_and(bit_and(bit_xor(a, b), bit_xor(c, d)), bit_and(bit_xor(p, q), all_bytes(1)));
-  return add(average_down(p, q), carry);
-}
-
-/// Where 16 output bytes find their source among 24: an even column its sample, an odd one the two behind
-/// it. The table's upper register begins at byte 8, so bytes from 16 on lie 8 further up.
-struct ThreeToTwo {
-  uint8_t first[16], second[16];
-};
-constexpr ThreeToTwo kByteThirds = {{0, 1, 3, 4, 6, 7, 9, 10, 12, 13, 15, 24, 26, 27, 29, 30},
-                                    {0, 2, 3, 5, 6, 8, 9, 11, 12, 14, 15, 25, 26, 28, 29, 31}};
-constexpr ThreeToTwo kPairThirds = {{0, 1, 2, 3, 6, 7, 8, 9, 12, 13, 14, 15, 26, 27, 28, 29},
-                                    {0, 1, 4, 5, 6, 7, 10, 11, 12, 13, 24, 25, 26, 27, 30, 31}};
 
 template <int kChannels>
-void half_ratio(const HalfRatioRows& rows, int column, uint8_t* above, uint8_t* under, int width) {
-  constexpr int kBlock = static_cast<int>(kBytes), kSourceColumns = kBlock / 2 * 3 / kChannels;
-  const int inside = lesser(rows.first.last, lesser(rows.upper.last, rows.lower.last));
-  const ThreeToTwo& thirds = kChannels == 1 ? kByteThirds : kPairThirds;
-  const Bytes first = for_each_half(thirds.first), second = for_each_half(thirds.second);
-  int x = 0;
-  // Other ratios than 1.5 are rare and stay with the portable loop.
-  for (; rows.ix == 1 && x + kBlock <= width && column + kSourceColumns - 1 <= inside;
-       x += kBlock, column += kSourceColumns) {
-    const ptrdiff_t byte = ptrdiff_t{kChannels} * column;
-    const ByteTable a = two_dozen_bytes(rows.first.data + byte), b = two_dozen_bytes(rows.upper.data + byte);
-    const ByteTable c = two_dozen_bytes(rows.lower.data + byte);
-    // An even column finds one sample twice: it is its own mean, and the mean of four is that of two.
-    store(above + x, average_down(pick(a, first), pick(a, second)));
-    store(under + x, mean_of_four(pick(b, first), pick(b, second), pick(c, first), pick(c, second)));
+void bilinear(const BilinearSource& source, int position, uint8_t* dst, int width) {
+  const Positions positions{position, source.step};
+  const bool sampled = source.fy == 0 && ((position | source.step) & 255) == 0 && width % kChannels == 0;
+  if (sampled && positions.left(width / kChannels - 1) <= source.top.last) {
+    sample_row<kChannels>(source.top.data + ptrdiff_t{kChannels} * positions.left(0),
+                          ptrdiff_t{kChannels} * (source.step >> 8), dst, width / kChannels);
+  } else {
+    blend_row<kChannels>(source, positions, dst, width);
   }
-  const auto tail =
-      kChannels == 1 ? portable::kResampleRows.half_ratio_bytes : portable::kResampleRows.half_ratio_pairs;
-  tail(rows, column, above + x, under + x, width - x);
 }
 
 }  // namespace
 
-constinit const ResampleRows kResampleRows = {bilinear<1>, bilinear<2>, half_ratio<1>, half_ratio<2>};
+constinit const BilinearRows kBilinearRows = {bilinear<1>, bilinear<2>};
 
 }  // namespace morvale::MORVALE_VARIANT
