@@ -7,7 +7,6 @@ namespace {
 #if defined(__AVX2__)
 
 Bytes maximum(Bytes a, Bytes b) { return _mm256_max_epu8(a, b); }
-Bytes minimum(Bytes a, Bytes b) { return _mm256_min_epu8(a, b); }
 Bytes bit_or(Bytes a, Bytes b) { return _mm256_or_si256(a, b); }
 
 /// One bit a byte of a mask of 0 and 255, the first byte's lowest.
@@ -35,15 +34,8 @@ Longs shift_down(Longs v) {
   return _mm256_srli_epi64(v, k);
 }
 
-constexpr ptrdiff_t kLanes = 8;
-using Floats = __m256;
 using Ints = __m256i;
-Floats all_floats(float v) { return _mm256_set1_ps(v); }
-Floats add(Floats a, Floats b) { return _mm256_add_ps(a, b); }
-Floats subtract(Floats a, Floats b) { return _mm256_sub_ps(a, b); }
-Floats multiply(Floats a, Floats b) { return _mm256_mul_ps(a, b); }
 Floats divide(Floats a, Floats b) { return _mm256_div_ps(a, b); }
-Floats multiply_add(Floats a, Floats b, Floats c) { return _mm256_fmadd_ps(a, b, c); }
 Floats multiply_subtract(Floats a, Floats b, Floats c) { return _mm256_fmsub_ps(a, b, c); }
 Floats largest_of(Floats a, Floats b) { return _mm256_max_ps(a, b); }
 Ints truncate(Floats v) { return _mm256_cvttps_epi32(v); }
@@ -57,7 +49,7 @@ void store_shorts(int16_t* p, Ints low, Ints high) {
   _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), packed);
 }
 
-/// kLanes bytes as numbers, each once (`times` kOnce) or three times side by side (kThrice).
+/// kFloats bytes as numbers, each once (`times` kOnce) or three times side by side (kThrice).
 constexpr int kOnce = static_cast<int>(0x80808000u), kThrice = static_cast<int>(0x80000000u);
 Ints numbers(const uint8_t* p, int times) {
   const __m256i eight = _mm256_broadcastq_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)));
@@ -113,7 +105,6 @@ Pixels load_pixels(const uint8_t* rgb) {
 #else
 
 Bytes maximum(Bytes a, Bytes b) { return vmaxq_u8(a, b); }
-Bytes minimum(Bytes a, Bytes b) { return vminq_u8(a, b); }
 Bytes bit_or(Bytes a, Bytes b) { return vorrq_u8(a, b); }
 
 /// One bit a byte of a mask of 0 and 255, the first byte's lowest.
@@ -139,15 +130,8 @@ Longs shift_down(Longs v) {
   return vshrq_n_u64(v, k);
 }
 
-constexpr ptrdiff_t kLanes = 4;
-using Floats = float32x4_t;
 using Ints = int32x4_t;
-Floats all_floats(float v) { return vdupq_n_f32(v); }
-Floats add(Floats a, Floats b) { return vaddq_f32(a, b); }
-Floats subtract(Floats a, Floats b) { return vsubq_f32(a, b); }
-Floats multiply(Floats a, Floats b) { return vmulq_f32(a, b); }
 Floats divide(Floats a, Floats b) { return vdivq_f32(a, b); }
-Floats multiply_add(Floats a, Floats b, Floats c) { return vfmaq_f32(c, a, b); }
 Floats multiply_subtract(Floats a, Floats b, Floats c) { return vfmaq_f32(vnegq_f32(c), a, b); }
 Floats largest_of(Floats a, Floats b) { return vmaxq_f32(a, b); }
 Ints truncate(Floats v) { return vcvtq_s32_f32(v); }
@@ -158,7 +142,7 @@ void store_shorts(int16_t* p, Ints low, Ints high) {
   vst1q_s16(p, vcombine_s16(vqmovn_s32(low), vqmovn_s32(high)));
 }
 
-/// kLanes bytes as numbers, each once (`times` kOnce) or three times side by side (kThrice).
+/// kFloats bytes as numbers, each once (`times` kOnce) or three times side by side (kThrice).
 constexpr uint32_t kOnce = 0x80808000, kThrice = 0x80000000;
 Ints numbers(const uint8_t* p, uint32_t times) {
   constexpr uint32_t kLane[4] = {0x000000, 0x010101, 0x020202, 0x030303};
@@ -304,7 +288,7 @@ struct Hexcone {
     const Bytes largest_byte = maximum(maximum(p.red, p.green), p.blue);
     const Bytes is_red = equal(largest_byte, p.red), is_green = equal(largest_byte, p.green);
     store(largest, largest_byte);
-    store(smallest, minimum(minimum(p.red, p.green), p.blue));
+    store(smallest, smaller(smaller(p.red, p.green), p.blue));
     store(first, choose(is_red, p.green, choose(is_green, p.blue, p.red)));
     store(second, choose(is_red, p.blue, choose(is_green, p.red, p.green)));
     store(sextant, choose(is_red, all_bytes(0), choose(is_green, all_bytes(2), all_bytes(4))));
@@ -344,8 +328,8 @@ HueSaturation hue_saturation(const Hexcone& h, ptrdiff_t i) {
 void count_colours(const uint8_t* rgb, uint64_t wanted, FaceCounts& counts) {
   const Hexcone hexcone(rgb);
   alignas(32) int16_t hue[kBytes], saturation[kBytes];
-  for (ptrdiff_t i = 0; i < kBytes; i += 2 * kLanes) {
-    const HueSaturation low = hue_saturation(hexcone, i), high = hue_saturation(hexcone, i + kLanes);
+  for (ptrdiff_t i = 0; i < kBytes; i += 2 * kFloats) {
+    const HueSaturation low = hue_saturation(hexcone, i), high = hue_saturation(hexcone, i + kFloats);
     store_shorts(hue + i, low.hue, high.hue);
     store_shorts(saturation + i, low.saturation, high.saturation);
   }

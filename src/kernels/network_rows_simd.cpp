@@ -11,17 +11,24 @@ constexpr ptrdiff_t kGroups = kBytes / 16;
 /// The change of a cell that takes `now` as it is, whichever divisor: see smooth().
 constexpr short kFullChange = 1000;
 
+/// What kBytes bytes become.
+constexpr ptrdiff_t kParts = kBytes / kFloats;
+struct RunOfFloats {
+  Floats part[kParts];
+};
+
 #if defined(__AVX2__)
 
-constexpr ptrdiff_t kFloats = 8;
-using Floats = __m256;
-
-Floats load_as_floats(const uint8_t* p) {
-  return _mm256_cvtepi32_ps(_mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p))));
+/// kBytes bytes as floats, each kOffset more.
+constexpr float kOffset = 0.0f;
+RunOfFloats as_floats(const uint8_t* bytes) {
+  RunOfFloats floats;
+  for (ptrdiff_t k = 0; k < kParts; ++k) {
+    const __m128i eight = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes + kFloats * k));
+    floats.part[k] = _mm256_cvtepi32_ps(_mm256_cvtepu8_epi32(eight));
+  }
+  return floats;
 }
-Floats all_floats(float v) { return _mm256_set1_ps(v); }
-Floats multiply_add(Floats a, Floats b, Floats c) { return _mm256_fmadd_ps(a, b, c); }
-void store_floats(float* p, Floats v) { _mm256_storeu_ps(p, v); }
 
 /// trunc((score + 10) * 255 / 20), at most 255 for large scores; a negative number for low ones and for NaN.
 __m256i scaled(const float* scores) {
@@ -90,17 +97,18 @@ Bytes blend(Bytes now, Bytes before, Bytes low, Bytes high) {
 
 #else
 
-constexpr ptrdiff_t kFloats = 4;
-using Floats = float32x4_t;
-
-Floats load_as_floats(const uint8_t* p) {
-  const uint8x8_t bytes = vreinterpret_u8_u32(
-      vdup_n_u32(static_cast<uint32_t>(p[0]) | p[1] << 8 | p[2] << 16 | static_cast<uint32_t>(p[3]) << 24));
-  return vcvtq_f32_u32(vmovl_u16(vget_low_u16(vmovl_u8(bytes))));
+/// kBytes bytes as floats, each kOffset more: a byte in the mantissa of 2^15. Interleaving it with zero and
+/// the exponent costs less than widening and converting it, on small cores and large ones.
+constexpr float kOffset = 32768.0f;
+RunOfFloats as_floats(const uint8_t* bytes) {
+  const Bytes sixteen = load(bytes), zero = all_bytes(0);
+  const uint16x8_t exponent = vdupq_n_u16(0x4700);
+  const uint16x8_t low = vreinterpretq_u16_u8(vzip1q_u8(zero, sixteen));
+  const uint16x8_t high = vreinterpretq_u16_u8(vzip2q_u8(zero, sixteen));
+  return {{vreinterpretq_f32_u16(vzip1q_u16(low, exponent)), vreinterpretq_f32_u16(vzip2q_u16(low, exponent)),
+           vreinterpretq_f32_u16(vzip1q_u16(high, exponent)),
+           vreinterpretq_f32_u16(vzip2q_u16(high, exponent))}};
 }
-Floats all_floats(float v) { return vdupq_n_f32(v); }
-Floats multiply_add(Floats a, Floats b, Floats c) { return vfmaq_f32(c, a, b); }
-void store_floats(float* p, Floats v) { vst1q_f32(p, v); }
 
 /// trunc((score + 10) * 255 / 20); the conversion saturates and gives 0 for NaN.
 int16x4_t scaled(const float* scores) {
@@ -152,15 +160,19 @@ Bytes blend(Bytes now, Bytes before, Bytes low, Bytes high) {
 
 #endif
 
+/// 2 byte / 255 - 1 is (byte - 127.5) times 2 / 255, and that factor stands in two parts: the first has so
+/// few bits that its product is exact, so the sum rounds once. Gives the double sum's float for all 256
+/// bytes.
 void to_input(const uint8_t* bytes, float* floats, ptrdiff_t n) {
-  // 2 / 255 in two parts. The first has so few bits that the inner sum is exact, so the outer one rounds
-  // once. Gives the double sum's float for all 256 bytes, but only fused: unfused one byte differs.
-  const Floats high = all_floats(257.0f / 32768.0f), minus_one = all_floats(-1.0f);
-  const Floats low = all_floats(static_cast<float>(2.0 / 255.0 - 257.0 / 32768.0));
+  constexpr float kHigh = 257.0f / 32768.0f, kLow = static_cast<float>(2.0 / 255.0 - 257.0 / 32768.0);
+  const Floats high = all_floats(kHigh), low = all_floats(kLow), middle = all_floats(kOffset + 127.5f);
   ptrdiff_t i = 0;
-  for (; i + kFloats <= n; i += kFloats) {
-    const Floats v = load_as_floats(bytes + i);
-    store_floats(floats + i, multiply_add(v, low, multiply_add(v, high, minus_one)));
+  for (; i + kBytes <= n; i += kBytes) {
+    const RunOfFloats run = as_floats(bytes + i);
+    for (ptrdiff_t k = 0; k < kParts; ++k) {
+      const Floats centred = subtract(run.part[k], middle);
+      store_floats(floats + i + kFloats * k, multiply_add(centred, low, multiply(centred, high)));
+    }
   }
   portable::kNetworkRows.to_input(bytes + i, floats + i, n - i);
 }

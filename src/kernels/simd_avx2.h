@@ -9,7 +9,6 @@ namespace morvale::MORVALE_VARIANT {
 
 constexpr ptrdiff_t kBytes = 32;
 using Bytes = __m256i;
-using Words = __m256i;
 
 inline Bytes load(const uint8_t* p) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)); }
 inline void store(uint8_t* p, Bytes v) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v); }
@@ -29,6 +28,17 @@ inline Bytes average_down(Bytes a, Bytes b) {
   const Bytes odd = _mm256_and_si256(_mm256_xor_si256(a, b), _mm256_set1_epi8(1));
   return _mm256_sub_epi8(_mm256_avg_epu8(a, b), odd);
 }
+
+constexpr ptrdiff_t kFloats = 8;
+using Floats = __m256;
+
+inline void store_floats(float* p, Floats v) { _mm256_storeu_ps(p, v); }
+inline Floats all_floats(float v) { return _mm256_set1_ps(v); }
+inline Floats add(Floats a, Floats b) { return _mm256_add_ps(a, b); }
+inline Floats subtract(Floats a, Floats b) { return _mm256_sub_ps(a, b); }
+inline Floats multiply(Floats a, Floats b) { return _mm256_mul_ps(a, b); }
+/// a b + c, rounded once.
+inline Floats multiply_add(Floats a, Floats b, Floats c) { return _mm256_fmadd_ps(a, b, c); }
 
 /// Stores a0 b0 c0 d0 a1 b1 c1 d1 ...: 4 * kBytes bytes.
 inline void store4(uint8_t* p, Bytes a, Bytes b, Bytes c, Bytes d) {

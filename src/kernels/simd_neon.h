@@ -9,7 +9,6 @@ namespace morvale::MORVALE_VARIANT {
 
 constexpr ptrdiff_t kBytes = 16;
 using Bytes = uint8x16_t;
-using Words = int16x8_t;
 
 inline Bytes load(const uint8_t* p) { return vld1q_u8(p); }
 inline void store(uint8_t* p, Bytes v) { vst1q_u8(p, v); }
@@ -26,6 +25,17 @@ inline Bytes smaller(Bytes a, Bytes b) { return vminq_u8(a, b); }
 
 /// (a + b) >> 1.
 inline Bytes average_down(Bytes a, Bytes b) { return vhaddq_u8(a, b); }
+
+constexpr ptrdiff_t kFloats = 4;
+using Floats = float32x4_t;
+
+inline void store_floats(float* p, Floats v) { vst1q_f32(p, v); }
+inline Floats all_floats(float v) { return vdupq_n_f32(v); }
+inline Floats add(Floats a, Floats b) { return vaddq_f32(a, b); }
+inline Floats subtract(Floats a, Floats b) { return vsubq_f32(a, b); }
+inline Floats multiply(Floats a, Floats b) { return vmulq_f32(a, b); }
+/// a b + c, rounded once.
+inline Floats multiply_add(Floats a, Floats b, Floats c) { return vfmaq_f32(c, a, b); }
 
 /// Stores a0 b0 c0 d0 a1 b1 c1 d1 ...: 4 * kBytes bytes.
 inline void store4(uint8_t* p, Bytes a, Bytes b, Bytes c, Bytes d) {
