@@ -18,8 +18,8 @@ Rgb decode_pixel(uint8_t luma, int u, int v) {
   const int y = luma << 14;
   u -= 128;
   v -= 128;
-  return {to_byte(y + 22458 * v, kRounding), to_byte(y - 11436 * v - 5532 * u, kRounding),
-          to_byte(y + 28384 * u, kRounding)};
+  return {to_byte(y + kRedOfV * v, kRounding), to_byte(y + kGreenOfV * v + kGreenOfU * u, kRounding),
+          to_byte(y + kBlueOfU * u, kRounding)};
 }
 
 template <YuvFormat kFormat>
@@ -80,7 +80,7 @@ void encode(const uint8_t* pixels, uint8_t* luma, uint8_t* vu, ptrdiff_t n) {
 void bgr_to_grey(const uint8_t* bgr, uint8_t* grey, ptrdiff_t n) {
   for (ptrdiff_t i = 0; i < n; ++i) {
     const uint8_t* p = bgr + 3 * i;
-    grey[i] = static_cast<uint8_t>((4732 * p[0] + 46871 * p[1] + 13933 * p[2]) >> 16);
+    grey[i] = static_cast<uint8_t>((kGreyOfBlue * p[0] + kGreyOfGreen * p[1] + kGreyOfRed * p[2]) >> 16);
   }
 }
 

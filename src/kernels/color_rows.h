@@ -15,6 +15,14 @@ enum YuvFormat { kVuToRgb, kVuToBgr, kUvToRgb, kVuToBgrPlanes, kYuvFormats };
 /// of one flat area can so differ by one. Both are part of the output: do not unify.
 enum YuvRounding { kTruncate, kRound, kYuvRoundings };
 
+/// What a chroma byte less 128 adds to a channel, in 2^-14: 1.370705 V to red, -0.698001 V - 0.337633 U to
+/// green, 1.732446 U to blue, each times 2^14. 14 bits, for the largest must fit a signed word and the sum of
+/// two products with luma's 2^14 a double one.
+constexpr int16_t kRedOfV = 22458, kGreenOfV = -11436, kGreenOfU = -5532, kBlueOfU = 28384;
+
+/// What the channels add to grey, in 2^-16: 0.0722, 0.7152 and 0.2126. They sum to 2^16.
+constexpr int kGreyOfBlue = 4732, kGreyOfGreen = 46871, kGreyOfRed = 13933;
+
 /// `count` rows of luma. Every two share a row of chroma, which is decoded once for both.
 struct YuvRows {
   const uint8_t* luma;
@@ -44,7 +52,7 @@ struct ColorRows {
   using Encode = void (*)(const uint8_t* pixels, uint8_t* luma, uint8_t* vu, ptrdiff_t n);
   Encode rgb_to_nv21, bgr_to_nv21;
 
-  /// (4732 B + 46871 G + 13933 R) >> 16 of n pixels.
+  /// (kGreyOfBlue B + kGreyOfGreen G + kGreyOfRed R) >> 16 of n pixels.
   void (*bgr_to_grey)(const uint8_t* bgr, uint8_t* grey, ptrdiff_t n);
 
   /// Three floats for each of n pixels.

@@ -64,12 +64,12 @@ inline ColorTerms decode_chroma(const uint8_t* chroma) {
   constexpr int kScale = kRounding == kRound ? 1 : 2;
   const __m256i first = _mm256_srai_epi16(_mm256_slli_epi16(centred, 8), 8 - kScale);
   const __m256i second = _mm256_slli_epi16(_mm256_srai_epi16(centred, 8), kScale);
-  const __m256i weights = kVFirst ? word_pairs(-11436, -5532) : word_pairs(-5532, -11436);
+  const __m256i weights = kVFirst ? word_pairs(kGreenOfV, kGreenOfU) : word_pairs(kGreenOfU, kGreenOfV);
   const __m256i green =
       _mm256_packs_epi32(green_sums<kRounding>(_mm256_unpacklo_epi8(zero, centred), weights),
                          green_sums<kRounding>(_mm256_unpackhi_epi8(zero, centred), weights));
-  return {split(scaled_product<kRounding>(kVFirst ? first : second, 22458)), split(green),
-          split(scaled_product<kRounding>(kVFirst ? second : first, 28384))};
+  return {split(scaled_product<kRounding>(kVFirst ? first : second, kRedOfV)), split(green),
+          split(scaled_product<kRounding>(kVFirst ? second : first, kBlueOfU))};
 }
 
 /// Bytes a0 b0 c0 a1 b1 c1 ... of 32 pixels, in three registers.
@@ -155,13 +155,15 @@ inline __m256i window(const uint8_t* pixels) {
 /// Grey << 16, of eight pixels. The weight of green does not fit a signed word: each pair takes one half.
 template <int kWindow>
 inline __m256i grey_sums(const uint8_t* bgr) {
+  constexpr int kHalf = kGreyOfGreen / 2;
   static constexpr Index kBlueGreen =
       both_halves({0, kNone, 1, kNone, 3, kNone, 4, kNone, 6, kNone, 7, kNone, 9, kNone, 10, kNone});
   static constexpr Index kGreenRed =
       both_halves({1, kNone, 2, kNone, 4, kNone, 5, kNone, 7, kNone, 8, kNone, 10, kNone, 11, kNone});
   const __m256i pixels = window<kWindow>(bgr);
-  return _mm256_add_epi32(_mm256_madd_epi16(shuffle(pixels, kBlueGreen), word_pairs(4732, 23436)),
-                          _mm256_madd_epi16(shuffle(pixels, kGreenRed), word_pairs(23435, 13933)));
+  return _mm256_add_epi32(
+      _mm256_madd_epi16(shuffle(pixels, kBlueGreen), word_pairs(kGreyOfBlue, kGreyOfGreen - kHalf)),
+      _mm256_madd_epi16(shuffle(pixels, kGreenRed), word_pairs(kHalf, kGreyOfRed)));
 }
 
 inline __m256i high_words(__m256i even, __m256i odd) {

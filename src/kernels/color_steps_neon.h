@@ -16,7 +16,7 @@ inline int16x8_t scale(int16x8_t c, int16_t k) {
 
 template <YuvRounding kRounding>
 inline int16x4_t green_term(int16x4_t v, int16x4_t u) {
-  const int32x4_t sum = vmlal_n_s16(vmull_n_s16(v, -11436), u, -5532);
+  const int32x4_t sum = vmlal_n_s16(vmull_n_s16(v, kGreenOfV), u, kGreenOfU);
   return kRounding == kRound ? vrshrn_n_s32(sum, 14) : vshrn_n_s32(sum, 14);
 }
 
@@ -34,7 +34,7 @@ inline ColorTerms decode_chroma(const uint8_t* chroma) {
   const int16x8_t v = centred(pairs.val[kVFirst ? 0 : 1]), u = centred(pairs.val[kVFirst ? 1 : 0]);
   const int16x8_t green = vcombine_s16(green_term<kRounding>(vget_low_s16(v), vget_low_s16(u)),
                                        green_term<kRounding>(vget_high_s16(v), vget_high_s16(u)));
-  return {split(scale<kRounding>(v, 22458)), split(green), split(scale<kRounding>(u, 28384))};
+  return {split(scale<kRounding>(v, kRedOfV)), split(green), split(scale<kRounding>(u, kBlueOfU))};
 }
 
 template <bool>
@@ -46,17 +46,22 @@ inline void store_pixels(uint8_t* p, Bytes a, Bytes b, Bytes c) {
 inline bool can_go_around_caches(const ColorRowsOut&) { return false; }
 inline void settle() {}
 
-/// The weights less 256 times (18, -73 + 256, 54): so the sum's low half and its high half fit words.
-inline uint8x8_t grey_half(uint8x8_t b, uint8x8_t g, uint8x8_t r) {
-  const uint16x8_t low = vmlal_u8(vmlal_u8(vmull_u8(b, vdup_n_u8(124)), g, vdup_n_u8(23)), r, vdup_n_u8(109));
-  const uint16x8_t high = vmlsl_u8(vmlal_u8(vmull_u8(b, vdup_n_u8(18)), r, vdup_n_u8(54)), g, vdup_n_u8(73));
-  return vadd_u8(g, vshrn_n_u16(vsraq_n_u16(high, low, 8), 8));
+/// The weights of all three channels sum to 2^16, so grey is green and a part of what blue and red are more
+/// than it.
+inline int16x8_t grey_less_green(uint16x8_t blue_more, uint16x8_t red_more) {
+  const int16x8_t b = vreinterpretq_s16_u16(blue_more), r = vreinterpretq_s16_u16(red_more);
+  const int32x4_t low = vmlal_n_s16(vmull_n_s16(vget_low_s16(b), kGreyOfBlue), vget_low_s16(r), kGreyOfRed);
+  const int32x4_t high = vmlal_high_n_s16(vmull_high_n_s16(b, kGreyOfBlue), r, kGreyOfRed);
+  return vuzp2q_s16(vreinterpretq_s16_s32(low), vreinterpretq_s16_s32(high));
 }
 
 inline Bytes grey_block(const uint8_t* bgr) {
   const uint8x16x3_t p = vld3q_u8(bgr);
-  return vcombine_u8(grey_half(vget_low_u8(p.val[0]), vget_low_u8(p.val[1]), vget_low_u8(p.val[2])),
-                     grey_half(vget_high_u8(p.val[0]), vget_high_u8(p.val[1]), vget_high_u8(p.val[2])));
+  const Bytes b = p.val[0], g = p.val[1], r = p.val[2];
+  const int16x8_t low =
+      grey_less_green(vsubl_u8(vget_low_u8(b), vget_low_u8(g)), vsubl_u8(vget_low_u8(r), vget_low_u8(g)));
+  const int16x8_t high = grey_less_green(vsubl_high_u8(b, g), vsubl_high_u8(r, g));
+  return vaddq_u8(g, vuzp1q_u8(vreinterpretq_u8_s16(low), vreinterpretq_u8_s16(high)));
 }
 
 inline float32x4_t to_floats(uint16x4_t v) { return vcvtq_f32_u32(vmovl_u16(v)); }
@@ -74,18 +79,94 @@ inline uint8x8_t luma_half(uint8x8_t r8, uint8x8_t g8, uint8x8_t b8) {
                                 luma_of(vget_high_u16(r), vget_high_u16(g), vget_high_u16(b))));
 }
 
-/// Rounds n / 31250 half away from zero. The factor is one step above the nearest float: that alone takes
-/// exact halves outward and moves no other |n| <= 15625 * 255 over its threshold.
-inline int16x4_t chroma_quotient(int32x4_t n) {
-  return vqmovn_s32(vcvtnq_s32_f32(vmulq_n_f32(vcvtq_f32_s32(n), 0x1.0c6f7cp-15f)));
+inline Bytes luma_in_floats(Bytes r, Bytes g, Bytes b) {
+  return vcombine_u8(luma_half(vget_low_u8(r), vget_low_u8(g), vget_low_u8(b)),
+                     luma_half(vget_high_u8(r), vget_high_u8(g), vget_high_u8(b)));
 }
 
-/// The saturating narrowing makes 127 of 128; flipping the sign bit adds 128.
+/// 299 r + 587 g + 114 b by 1000: a quotient that may be one too small, and what is left. Its high byte is
+/// summed apart, modulo 256: nothing is left of 2000 and more.
+struct Thousandths {
+  Bytes quotient;
+  uint16x8_t rest[2];
+};
+inline Thousandths thousandths(Bytes r, Bytes g, Bytes b) {
+  const auto sum = [](uint8x8_t x, int of_x, uint8x8_t y, int of_y, uint8x8_t z, int of_z) {
+    const auto weight = [](int w) { return vdup_n_u8(static_cast<uint8_t>(w)); };
+    return vmlal_u8(vmlal_u8(vmull_u8(x, weight(of_x)), y, weight(of_y)), z, weight(of_z));
+  };
+  const auto low = [](Bytes v) { return vget_low_u8(v); };
+  const auto high = [](Bytes v) { return vget_high_u8(v); };
+  const Bytes q = vcombine_u8(vshrn_n_u16(sum(low(r), 76, low(g), 150, low(b), 29), 8),
+                              vshrn_n_u16(sum(high(r), 76, high(g), 150, high(b), 29), 8));
+  const Bytes high_byte = vsubq_u8(vaddq_u8(r, vshlq_n_u8(g, 1)), vshlq_n_u8(q, 2));
+  const uint16x8_t of_low = vmlal_u8(sum(low(r), 43, low(g), 75, low(b), 114), low(q), vdup_n_u8(24));
+  const uint16x8_t of_high = vmlal_u8(sum(high(r), 43, high(g), 75, high(b), 114), high(q), vdup_n_u8(24));
+  return {
+      q,
+      {vaddq_u16(of_low, vshll_n_u8(low(high_byte), 8)), vaddq_u16(of_high, vshll_high_n_u8(high_byte, 8))}};
+}
+
+/// The greys whose float sum stays below the grey itself, a bit each.
+struct LowGreys {
+  uint8_t bits[32];
+};
+constexpr LowGreys low_greys() {
+  LowGreys greys{};
+  for (int grey = 0; grey < 256; ++grey) {
+    const auto v = static_cast<float>(grey);
+    const bool low = static_cast<int>(0.299f * v + 0.587f * v + 0.114f * v) < grey;
+    greys.bits[grey / 8] = static_cast<uint8_t>(greys.bits[grey / 8] | low << grey % 8);
+  }
+  return greys;
+}
+
+inline bool any(Bytes mask) { return vmaxvq_u32(vreinterpretq_u32_u8(mask)) != 0; }
+
+/// For blocks with sums that are multiples of 1000: floats may make one less of them. All greys are such
+/// multiples, and a picture may have no other colours, so they are looked up; everything else is left to the
+/// floats.
+inline Bytes luma_of_multiples(Bytes luma, Bytes multiple, Bytes r, Bytes g, Bytes b) {
+  const Bytes grey = vandq_u8(vceqq_u8(r, g), vceqq_u8(g, b));
+  if (any(vbicq_u8(multiple, grey))) return luma_in_floats(r, g, b);
+  static constexpr LowGreys kLow = low_greys();
+  constexpr uint8_t kBit[16] = {1, 2, 4, 8, 16, 32, 64, 128};
+  const uint8x16x2_t table = {{load(kLow.bits), load(kLow.bits + 16)}};
+  const Bytes eight = vqtbl2q_u8(table, vshrq_n_u8(g, 3)),
+              bit = vqtbl1q_u8(load(kBit), vandq_u8(g, vdupq_n_u8(7)));
+  return vaddq_u8(luma, vandq_u8(grey, vtstq_u8(eight, bit)));  // a mask is minus one
+}
+
+/// The float sum, cut to a whole number, is the quotient by 1000 for all colours but some multiples of 1000.
+inline Bytes luma_block(Bytes r, Bytes g, Bytes b) {
+  const Thousandths sum = thousandths(r, g, b);
+  const uint16x8_t thousand = vdupq_n_u16(1000);
+  const auto bytes = [](uint16x8_t low, uint16x8_t high) {
+    return vuzp1q_u8(vreinterpretq_u8_u16(low), vreinterpretq_u8_u16(high));
+  };
+  const auto is_multiple = [&](uint16x8_t rest) {
+    return vorrq_u16(vceqzq_u16(rest), vceqq_u16(rest, thousand));
+  };
+  const Bytes one_more = bytes(vcgeq_u16(sum.rest[0], thousand), vcgeq_u16(sum.rest[1], thousand));
+  const Bytes multiple = bytes(is_multiple(sum.rest[0]), is_multiple(sum.rest[1]));
+  const Bytes luma = vsubq_u8(sum.quotient, one_more);
+  if (__builtin_expect(any(multiple), 0)) return luma_of_multiples(luma, multiple, r, g, b);
+  return luma;
+}
+
+/// Rounds n / 31250 half away from zero, from 128 n: first to 2^-16, where the next |n| <= 15625 * 255 beside
+/// a half is two steps away; then halves go up, and negative ones one step down before that.
+inline int16x4_t chroma_quotient(int32x4_t n128) {
+  constexpr int32_t kFactor = 35184372;  // 2^(31 + 16 - 7) / 31250
+  const int32x4_t fine = vqrdmulhq_n_s32(n128, kFactor);
+  return vqrshrn_n_s32(vsraq_n_s32(fine, fine, 31), 16);
+}
+
+/// From 128 times the channels. The saturating narrowing makes 127 of 128; flipping the sign bit adds 128.
 inline uint8x8_t chroma_of(int16x8_t r, int16x8_t g, int16x8_t b, int16_t of_r, int16_t of_g, int16_t of_b) {
   const int32x4_t low = vmlal_n_s16(vmlal_n_s16(vmull_n_s16(vget_low_s16(r), of_r), vget_low_s16(g), of_g),
                                     vget_low_s16(b), of_b);
-  const int32x4_t high = vmlal_n_s16(vmlal_n_s16(vmull_n_s16(vget_high_s16(r), of_r), vget_high_s16(g), of_g),
-                                     vget_high_s16(b), of_b);
+  const int32x4_t high = vmlal_high_n_s16(vmlal_high_n_s16(vmull_high_n_s16(r, of_r), g, of_g), b, of_b);
   const int8x8_t c = vqmovn_s16(vcombine_s16(chroma_quotient(low), chroma_quotient(high)));
   return veor_u8(vreinterpret_u8_s8(c), vdup_n_u8(128));
 }
@@ -94,11 +175,10 @@ template <int kRed, int kBlue>
 inline void encode_block(const uint8_t* pixels, uint8_t* luma, uint8_t* vu) {
   const uint8x16x3_t p = vld3q_u8(pixels);
   const uint8x16_t red = p.val[kRed], green = p.val[1], blue = p.val[kBlue];
-  vst1_u8(luma, luma_half(vget_low_u8(red), vget_low_u8(green), vget_low_u8(blue)));
-  vst1_u8(luma + 8, luma_half(vget_high_u8(red), vget_high_u8(green), vget_high_u8(blue)));
+  store(luma, luma_block(red, green, blue));
   if (vu == nullptr) return;
   const auto even = [](uint8x16_t c) {
-    return vreinterpretq_s16_u16(vandq_u16(vreinterpretq_u16_u8(c), vdupq_n_u16(0xFF)));
+    return vreinterpretq_s16_u16(vshrq_n_u16(vshlq_n_u16(vreinterpretq_u16_u8(c), 8), 1));
   };
   const int16x8_t r = even(red), g = even(green), b = even(blue);
   const uint8x8x2_t pairs = {
