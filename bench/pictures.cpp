@@ -108,6 +108,12 @@ ScoreMap portrait() {
   return map;
 }
 
+ScoreMap wide_portrait() {
+  ScoreMap map(64, 36);
+  map.paint_blob(20, 3, 24, 30, 2);
+  return map;
+}
+
 ScoreMap person() {
   ScoreMap map(32, 18);
   map.paint_blob(10, 6, 12, 12, 1);

@@ -45,6 +45,9 @@ ScoreMap faces_on_grid(int width, int height, int count, int columns, int rows);
 /// What the front camera's network sees: one face that fills much of 64 x 48 cells.
 ScoreMap portrait();
 
+/// The same of a frame of 16:9, in 64 x 36 cells.
+ScoreMap wide_portrait();
+
 /// What the back camera's network sees: one person in 32 x 18 cells.
 ScoreMap person();
 

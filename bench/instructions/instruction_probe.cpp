@@ -1,8 +1,11 @@
-/// Does one job once, inside a function that callgrind can be told to watch. check_counts.py runs it.
+/// Does one job once, inside a function that callgrind can be told to watch, and between two system calls
+/// that a plugin of an emulator can see. check_counts.py runs it.
 ///
 ///   instruction_probe --compiler          what it was compiled with, as "GNU 12 x86_64"
 ///   instruction_probe --list              the names of the jobs
 ///   instruction_probe KERNEL_SET JOB      the job, with one set of kernels
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -55,7 +58,9 @@ int main(int argc, char** argv) {
     if (std::freopen("/dev/null", "w", stdout) == nullptr) return fail("cannot silence standard output");
     const probe::Work work = job.make();
     work();  // dynamic linking and first calls
+    getppid();
     measured_job(work);
+    getppid();
     return 0;
   }
   return fail(std::string("no such job: ") + argv[2]);

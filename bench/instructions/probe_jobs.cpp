@@ -189,8 +189,12 @@ const std::vector<Job>& all_jobs() {
       {"BGR2GRAY", on_rgb([](uint8_t* s, float* d) { BGR2GRAY(s, bytes(d), W, H); })},
       {"BGR2HSV", on_rgb([](uint8_t* s, float* d) { BGR2HSV(s, d, W, H); })},
       {"resize_NV21", on_nv21([](Image s, uint8_t* d) { resize_NV21(s, d, W, H, 100, 76); })},
+      {"resize_NV21_far", on_nv21([](Image s, uint8_t* d) { resize_NV21(s, d, W, H, 30, 19); })},
       {"resize_NV21_whole_step", on_nv21([](Image s, uint8_t* d) { resize_NV21(s, d, 300, 200, 100, 50); })},
       {"resize_NV21_half_ratio", on_nv21([](Image s, uint8_t* d) { resize_NV21(s, d, 300, 180, 200, 120); })},
+      {"resize_NV21_half_ratio_2",
+       on_nv21([](Image s, uint8_t* d) { resize_NV21(s, d, 300, 180, 120, 72); })},
+      {"resize_NV21_half_ratio_7", on_nv21([](Image s, uint8_t* d) { resize_NV21(s, d, 300, 180, 40, 24); })},
       {"resize_NV21_2x_up", on_nv21([](Image s, uint8_t* d) { resize_NV21_2x_up(s, d, W, H); })},
       {"resize_NV21_2x_down", on_nv21([](Image s, uint8_t* d) { resize_NV21_2x_down(s, d, W, H); })},
       {"resize_NV21_3x_down", on_nv21([](Image s, uint8_t* d) { resize_NV21_3x_down(s, d, W, H); })},
@@ -225,7 +229,12 @@ const std::vector<Job>& all_jobs() {
       {"front_scene", front_scene},
       {"back_scene", back_scene},
       {"front_frame", [] { return frame(morvale::kFrontCamera, bench::portrait(), 1000, 750); }},
+      {"front_frame_1920x1080",
+       [] { return frame(morvale::kFrontCamera, bench::wide_portrait(), 1920, 1080); }},
+      {"front_frame_640x480", [] { return frame(morvale::kFrontCamera, bench::portrait(), 640, 480); }},
+      {"front_frame_1440x1080", [] { return frame(morvale::kFrontCamera, bench::portrait(), 1440, 1080); }},
       {"back_frame", [] { return frame(bench::kBackCamera, bench::person(), 480, 270); }},
+      {"back_frame_1920x1080", [] { return frame(bench::kBackCamera, bench::person(), 1920, 1080); }},
   };
   return jobs;
 }
