@@ -17,7 +17,10 @@ struct FrameKind {
   size_t frames;
 
   bool front() const { return side == ChainFrame::Side::kFront; }
-  ScoreMap map() const { return front() ? portrait() : person(); }
+  ScoreMap map() const {
+    if (!front()) return person();
+    return shrink.dst_height == 144 ? wide_portrait() : portrait();
+  }
 };
 
 /// From here on the smoothing blends, and every slot of the ring is full.
@@ -69,6 +72,9 @@ Jobs frame_jobs() {
   const ShrinkSize front{4000, 3000, 256, 192}, back{1920, 1080, 128, 72};
   return {job("front_frame_4000x3000", 0.28, {ChainFrame::Side::kFront, front, kHot}),
           job("front_frame_4000x3000_cold", 0.32, {ChainFrame::Side::kFront, front, kCold}),
+          job("front_frame_1920x1080", 0, {ChainFrame::Side::kFront, {1920, 1080, 256, 144}, kHot}),
+          job("front_frame_640x480", 0, {ChainFrame::Side::kFront, {640, 480, 256, 192}, kHot}),
+          job("front_frame_1440x1080", 0, {ChainFrame::Side::kFront, {1440, 1080, 256, 192}, kHot}),
           job("back_frame_1920x1080", 0.30, {ChainFrame::Side::kBack, back, kHot})};
 }
 

@@ -9,7 +9,7 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).parent))
 from measurements import Measurements  # noqa: E402
-from report import figure, others_table, summary, times_table  # noqa: E402
+from report import arm_counts_table, figure, others_table, summary, times_table  # noqa: E402
 
 
 def entry(index, name, time, unit="us", aggregate="median"):
@@ -55,6 +55,12 @@ class ReportTest(unittest.TestCase):
         self.assertAlmostEqual(self.run_.jobs["b_first"].excess, 0.5)
         self.assertIn("missed by 50 %", times_table(self.run_.in_order()))
         self.assertIn("meets its target in 1 of 2. Missed: b_first (by 50 %).", summary(self.run_.in_order()))
+
+    def test_of_the_counts_on_arm_frames_come_first_and_what_vectors_do_not_change_is_left_out(self):
+        counts = {"neon/grey": 100, "portable/grey": 1000, "neon/mirror": 10, "portable/mirror": 10,
+                  "neon/front_frame": 1500000, "portable/front_frame": 6000000}
+        rows = arm_counts_table(counts).splitlines()[2:]
+        self.assertEqual(rows, ["| front_frame | 1,500,000 | 6,000,000 | 0.25 |", "| grey | 100 | 1,000 | 0.10 |"])
 
     def test_figures_have_three_digits(self):
         self.assertEqual([figure(v) for v in (0.0123, 0.5, 9.999, 99.96, 2263.4)],

@@ -74,6 +74,8 @@ Way shrink_floor(ShrinkSize s, size_t frames) {
 Jobs shrink_jobs() {
   const ShrinkSize front{4000, 3000, 256, 192}, back{1920, 1080, 128, 72};
   const ShrinkSize small_half{192, 108, 128, 72}, large_half{1920, 1080, 1280, 720};
+  const ShrinkSize seven_and_half{1920, 1080, 256, 144}, two_and_half{640, 480, 256, 192};
+  const ShrinkSize near{1440, 1080, 256, 192};
   const std::string bilinear =
       "peers sample at pixel centres, the rule at the top-left corner of each step; libyuv blends whole "
       "source "
@@ -90,6 +92,11 @@ Jobs shrink_jobs() {
           job("nv21_shrink_1920x1080_128x72",
               "the step is exactly 15, so the rule only samples: OpenCV's nearest gives the very same bytes",
               {.of_fastest_peer = 0.65}, back, kHot, all_filters(back, true)),
+          job("nv21_shrink_1440x1080_256x192", bilinear, {}, near, kHot, all_filters(near, false)),
+          job("nv21_half_ratio_1920x1080_256x144", half, {.of_fastest_peer = 0.35}, seven_and_half, kHot,
+              all_filters(seven_and_half, false)),
+          job("nv21_half_ratio_640x480_256x192", half, {.of_fastest_peer = 0.30}, two_and_half, kHot,
+              all_filters(two_and_half, false)),
           job("nv21_half_ratio_192x108_128x72", half, {.of_fastest_peer = 0.13}, small_half, kHot,
               all_filters(small_half, false)),
           job("nv21_half_ratio_1920x1080_1280x720", half, {.of_fastest_peer = 0.13}, large_half, kHot,
