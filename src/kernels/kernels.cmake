@@ -9,7 +9,7 @@ if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
   set(kernel_flags_avx2 -mavx2 -mfma)
   # GCC 12's own header for these reads a value that it calls undefined, and warns of it.
   set(kernel_flags_avx512 ${kernel_flags_avx2} -mavx512f -mavx512bw -mavx512vl -mavx512vbmi
-    $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-uninitialized> $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
 elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "aarch64|arm64")
   set(kernel_variants neon)
 endif()
