@@ -62,34 +62,11 @@ class Records(InFolder):
         self.assertIn("first difference: frame 1, meta[0].hsv[1] at offset 36: A 100, B 90, 10 apart", text)
         self.assertIn("2 of 4 records differ", text)
 
-    def test_how_far_values_are_apart(self):
-        for camera, offset, a, b, largest, unit in [
-                ("front", 32, 359, 1, 2, "degrees"), ("front", 200, 1, 359, 2, "degrees"),
-                ("front", 32, 0, 360, 0, "degrees"), ("front", 32, 400, 20, 380, ""),  # no hue: not on the circle
-                ("front", 36, 359, 1, 358, ""), ("back", 32, 359, 1, 358, ""),
-                ("front", 8, 0, -1, 4294967295, ""), ("front", 16, 0, -1, 1, ""),
-                ("front", 104, 0, -1, 1, ""), ("back", 104, 0, -1, 32, "cells"), ("back", 216, -8, 0, 29, "cells"),
-                ("back", 220, 0, -1, 1, ""), ("back", 228, 0, -1, 1, ""), ("back", 48, 7, 0, 7, "")]:
-            with self.subTest(camera=camera, offset=offset, a=a, b=b):
-                found = diff(self.file("a", record({offset: a})), self.file("b", record({offset: b})),
-                             "--camera", camera, status=1)
-                self.assertEqual([(f["offset"], f["largest"], f["unit"]) for f in found["fields"]],
-                                 [(offset, largest, unit)])
-
     def test_tolerances(self):
-        a, b = self.file("a", record({4: 30, 32: 359, 88: 10})), self.file("b", record({4: 31, 32: 1, 88: 13}))
-        for tolerances, same, fields in [
-                (["*=3"], True, []), (["*=2"], False, ["meta[1].hsv[0]"]),
-                (["meta[*].hsv[*]=3", "humanRatio=1"], True, []),
-                (["meta[*].hsv[*]=3"], False, ["humanRatio"]),
-                (["humanRatio=0", "*=3"], True, []), (["*=3", "humanRatio=0"], False, ["humanRatio"]),
-                (["meta[1]*=3", "human*=1"], False, ["meta[0].hsv[0]"]),
-                (["*[0]=3", "*Ratio=1"], True, [])]:
-            with self.subTest(tolerances=tolerances):
-                flags = [word for tolerance in tolerances for word in ("--tolerance", tolerance)]
-                found = diff(*flags, a, b, status=0 if same else 1)
-                self.assertEqual([f["field"] for f in found["fields"]], fields)
-                self.assertEqual((found["same"], found["tolerated"]), (same, 1 if same else 0))
+        a, b = self.file("a", record({4: 30, 32: 359})), self.file("b", record({4: 31, 32: 1}))
+        found = diff(a, b, "--tolerance", "meta[*].hsv[*]=2", "--tolerance", "human*=1", status=0)
+        self.assertEqual((found["same"], found["tolerated"], found["fields"]), (True, 1, []))
+        self.assertEqual(diff(a, b, "--tolerance", "*=1", status=1)["fields"][0]["unit"], "degrees")
 
     def test_a_frame_of_one_side_is_a_difference(self):
         one, three = self.file("one", record({4: 1})), self.file("three", *3 * [record({4: 1})])
@@ -180,8 +157,7 @@ class Bundles(InFolder):
                 ([good], "B"), ([good, self.folder / "none"], "none"), ([good, self.file("empty")], "0 bytes"),
                 ([good, self.file("cut", record({}), b"123")], "291 bytes"), ([good, self.folder], "session.json"),
                 ([a, broken], "frame 2"), ([good, good, "--tolerance", "luma=1"], "luma"),
-                ([good, good, "--tolerance", "ver"], "FIELD=N"), ([good, good, "--tolerance", "ver=-1"], "ver=-1"),
-                ([good, good, "--tolerance", "ver=1x"], "ver=1x"), ([good, good, "--camera", "side"], "--camera"),
+                ([good, good, "--camera", "side"], "--camera"),
                 ([good, good, "--report", ""], "--report")]:
             with self.subTest(arguments=arguments):
                 done = morvale("diff", *arguments)

@@ -40,7 +40,7 @@ constexpr const char* kExamples = R"(Examples:
 
 A model's SHA-256 is what sha256sum prints for the file.
 
-Exit status: 0 the check passed, 1 it did not.
+Exit status: 0 the check passed, 1 it did not, or the output cannot be written.
 )";
 
 std::string variable(const char* name) {
@@ -160,7 +160,7 @@ Facts gather() {
                  {"VEXA_ENGINE", variable("VEXA_ENGINE")},
                  {"MORVALE_KERNELS", variable("MORVALE_KERNELS")},
                  {"debug property", variable("PERSIST_MORVALE_CAPTURE_DEBUG")}};
-  facts.model_folder = variable("VEXA_MODEL_DIR");
+  facts.model_folder = model_folder(std::nullopt);
   facts.models = models_in(facts.model_folder);
   return facts;
 }
@@ -216,11 +216,6 @@ int doctor_main(int argc, char** argv) {
                             kExamples,
                             {{"--json", &as_json, "One JSON object in place of the lines"}}};
   if (!parse_options(options, argc, argv)) return kExitDone;
-  try {
-    choose_model_folder(std::nullopt);
-  } catch (const RunError&) {
-    // Told below, as a fact among others.
-  }
   const Facts facts = gather();
   // The facts stand before the check begins: should it crash, they are there.
   if (!as_json) std::fputs(text_of(facts).c_str(), stdout);

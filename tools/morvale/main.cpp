@@ -4,8 +4,11 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "common/command.h"
+#include "common/command_line.h"
+#include "common/suggestion.h"
 
 namespace {
 
@@ -49,9 +52,26 @@ int usage_error(const char* sentence) {
   return tool::kExitUsage;
 }
 
-int run(const Command& command, int argc, char** argv) {
+int run(int argc, char** argv) {
+  const std::string_view name = argv[1];
+  if (name == "--help" || name == "-h" || name == "help") return print_help(), tool::kExitDone;
+  if (name == "--version") return std::puts("morvale " MORVALE_VERSION), tool::kExitDone;
+  std::vector<std::string> names{"--help", "--version"};
+  for (const Command& command : kCommands) {
+    if (command.name == name) return command.run(argc - 1, argv + 1);
+    names.emplace_back(command.name);
+  }
+  const std::string hint = tool::did_you_mean(name, names);
+  throw tool::UsageError("there is no command '" + std::string(name) + "'" + (hint.empty() ? ";" : hint) +
+                         " morvale --help lists them.");
+}
+
+/// Runs the command, and says in one sentence what stopped it.
+int run_to_end(int argc, char** argv) {
   try {
-    return command.run(argc, argv);
+    const int status = run(argc, argv);
+    tool::flush_output();
+    return status;
   } catch (const tool::UsageError& error) {
     return usage_error(error.what());
   } catch (const std::exception& error) {
@@ -66,12 +86,5 @@ std::span<const Command> tool::commands() { return kCommands; }
 
 int main(int argc, char** argv) {
   if (argc < 2) return usage_error("a command is missing; morvale --help lists them.");
-  const std::string_view name = argv[1];
-  if (name == "--help" || name == "-h" || name == "help") return print_help(), tool::kExitDone;
-  if (name == "--version") return std::puts("morvale " MORVALE_VERSION), tool::kExitDone;
-  for (const Command& command : kCommands) {
-    if (command.name == name) return run(command, argc - 1, argv + 1);
-  }
-  std::fprintf(stderr, "morvale: there is no command '%s'; morvale --help lists them.\n", argv[1]);
-  return tool::kExitUsage;
+  return run_to_end(argc, argv);
 }

@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "common/command_line.h"
+
 namespace tool {
 
 constexpr int kExitDone = 0;
@@ -51,9 +53,13 @@ constexpr int kExitDifferent = 1;
 template <class Compare>
 int comparison_status(Compare compare) {
   try {
-    return compare();
+    const int status = compare();
+    flush_output();
+    return status;
   } catch (const UsageError&) {
     throw;
+  } catch (const RunError& error) {
+    throw UsageError(error.what());
   } catch (const std::exception& error) {
     throw UsageError(std::string("the comparison failed: ") + error.what() + ".");
   }

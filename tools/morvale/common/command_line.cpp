@@ -8,7 +8,12 @@
 namespace tool {
 
 void print_text(const std::string& text) {
-  if (std::fputs(text.c_str(), stdout) < 0 || std::fflush(stdout) != 0)
+  std::fputs(text.c_str(), stdout);
+  flush_output();
+}
+
+void flush_output() {
+  if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
     throw RunError("standard output cannot be written.");
 }
 

@@ -10,4 +10,7 @@ std::string command_text(int argc, char** argv);
 /// Prints all of `text`, or throws RunError: half of it, kept as a file, would pass for the whole.
 void print_text(const std::string& text);
 
+/// Throws RunError when what was printed so far did not all arrive.
+void flush_output();
+
 }  // namespace tool

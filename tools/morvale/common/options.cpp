@@ -2,10 +2,12 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "common/command.h"
 #include "common/command_line.h"
+#include "common/suggestion.h"
 
 namespace tool {
 namespace {
@@ -30,6 +32,22 @@ CLI::Validator within(const Range& range, bool whole) {
   return CLI::Range(static_cast<int>(range.least), static_cast<int>(range.most)).description("");
 }
 
+/// Not a number passes every comparison with a range, and no figure of ours is infinite.
+CLI::Validator finite() {
+  return {[](std::string& text) {
+            double value = 0;
+            const bool usable = !CLI::detail::lexical_cast(text, value) || std::isfinite(value);
+            return usable ? std::string() : "Value " + text + " is not a finite number";
+          },
+          ""};
+}
+
+template <class T>
+bool is_for(const Option& option) {
+  return std::holds_alternative<T*>(option.target) ||
+         std::holds_alternative<std::optional<T>*>(option.target);
+}
+
 CLI::Option* add(CLI::App& app, const Option& option) {
   if (bool* const* flag = std::get_if<bool*>(&option.target))
     return app.add_flag(option.name, **flag, option.help);
@@ -39,8 +57,11 @@ CLI::Option* add(CLI::App& app, const Option& option) {
 }
 
 void add_checks(CLI::App& app, const Option& option, CLI::Option& added) {
-  const bool whole = std::holds_alternative<int*>(option.target) ||
-                     std::holds_alternative<std::optional<int>*>(option.target);
+  const bool whole = is_for<int>(option);
+  if (is_for<float>(option) || std::holds_alternative<double*>(option.target)) added.check(finite());
+  // "-1" would come out as the largest number.
+  if (std::holds_alternative<uint64_t*>(option.target))
+    added.check(CLI::Validator(CLI::NonNegativeNumber).description(""));
   const std::vector<std::string> words = alternatives(option.value);
   if (is_closed(words)) added.check(one_of(words, whole));
   if (const Range* range = std::get_if<Range>(&option.rule)) added.check(within(*range, whole));
@@ -55,6 +76,16 @@ void add_checks(CLI::App& app, const Option& option, CLI::Option& added) {
 void declare(CLI::App& app, const CommandLine& line) {
   for (const Option& option : line.options) add_checks(app, option, *add(app, option));
   app.footer(line.notes);
+}
+
+/// What an unknown option was meant to be, if that can be guessed.
+std::string meant_option(const CLI::App& app, const CommandLine& line) {
+  std::vector<std::string> names{"--help"};
+  for (const Option& option : line.options)
+    if (option.name.starts_with('-')) names.push_back(option.name);
+  for (const std::string& word : app.remaining())
+    if (word.starts_with("--")) return did_you_mean(word.substr(0, word.find('=')), names);
+  return {};
 }
 
 std::string usage_of(const CLI::App& app) {
@@ -81,7 +112,8 @@ std::optional<std::set<std::string>> parse_options(const CommandLine& line, int 
     show_help(app, line);
     return std::nullopt;
   } catch (const CLI::ParseError& error) {
-    throw UsageError(std::string(error.what()) + "; see " + line.name + " --help.");
+    const std::string hint = meant_option(app, line);
+    throw UsageError(error.what() + (hint.empty() ? "; see " : hint + " See ") + line.name + " --help.");
   }
   std::set<std::string> given;
   for (const Option& option : line.options)
@@ -102,7 +134,7 @@ std::vector<std::string> alternatives(const std::string& value) {
 
 bool is_word(const std::string& alternative) {
   return !alternative.empty() && std::all_of(alternative.begin(), alternative.end(), [](char c) {
-    return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' || c == '_';
+    return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' || c == '_' || c == ':';
   });
 }
 

@@ -162,9 +162,10 @@ int compare(const CompareOptions& options) {
 }  // namespace
 
 int compare_main(int argc, char** argv) {
-  const std::optional<CompareOptions> options = parse_compare_options(argc, argv);
-  if (!options) return kExitSame;
-  return comparison_status([&] { return compare(*options); });
+  return comparison_status([&] {
+    const std::optional<CompareOptions> options = parse_compare_options(argc, argv);
+    return options ? compare(*options) : kExitSame;
+  });
 }
 
 }  // namespace tool

@@ -4,6 +4,7 @@
 
 #include "common/command.h"
 #include "common/options.h"
+#include "common/suggestion.h"
 
 namespace tool {
 namespace {
@@ -96,10 +97,18 @@ CommandLine command_line(ConvertOptions& options, Texts& texts) {
            kernel_flag(kGrid, &flags.grid)}};
 }
 
+std::string hint(const std::string& name) {
+  std::vector<std::string> names;
+  for (const Kernel& kernel : kernels()) names.emplace_back(kernel.name);
+  const std::string meant = did_you_mean(name, names);
+  return meant.empty() ? ";" : meant;
+}
+
 const Kernel& kernel_named(const std::string& name) {
   const Kernel* kernel = find_kernel(name);
   if (kernel == nullptr)
-    throw UsageError("there is no kernel '" + name + "'; morvale convert --list names them.");
+    throw UsageError("there is no kernel '" + name + "'" + hint(name) +
+                     " morvale convert --list names them.");
   return *kernel;
 }
 

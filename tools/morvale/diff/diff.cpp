@@ -250,9 +250,10 @@ int diff(const DiffOptions& options) {
 }  // namespace
 
 int diff_main(int argc, char** argv) {
-  const std::optional<DiffOptions> options = parse_diff_options(argc, argv);
-  if (!options) return kExitSame;
-  return comparison_status([&] { return diff(*options); });
+  return comparison_status([&] {
+    const std::optional<DiffOptions> options = parse_diff_options(argc, argv);
+    return options ? diff(*options) : kExitSame;
+  });
 }
 
 }  // namespace tool

@@ -36,7 +36,7 @@ A colour figure is its mean with the low and the high band in brackets. In the g
 somebody is. The network's times are there when the recording has them; p90 is what nine runs of ten did not
 exceed.
 
-Exit status: 0 done, 2 the command line or PATH cannot be used.
+Exit status: 0 done, 1 the output cannot be written, 2 the command line or PATH cannot be used.
 )";
 
 struct InspectOptions {

@@ -207,10 +207,13 @@ FrameReport CameraService::run(bool after_process,
   return report;
 }
 
-void choose_model_folder(const std::optional<std::string>& given) {
+std::string model_folder(const std::optional<std::string>& given) {
   const std::string from_environment = environment("VEXA_MODEL_DIR");
-  fs::path folder = from_environment.empty() ? cache_folder() : fs::path(from_environment);
-  if (given) folder = *given;
+  return given ? *given : from_environment.empty() ? cache_folder().string() : from_environment;
+}
+
+void choose_model_folder(const std::optional<std::string>& given) {
+  const fs::path folder = model_folder(given);
   std::error_code error;
   if (given && !fs::is_directory(folder, error))
     throw UsageError("--model-dir: " + folder.string() +

@@ -115,8 +115,11 @@ class CameraService {
   std::optional<RuntimeProbe> probe_;
 };
 
-/// Points the neural runtime at the folder of its models: the one given, else $VEXA_MODEL_DIR, else the cache
-/// folder. Throws UsageError when a given folder does not exist, RunError when the folder holds no model.
+/// The folder of the neural runtime's models: the one given, else $VEXA_MODEL_DIR, else the cache folder.
+std::string model_folder(const std::optional<std::string>& given);
+
+/// Points the neural runtime at model_folder(given). Throws UsageError when a given folder does not exist,
+/// RunError when the folder holds no model.
 void choose_model_folder(const std::optional<std::string>& given);
 
 }  // namespace tool

@@ -1,5 +1,6 @@
 #include "service/frame_input.h"
 
+#include <algorithm>
 #include <filesystem>
 
 #include "common/command.h"
@@ -12,6 +13,21 @@ namespace {
 namespace fs = std::filesystem;
 
 bool is_raw(const std::string& path) { return fs::path(path).extension() == ".nv21"; }
+
+bool is_video(const std::string& path) {
+  constexpr std::string_view kEndings[] = {".mp4", ".mov", ".mkv", ".avi", ".webm", ".m4v", ".y4m"};
+  return std::find(std::begin(kEndings), std::end(kEndings), fs::path(path).extension().string()) !=
+         std::end(kEndings);
+}
+
+/// What is no single picture goes through one session, frame by frame.
+void check_single(const std::string& path) {
+  std::error_code error;
+  if (!fs::exists(path, error)) return;
+  if (fs::is_directory(path, error))
+    throw UsageError(path + " is a folder; morvale replay takes recordings and folders of pictures.");
+  if (is_video(path)) throw UsageError(path + " is a video; morvale replay takes videos.");
+}
 
 /// Size and stride of a raw frame, checked against the file's length. The planes are left empty.
 Frame raw_layout(const std::string& path, const FrameShape& flags) {
@@ -51,6 +67,7 @@ FrameSize parse_size(const std::string& text) {
 }
 
 void check_input(const std::string& path, const FrameShape& flags) {
+  check_single(path);
   check_readable(path);
   if (is_raw(path))
     raw_layout(path, flags);

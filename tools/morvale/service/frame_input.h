@@ -8,6 +8,10 @@
 
 #include "pictures/picture_size.h"
 
+namespace cv {
+class Mat;
+}
+
 namespace tool {
 
 /// One camera frame: `height` luma rows of `stride` bytes, then height / 2 rows of V,U pairs, same stride.
