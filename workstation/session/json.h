@@ -23,7 +23,7 @@ class Json {
   using Array = std::vector<Json>;
   using Object = std::vector<JsonMember>;
 
-  Json(std::nullptr_t = nullptr) {}
+  Json(std::nullptr_t = nullptr);
   Json(std::same_as<bool> auto value) { set(value); }
   Json(std::signed_integral auto value) { set(int64_t{value}); }
   Json(std::unsigned_integral auto value) requires(!std::same_as<decltype(value), bool>) {
