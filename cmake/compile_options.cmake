@@ -17,9 +17,9 @@ if(MORVALE_SANITIZE)
 endif()
 
 # Headers that most files of a target include, read once. ccache keeps nothing that is compiled with them, so not with
-# ccache; a build with it also proves that no file leans on them.
+# ccache; a build with it also proves that no file leans on them. Nor with GCC 12, which warns falsely with them.
 function(morvale_precompile target)
-  if(NOT CMAKE_CXX_COMPILER_LAUNCHER MATCHES "ccache")
+  if(CMAKE_CXX_COMPILER_ID MATCHES "Clang" AND NOT CMAKE_CXX_COMPILER_LAUNCHER MATCHES "ccache")
     target_precompile_headers(${target} PRIVATE ${ARGN})
   endif()
 endfunction()
