@@ -14,6 +14,8 @@
 #include <limits>
 
 #include "session/bundle.h"
+#include "session/json.h"
+#include "session/printable.h"
 
 namespace {
 
@@ -321,6 +323,21 @@ TEST_F(BundleTest, AKilledWriterLosesAtMostTheFrameInHand) {
     EXPECT_LE(bundle.frame_count(), reported + 1);
     for (int i = 0; i < bundle.frame_count(); ++i) expect_frame(bundle, i, frame_input(i), frame_output(i));
   }
+}
+
+TEST(Printable, NothingThatSteersATerminalComesThrough) {
+  const std::pair<std::string_view, const char*> cases[] = {
+      {"plain, \u00e9, \u20ac, \U0001f600", "plain, \u00e9, \u20ac, \U0001f600"},
+      {"\x1b[31mred\x1b]0;title\x07", "\\x1b[31mred\\x1b]0;title\\x07"},
+      {"two\nlines\r\t\x7f", "two\\x0alines\\x0d\\x09\\x7f"},
+      {"\xc2\x9b"
+       "31m",
+       "\\xc2\\x9b31m"},
+      {"\xff\xe2\x82 \xc0\x9b \xe2\x82", "\\xff\\xe2\\x82 \\xc0\\x9b \\xe2\\x82"},
+      {std::string_view("\0", 1), "\\x00"},
+  };
+  for (const auto& [text, shown] : cases) EXPECT_EQ(printable(text), shown);
+  EXPECT_EQ(Json("\x1b \x7f \xc2\x9b \u00a0 \u00e9").dump(), "\"\\u001b \\u007f \\u009b \u00a0 \u00e9\"");
 }
 
 TEST_F(BundleTest, NpyHeadsOfOtherWriters) {

@@ -22,6 +22,7 @@
 #include "pictures/opencv_module.h"
 #include "service/camera_service.h"
 #include "session/json.h"
+#include "session/printable.h"
 
 namespace tool {
 namespace {
@@ -177,7 +178,8 @@ std::string text_of(const Facts& facts) {
   text += line("models in", facts.model_folder);
   if (facts.models.empty()) text += line("  model", "none: make them with ./dev network");
   for (const Model& model : facts.models) {
-    text += line("  model", model.name + ", " + std::to_string(model.bytes) + " bytes");
+    text += line("  model",
+                 morvale::session::printable(model.name) + ", " + std::to_string(model.bytes) + " bytes");
     text += line("    SHA-256", model.sha256);
   }
   return text;

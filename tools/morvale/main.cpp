@@ -47,8 +47,8 @@ void print_help() {
       exit_status().c_str());
 }
 
-int usage_error(const char* sentence) {
-  std::fprintf(stderr, "morvale: %s\n", sentence);
+int usage_error(const std::string& sentence) {
+  tool::complain(sentence);
   return tool::kExitUsage;
 }
 
@@ -75,7 +75,7 @@ int run_to_end(int argc, char** argv) {
   } catch (const tool::UsageError& error) {
     return usage_error(error.what());
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "morvale: %s\n", error.what());
+    tool::complain(error.what());
     return tool::kExitFailed;
   }
 }

@@ -10,6 +10,7 @@
 #include <morvale/core/globals.h>
 #include "runtime/engine.h"
 #include "session/bundle.h"
+#include "session/printable.h"
 
 namespace morvale::runtime {
 namespace {
@@ -17,7 +18,7 @@ namespace {
 class RecordedEngine final : public Engine {
  public:
   explicit RecordedEngine(const std::filesystem::path& folder) : name_(folder.string()), bundle_(folder) {
-    if (!bundle_.warning().empty()) std::cerr << "vexa_vndk: " + bundle_.warning() + "\n";
+    if (!bundle_.warning().empty()) std::cerr << "vexa_vndk: " + session::printable(bundle_.warning()) + "\n";
   }
 
   int32_t open_result() const { return bundle_.info().open_result; }

@@ -14,6 +14,7 @@
 #include <morvale/core/export.h>
 #include <morvale/core/vexa_runtime.h>
 #include "runtime/engine.h"
+#include "session/printable.h"
 
 namespace morvale::runtime {
 namespace {
@@ -23,10 +24,8 @@ constexpr int32_t kFailure = 1;
 
 /// One line, whatever the text holds; written at once so that lines do not mix.
 void report(std::string text) {
-  for (char& c : text) {
-    if (c == '\n' || c == '\r') c = ' ';
-  }
-  std::cerr << "vexa_vndk: " + text + "\n" << std::flush;
+  std::replace(text.begin(), text.end(), '\n', ' ');
+  std::cerr << "vexa_vndk: " + session::printable(text) + "\n" << std::flush;
 }
 
 /// The core asks for a file of the device ("/vendor/.../name.dlc"); its counterpart here is name.onnx in the

@@ -168,7 +168,24 @@ const Json& Json::at(std::string_view key) const {
 }
 
 std::string Json::dump(int indent) const {
-  return text_of(*this).dump(indent, ' ', false, Text::error_handler_t::replace);
+  const std::string text = text_of(*this).dump(indent, ' ', false, Text::error_handler_t::replace);
+  // The library writes the lower control characters as escapes; the others would reach a terminal as they
+  // are.
+  std::string safe;
+  safe.reserve(text.size());
+  for (size_t i = 0; i < text.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(text[i]);
+    const auto next = i + 1 < text.size() ? static_cast<unsigned char>(text[i + 1]) : 0u;
+    const bool upper = byte == 0xc2 && next < 0xa0;  // U+0080 to U+009F
+    if (byte != 0x7f && !upper) {
+      safe += text[i];
+      continue;
+    }
+    const unsigned code = upper ? next : byte;
+    safe += {'\\', 'u', '0', '0', "0123456789abcdef"[code >> 4], "0123456789abcdef"[code & 15]};
+    i += upper;
+  }
+  return safe;
 }
 
 Json parse_json(std::string_view text) {

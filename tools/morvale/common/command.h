@@ -14,6 +14,8 @@ constexpr int kExitDone = 0;
 constexpr int kExitFailed = 1;  ///< the work failed: a model that does not open, a failed frame, a full disk
 constexpr int kExitUsage = 2;   ///< what the caller gave cannot be used: flags, files, sizes
 
+constexpr int kExitInterrupted = 130;  ///< as a shell reports a program that Ctrl-C ended
+
 /// What `morvale --help` and the manual say alike.
 constexpr const char* kProgramSummary = "Morvale Capture on the command line";
 struct ExitMeaning {
@@ -64,6 +66,10 @@ int comparison_status(Compare compare) {
     throw UsageError(std::string("the comparison failed: ") + error.what() + ".");
   }
 }
+
+/// "morvale: " and the text, as printable() has it, on a line of standard error: the text may hold what files
+/// say.
+void complain(const std::string& text);
 
 /// The subcommands. argv[0] is the subcommand's name; the result is the exit status. They may throw.
 int analyze_main(int argc, char** argv);

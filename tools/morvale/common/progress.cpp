@@ -4,6 +4,8 @@
 
 #include <cstdio>
 
+#include "session/printable.h"
+
 namespace tool {
 namespace {
 
@@ -38,7 +40,8 @@ void Progress::next(const std::string& name) {
   if (frame_ > 1 && seconds(now - last_shown_) < kSecondsBetween) return;
   last_shown_ = now;
   const std::string count = std::to_string(frame_) + (frames_ ? "/" + std::to_string(*frames_) : "");
-  std::fprintf(stderr, "\r\033[K[%s]%s %s", count.c_str(), rate().c_str(), name.c_str());
+  std::fprintf(stderr, "\r\033[K[%s]%s %s", count.c_str(), rate().c_str(),
+               morvale::session::printable(name).c_str());
 }
 
 std::string Progress::rate() const {

@@ -32,8 +32,7 @@ int convert_main(int argc, char** argv) {
   const Picture out = run_kernel(kernel, in, options->flags);
   const std::string name = target_name(options->out, out.size);
   opencv().write_picture(name, out);
-  std::fprintf(stderr, "morvale: %s: %s of %s.\n", name.c_str(), name_of(out.layout),
-               text_of(out.size).c_str());
+  complain(name + ": " + name_of(out.layout) + " of " + text_of(out.size) + ".");
   return kExitDone;
 }
 

@@ -14,6 +14,7 @@
 #include "inspect/inspect_source.h"
 #include "service/report_text.h"
 #include "session/json.h"
+#include "session/printable.h"
 
 namespace tool {
 namespace {
@@ -134,7 +135,8 @@ std::string plural(int count, const char* noun) {
 }
 
 std::string side_text(const char* name, const RecordSource& source) {
-  std::string text = std::string(name) + "  " + source.name + ": " + plural(source.frame_count(), "frame");
+  std::string text = std::string(name) + "  " + morvale::session::printable(source.name) + ": " +
+                     plural(source.frame_count(), "frame");
   if (const auto camera = source.camera())
     text += *camera == Camera::kFront ? ", front camera" : ", back camera";
   if (source.bundle && !source.bundle->warning().empty()) text += " (" + source.bundle->warning() + ")";
@@ -241,8 +243,7 @@ int diff(const DiffOptions& options) {
   std::fflush(stdout);
   if (!options.report.empty()) {
     write_diff_page(a, b, options.camera, options.command, options.report);
-    std::fprintf(stderr, "morvale: the report is %s.\n",
-                 (std::filesystem::path(options.report) / "report.html").c_str());
+    complain("the report is " + (std::filesystem::path(options.report) / "report.html").string() + ".");
   }
   return difference.same() ? kExitSame : kExitDifferent;
 }

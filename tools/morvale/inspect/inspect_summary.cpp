@@ -6,6 +6,7 @@
 
 #include "inspect/inspect_words.h"
 #include "service/report_text.h"
+#include "session/printable.h"
 
 namespace tool {
 namespace {
@@ -79,7 +80,7 @@ std::string bundle_text(const RecordSource& source) {
   const auto of = [](int count) { return std::to_string(count); };
   std::string text;
   if (!source.bundle->warning().empty()) text += line("warning", source.bundle->warning());
-  text += line("made by", info.made_by.empty() ? "(not told)" : info.made_by);
+  text += line("made by", info.made_by.empty() ? "(not told)" : morvale::session::printable(info.made_by));
   text +=
       line("model", pad + "x" + pad + " in, " + net + "x" + net + "x5 out; " + open_text(info.open_result));
   text += line("sizes", summary.sizes.empty() ? "-" : joined(summary.sizes));
@@ -165,7 +166,7 @@ BundleSummary summary_of(const std::vector<FrameLine>& lines) {
 
 std::string summary_text(const RecordSource& source, Camera camera) {
   const RecordSummary summary = summary_of(source, camera);
-  std::string text = source.name + "\n";
+  std::string text = morvale::session::printable(source.name) + "\n";
   text += line("kind", (source.bundle ? "session bundle, " : "bare records, read as ") + name_of(camera) +
                            " camera" + (source.bundle ? "" : "'s"));
   text += line("frames", std::to_string(summary.frames));

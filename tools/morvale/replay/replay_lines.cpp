@@ -4,6 +4,7 @@
 
 #include "service/record_fields.h"
 #include "service/report_text.h"
+#include "session/printable.h"
 
 namespace tool {
 namespace {
@@ -15,8 +16,10 @@ std::string ms_text(std::optional<double> ms) {
   return text;
 }
 
-/// RFC 4180: a text with commas, quotes or line ends stands in quotes, its quotes twice.
-std::string csv_text(const std::string& text) {
+/// RFC 4180, for names, which go to terminals too: a text with commas, quotes or line ends stands in quotes,
+/// its quotes twice.
+std::string csv_text(const std::string& name) {
+  const std::string text = morvale::session::printable(name);
   if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
   std::string quoted = "\"";
   for (const char c : text) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);

@@ -17,6 +17,7 @@
 #include "service/report_text.h"
 #include "session/bundle.h"
 #include "session/json.h"
+#include "session/printable.h"
 
 namespace tool {
 namespace {
@@ -219,7 +220,7 @@ std::string table_row(const Score& score, size_t name_width) {
   const std::string frames = std::to_string(score.frames), found = of(score.found, score.faces),
                     same = of(score.same_records, score.frames), iou = cell(score.face_iou, 2),
                     share = cell(score.share, 1), grid = cell(score.grid, 1), hue = cell(score.hue, 1);
-  return table_row(score.bundle.c_str(), name_width,
+  return table_row(morvale::session::printable(score.bundle).c_str(), name_width,
                    {score.camera == Camera::kFront ? "front" : "back", frames.c_str(), iou.c_str(),
                     found.c_str(), share.c_str(), grid.c_str(), hue.c_str(), same.c_str()});
 }

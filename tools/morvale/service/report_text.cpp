@@ -6,9 +6,12 @@
 
 #include "service/shape_notes.h"
 #include "session/json.h"
+#include "session/printable.h"
 
 namespace tool {
 namespace {
+
+using morvale::session::printable;
 
 using morvale::session::Json;
 
@@ -120,14 +123,15 @@ std::string json_line(const std::string& name, int frame_index, const FrameRepor
 }
 
 Table::Table(const std::vector<std::string>& input_names) {
-  for (const std::string& name : input_names) name_width_ = std::max(name_width_, name.size());
+  for (const std::string& name : input_names) name_width_ = std::max(name_width_, printable(name).size());
   char text[256];
   std::snprintf(text, sizeof text, " %5s %-6s %11s %4s %6s %6s  %-22s  %4s  %-11s  %s\n", "frame", "camera",
                 "size", "ver", "human", "found", "first box x,y WxH", "luma", "H/S/V", "face/map");
   heading_ = "input" + std::string(name_width_ - 5, ' ') + text;
 }
 
-std::string Table::lines(const std::string& name, int frame_index, const FrameReport& report) {
+std::string Table::lines(const std::string& input_name, int frame_index, const FrameReport& report) {
+  const std::string name = printable(input_name);
   const Geometry& geometry = report.geometry;
   const std::string size = std::to_string(geometry.width) + "x" + std::to_string(geometry.height);
   char text[256];
