@@ -12,7 +12,9 @@
 #include <functional>
 #include <iterator>
 #include <limits>
+#include <tuple>
 
+#include "fakes/peak_memory.h"
 #include "session/bundle.h"
 #include "session/json.h"
 #include "session/printable.h"
@@ -173,8 +175,8 @@ TEST_F(BundleTest, EachTruncatedFileIsNamedWithItsFrame) {
     return first.size() + 1;
   }();
   const Cut cuts[] = {
-      {"session.json", 20, {"session.json", "no JSON"}},
-      {"session.json", 0, {"session.json", "no JSON"}},
+      {"session.json", 20, {"session.json", "is not JSON"}},
+      {"session.json", 0, {"session.json", "is not JSON"}},
       {"records.bin", 2 * 288, {"records.bin: frame 2"}},
       {"records.bin", 288 + 287, {"records.bin: frame 1"}},
       {"records.bin", 0, {"records.bin: frame 0"}},
@@ -281,6 +283,7 @@ TEST_F(BundleTest, LinesFromElsewhereAreRefusedByFrame) {
       {"logits/000001.npy", "/etc/passwd"},
       {"\"execute\":0", "\"execute\":1"},
       {"{\"frame\":1", "[{\"frame\":1"},
+      {"\"width\":6", "\"width\":6,\"width\":6"},
   };
   int number = 0;
   for (const auto& [from, to] : edits) {
@@ -292,6 +295,43 @@ TEST_F(BundleTest, LinesFromElsewhereAreRefusedByFrame) {
     std::ofstream(bundle / "metadata.jsonl") << text.replace(at, std::strlen(from), to);
     EXPECT_NE(complaint(bundle).find("frame 1"), std::string::npos) << to << ": " << complaint(bundle);
   }
+}
+
+TEST_F(BundleTest, TextsHaveAStatedLength) {
+  const std::tuple<const char*, uintmax_t, const char*> files[] = {
+      {"session.json", 6ull << 30, "at most 4194304 are read"},
+      {"metadata.jsonl", 6ull << 30, "a line of more than 65536 bytes"},
+      {"metadata.jsonl", 60000, "frame 3 was still being written"},
+  };
+  int number = 0;
+  for (const auto& [file, size, words] : files) {
+    const fs::path bundle = three_frames("long" + std::to_string(number++));
+    fs::resize_file(bundle / file, size);  // sparse: it takes no room
+    EXPECT_NE(complaint(bundle).find(words), std::string::npos) << complaint(bundle);
+    EXPECT_LT(testing_memory::peak_mib([&] { complaint(bundle); }), 48) << file;
+  }
+}
+
+TEST_F(BundleTest, LinksThatLeadOutOfTheBundleAreNotFollowed) {
+  const fs::path other = three_frames("other");
+  for (const char* name : {"session.json", "metadata.jsonl", "records.bin", "frames", "logits/000001.npy",
+                           "labels/000002_4x3x5.bin"}) {
+    const fs::path bundle = folder_ / "links";
+    fs::copy(other, bundle, fs::copy_options::recursive);
+    fs::remove_all(bundle / name);
+    fs::create_symlink(other / name, bundle / name);
+    EXPECT_NE(complaint(bundle).find("leads out of the bundle"), std::string::npos)
+        << name << complaint(bundle);
+    fs::remove_all(bundle);
+  }
+  const fs::path inner = three_frames("inner"), link = folder_ / "link";
+  fs::rename(inner / "records.bin", inner / "kept.bin");
+  fs::create_symlink("kept.bin", inner / "records.bin");
+  fs::create_directory_symlink(inner, link);
+  EXPECT_EQ(complaint(inner), "") << "a link that stays inside";
+  EXPECT_EQ(complaint(link), "") << "a bundle's folder may itself be a link";
+  EXPECT_EQ(complaint(link / ""), "");
+  EXPECT_NE(complaint(folder_ / "missing" / "").find("no such file"), std::string::npos);
 }
 
 /// Kills a writer that has just reported its frame number `frames`: that frame and all before it are there.

@@ -101,6 +101,8 @@ class BundleWriter {
   std::unique_ptr<Files> files_;
 };
 
+struct FrameLine;
+
 /// Reads a bundle. The constructor checks everything that can be checked without reading pixels and scores; a
 /// half-written last frame is left out and told of in `warning()`.
 class BundleReader {
@@ -121,6 +123,7 @@ class BundleReader {
   /// What is known of frame `index` without reading a file: input() without its pixels, whether the bundle
   /// has these, and what execute returned (absent: the network was not asked).
   const FrameInput& metadata(int index) const;
+  const FrameLine& line(int index) const;  ///< session/metadata.h
   bool has_pixels(int index) const;
   std::optional<int32_t> execute_result(int index) const;
 

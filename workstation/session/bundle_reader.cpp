@@ -17,7 +17,8 @@ constexpr size_t kRecordBytes = sizeof(PersonWholeMeta);
 std::string frame_name(size_t index) { return "frame " + std::to_string(index); }
 
 SessionInfo read_session(const fs::path& file) {
-  const std::string text = read_text(file);
+  constexpr uintmax_t kMostBytes = 4 << 20;  // made_by may hold a command line, of which systems take 2 MB
+  const std::string text = read_text(file, kMostBytes);
   try {
     return parse_session(text);
   } catch (const std::runtime_error& error) {
@@ -31,18 +32,15 @@ struct Metadata {
 };
 
 Metadata read_metadata(const fs::path& file) {
-  const std::string text = read_text(file);
   Metadata metadata;
-  size_t begin = 0;
-  for (size_t end; (end = text.find('\n', begin)) != std::string::npos; begin = end + 1) {
+  metadata.cut = read_lines(file, [&](const std::string& line) {
     const size_t index = metadata.frames.size();
     try {
-      metadata.frames.push_back(parse_frame(static_cast<int>(index), text.substr(begin, end - begin)));
+      metadata.frames.push_back(parse_frame(static_cast<int>(index), line));
     } catch (const std::runtime_error& error) {
       throw BundleError(file.string() + ": " + frame_name(index) + ": " + error.what());
     }
-  }
-  metadata.cut = begin < text.size();
+  });
   return metadata;
 }
 
@@ -77,8 +75,8 @@ struct BundleReader::Files {
   std::vector<PersonWholeMeta> records;
   std::string warning;
 
-  explicit Files(const fs::path& path) : folder(path), info(read_session(folder / kSessionFile)) {
-    Metadata metadata = read_metadata(folder / kMetadataFile);
+  explicit Files(const fs::path& path) : folder(path), info(read_session(path_inside(folder, kSessionFile))) {
+    Metadata metadata = read_metadata(path_inside(folder, kMetadataFile));
     frames = std::move(metadata.frames);
     const bool extra_record = read_records();
     for (size_t i = 0; i < frames.size(); ++i) check_frame(i);
@@ -93,7 +91,7 @@ struct BundleReader::Files {
   /// Returns whether the file goes on behind the last frame. A crash leaves at most one record there, since
   /// each is followed by its line; more mean that lines were lost.
   bool read_records() {
-    const fs::path file = folder / kRecordsFile;
+    const fs::path file = path_inside(folder, kRecordsFile);
     const uintmax_t size = size_of_file(file), count = frames.size();
     if (size < count * kRecordBytes) {
       throw BundleError(file.string() + ": " + frame_name(size / kRecordBytes) + ": the file ends here, " +
@@ -119,7 +117,7 @@ struct BundleReader::Files {
     if (line.logits.empty()) return;
     if (line.execute_result.value_or(1) != 0)
       refuse(index, kMetadataFile, "has scores of a run that gave none");
-    const NpyHead head = about(index, [&] { return read_npy_head(folder / line.logits); });
+    const NpyHead head = about(index, [&] { return read_npy_head(path_inside(folder, line.logits)); });
     if (head.shape != std::vector<int32_t>{info.net_size, info.net_size, morvale::kLabels}) {
       refuse(index, line.logits, "the scores are not those of the session's model");
     }
@@ -133,7 +131,7 @@ struct BundleReader::Files {
   }
 
   uintmax_t sized(size_t index, const std::string& name) const {
-    return about(index, [&] { return size_of_file(folder / name); });
+    return about(index, [&] { return size_of_file(path_inside(folder, name)); });
   }
 
   [[noreturn]] void refuse(size_t index, const std::string& name, const std::string& what) const {
@@ -151,8 +149,9 @@ struct BundleReader::Files {
   std::vector<uint8_t> bytes(size_t index, const std::string& name) const {
     if (name.empty()) return {};
     return about(index, [&] {
-      std::vector<uint8_t> content(size_of_file(folder / name));
-      read_bytes(folder / name, 0, content.data(), content.size());
+      const fs::path file = path_inside(folder, name);
+      std::vector<uint8_t> content(size_of_file(file));
+      read_bytes(file, 0, content.data(), content.size());
       return content;
     });
   }
@@ -165,15 +164,10 @@ BundleReader::~BundleReader() = default;
 const SessionInfo& BundleReader::info() const { return files_->info; }
 int BundleReader::frame_count() const { return static_cast<int>(files_->frames.size()); }
 const std::string& BundleReader::warning() const { return files_->warning; }
-const FrameInput& BundleReader::metadata(int index) const {
-  return files_->frames[files_->checked(index)].input;
-}
-bool BundleReader::has_pixels(int index) const {
-  return !files_->frames[files_->checked(index)].pixels.empty();
-}
-std::optional<int32_t> BundleReader::execute_result(int index) const {
-  return files_->frames[files_->checked(index)].execute_result;
-}
+const FrameLine& BundleReader::line(int index) const { return files_->frames[files_->checked(index)]; }
+const FrameInput& BundleReader::metadata(int index) const { return line(index).input; }
+bool BundleReader::has_pixels(int index) const { return !line(index).pixels.empty(); }
+std::optional<int32_t> BundleReader::execute_result(int index) const { return line(index).execute_result; }
 
 FrameInput BundleReader::input(int index) const {
   const size_t i = files_->checked(index);
@@ -192,7 +186,7 @@ FrameOutput BundleReader::output(int index) const {
   output.labels = files_->bytes(i, line.labels);
   output.network_ms = line.network_ms;
   if (!line.logits.empty()) {
-    output.logits = about(i, [&] { return read_npy(files_->folder / line.logits).values; });
+    output.logits = about(i, [&] { return read_npy(path_inside(files_->folder, line.logits)).values; });
   }
   return output;
 }

@@ -1,9 +1,11 @@
 #include "session/file.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <fstream>
+#include <iterator>
 #include <system_error>
 
 #include "session/bundle.h"
@@ -45,10 +47,43 @@ void read_bytes(const std::filesystem::path& path, uintmax_t offset, void* data,
   if (!file.read(static_cast<char*>(data), static_cast<std::streamsize>(size))) fail(path, "ends too early");
 }
 
-std::string read_text(const std::filesystem::path& path) {
-  std::string text(size_of_file(path), '\0');
+std::string read_text(const std::filesystem::path& path, uintmax_t most) {
+  const uintmax_t size = size_of_file(path);
+  if (size > most)
+    throw BundleError(path.string() + ": holds " + std::to_string(size) + " bytes; at most " +
+                      std::to_string(most) + " are read");
+  std::string text(size, '\0');
   read_bytes(path, 0, text.data(), text.size());
   return text;
+}
+
+bool read_lines(const std::filesystem::path& path, const std::function<void(const std::string&)>& take) {
+  size_of_file(path);
+  errno = 0;
+  std::ifstream file(path, std::ios::binary);
+  if (!file) fail(path, "cannot be opened");
+  std::string line;
+  for (;;) {
+    line.resize(kLongestLine + 1);
+    file.getline(line.data(), std::ssize(line));
+    if (file.eof()) return file.gcount() > 0;
+    if (file.bad()) fail(path, "cannot be read");
+    if (file.fail())
+      throw BundleError(path.string() + ": holds a line of more than " + std::to_string(kLongestLine) +
+                        " bytes");
+    line.resize(static_cast<size_t>(file.gcount()) - 1);
+    take(line);
+  }
+}
+
+std::filesystem::path path_inside(const std::filesystem::path& folder, const std::string& name) {
+  std::error_code error;
+  std::filesystem::path whole = std::filesystem::weakly_canonical(folder, error);
+  if (!whole.has_filename()) whole = whole.parent_path();  // "missing/"
+  const std::filesystem::path real = std::filesystem::weakly_canonical(folder / name, error);
+  const auto [end, rest] = std::mismatch(whole.begin(), whole.end(), real.begin(), real.end());
+  if (error || end != whole.end()) throw BundleError((folder / name).string() + ": leads out of the bundle");
+  return folder / name;
 }
 
 uintmax_t size_of_file(const std::filesystem::path& path) {

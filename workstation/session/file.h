@@ -1,8 +1,11 @@
 /// Files whose failures say what the system said.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -31,7 +34,18 @@ class OutputFile {
 /// Reads `size` bytes at `offset` into `data`; a shorter file is a BundleError.
 void read_bytes(const std::filesystem::path& path, uintmax_t offset, void* data, size_t size);
 
-std::string read_text(const std::filesystem::path& path);
+/// The whole file. One of more than `most` bytes is a BundleError: a file that claims any size must not take
+/// as much memory.
+std::string read_text(const std::filesystem::path& path, uintmax_t most);
+
+/// Calls `take` for every line, without its end, and returns whether the file ends within a line. A line of
+/// more than kLongestLine bytes is a BundleError.
+constexpr size_t kLongestLine = 64 * 1024;
+bool read_lines(const std::filesystem::path& path, const std::function<void(const std::string&)>& take);
+
+/// `name` in `folder`. A link that leads out of the folder is a BundleError: a bundle from elsewhere must not
+/// make its reader open other files.
+std::filesystem::path path_inside(const std::filesystem::path& folder, const std::string& name);
 
 /// Throws BundleError when there is no such regular file.
 uintmax_t size_of_file(const std::filesystem::path& path);

@@ -2,56 +2,51 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
-#include <nlohmann/json.hpp>
 #include <string_view>
+#include <utility>
+
+#include "session/json.h"
 
 namespace morvale::session {
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 constexpr const char* kFormat = "morvale-session";
 
 [[noreturn]] void refuse(const std::string& what) { throw std::runtime_error(what); }
 
-/// Text that is not UTF-8 (a folder's name, say) must not stop a recording.
-std::string text_of(const Json& json, int indent) {
-  return json.dump(indent, ' ', false, Json::error_handler_t::replace) + "\n";
-}
-
 Json parse_object(const std::string& text) {
-  Json json = Json::parse(text, nullptr, false);
+  Json json = parse_json(text);
   if (!json.is_object()) refuse("is no JSON object");
   return json;
 }
 
 const Json& member(const Json& json, const char* key) {
-  const auto found = json.find(key);
-  if (found == json.end()) refuse(std::string("\"") + key + "\" is missing");
+  const Json* found = json.find(key);
+  if (found == nullptr) refuse(std::string("\"") + key + "\" is missing");
   return *found;
 }
 
 /// The library would turn 1.5 or 2^40 into some int32; a bundle is refused instead.
 int32_t to_int32(const Json& value, const char* key) {
-  using Limits = std::numeric_limits<int32_t>;
-  const bool fits = value.is_number_unsigned()
-                        ? value.get<uint64_t>() <= static_cast<uint64_t>(Limits::max())
-                        : value.is_number_integer() && value.get<int64_t>() >= Limits::min();
-  if (!fits) refuse(std::string("\"") + key + "\" is no 32-bit integer");
-  return value.get<int32_t>();
+  try {
+    return value.int32();
+  } catch (const JsonError&) {
+    refuse(std::string("\"") + key + "\" is no 32-bit integer");
+  }
 }
 
 int32_t int32_at(const Json& json, const char* key) { return to_int32(member(json, key), key); }
 
 std::optional<int32_t> int32_if_any(const Json& json, const char* key) {
-  return json.contains(key) ? std::optional(int32_at(json, key)) : std::nullopt;
+  return json.find(key) != nullptr ? std::optional(int32_at(json, key)) : std::nullopt;
 }
 
 bool bool_at(const Json& json, const char* key) {
   const Json& value = member(json, key);
-  if (!value.is_boolean()) refuse(std::string("\"") + key + "\" is neither true nor false");
-  return value.get<bool>();
+  if (!value.is_bool()) refuse(std::string("\"") + key + "\" is neither true nor false");
+  return value.boolean();
 }
 
 /// JSON has no NaN and no infinity: they are strings, which Python's float() takes as they are. A finite
@@ -64,24 +59,24 @@ Json float_json(float value) {
 
 float float_at(const Json& json, const char* key) {
   const Json& value = member(json, key);
-  if (value == "nan") return std::numeric_limits<float>::quiet_NaN();
-  if (value == "inf") return std::numeric_limits<float>::infinity();
-  if (value == "-inf") return -std::numeric_limits<float>::infinity();
-  if (!value.is_number() || std::abs(value.get<double>()) > std::numeric_limits<float>::max()) {
+  if (value == Json("nan")) return std::numeric_limits<float>::quiet_NaN();
+  if (value == Json("inf")) return std::numeric_limits<float>::infinity();
+  if (value == Json("-inf")) return -std::numeric_limits<float>::infinity();
+  if (!value.is_number() || std::abs(value.number()) > std::numeric_limits<float>::max()) {
     refuse(std::string("\"") + key + "\" is no 32-bit float");
   }
-  return value.get<float>();
+  return static_cast<float>(value.number());
 }
 
 std::string string_at(const Json& json, const char* key) {
   const Json& value = member(json, key);
-  if (!value.is_string()) refuse(std::string("\"") + key + "\" is no text");
-  return value.get<std::string>();
+  if (!value.is_text()) refuse(std::string("\"") + key + "\" is no text");
+  return value.text();
 }
 
 /// A bundle from elsewhere must not make its reader open files outside it.
 std::string file_at(const Json& json, const char* key, std::string_view folder) {
-  if (!json.contains(key)) return {};
+  if (json.find(key) == nullptr) return {};
   const std::string name = string_at(json, key);
   const bool inside = name.size() > folder.size() && name.starts_with(folder) &&
                       name.find('/', folder.size()) == std::string::npos &&
@@ -96,21 +91,22 @@ Json faces_json(const MorvaleData_t& record) {
   Json faces = Json::array();
   for (int i = 0; i < std::min(record.faceCount, morvale::kMaxFaces); ++i) {
     const FaceRect& face = record.faces[i];
-    faces.push_back({face.x, face.y, face.w, face.h});
+    faces.push_back(Json::array({face.x, face.y, face.w, face.h}));
   }
   return faces;
 }
 
 void read_faces(const Json& faces, MorvaleData_t& record) {
   const int count = std::clamp(record.faceCount, 0, morvale::kMaxFaces);
-  if (!faces.is_array() || faces.size() != static_cast<size_t>(count)) {
+  if (!faces.is_array() || faces.elements().size() != static_cast<size_t>(count)) {
     refuse("\"faces\" does not hold " + std::to_string(count) + " rectangles");
   }
   for (int i = 0; i < count; ++i) {
-    const Json& face = faces[static_cast<size_t>(i)];
-    if (!face.is_array() || face.size() != 4) refuse("\"faces\" holds something that is no [x, y, w, h]");
-    record.faces[i] = {to_int32(face[0], "faces"), to_int32(face[1], "faces"), to_int32(face[2], "faces"),
-                       to_int32(face[3], "faces")};
+    const Json& face = faces.elements()[static_cast<size_t>(i)];
+    if (!face.is_array() || face.elements().size() != 4)
+      refuse("\"faces\" holds something that is no [x, y, w, h]");
+    const auto side = [&](size_t at) { return to_int32(face.elements()[at], "faces"); };
+    record.faces[i] = {side(0), side(1), side(2), side(3)};
   }
 }
 
@@ -125,7 +121,7 @@ const char* chroma_text(ChromaPlace place) {
 
 /// Version 1 had "chroma_follows" only: true also where a pointer led to where the stride leads.
 ChromaPlace read_chroma(const Json& json) {
-  if (!json.contains("chroma"))
+  if (json.find("chroma") == nullptr)
     return bool_at(json, "chroma_follows") ? ChromaPlace::kFound : ChromaPlace::kApart;
   const std::string text = string_at(json, "chroma");
   for (const auto& [place, name] : kChromaPlaces) {
@@ -151,14 +147,10 @@ LaterRecord read_later(const Json& json) {
 }  // namespace
 
 std::string session_text(const SessionInfo& info) {
-  return text_of({{"format", kFormat},
-                  {"version", kBundleVersion},
-                  {"camera_type", info.camera_type},
-                  {"pad_size", info.pad_size},
-                  {"net_size", info.net_size},
-                  {"open_result", info.open_result},
-                  {"made_by", info.made_by}},
-                 2);
+  const Json json{{"format", kFormat},         {"version", kBundleVersion}, {"camera_type", info.camera_type},
+                  {"pad_size", info.pad_size}, {"net_size", info.net_size}, {"open_result", info.open_result},
+                  {"made_by", info.made_by}};
+  return json.dump(2) + "\n";
 }
 
 SessionInfo parse_session(const std::string& text) {
@@ -205,7 +197,7 @@ std::string frame_text(int index, const FrameLine& line) {
   if (!line.pixels.empty()) json["nv21"] = line.pixels;
   if (!line.logits.empty()) json["logits"] = line.logits;
   if (!line.labels.empty()) json["labels"] = line.labels;
-  return text_of(json, -1);
+  return json.dump() + "\n";
 }
 
 FrameLine parse_frame(int index, const std::string& text) {
@@ -225,12 +217,12 @@ FrameLine parse_frame(int index, const std::string& text) {
   line.input.has_planes = bool_at(json, "has_planes");
   line.input.chroma = read_chroma(json);
   line.input.after_process = bool_at(json, "after_process");
-  if (json.contains("later")) line.input.later = read_later(json["later"]);
+  if (const Json* later = json.find("later")) line.input.later = read_later(*later);
   line.process_result = int32_at(json, "process");
   line.execute_result = int32_if_any(json, "execute");
-  if (json.contains("network_ms")) {
-    if (!json["network_ms"].is_number()) refuse("\"network_ms\" is no number");
-    line.network_ms = json["network_ms"].get<double>();
+  if (const Json* network_ms = json.find("network_ms")) {
+    if (!network_ms->is_number()) refuse("\"network_ms\" is no number");
+    line.network_ms = network_ms->number();
   }
   line.pixels = file_at(json, "nv21", "frames/");
   line.logits = file_at(json, "logits", "logits/");

@@ -6,7 +6,7 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
-#include <sstream>
+#include <vector>
 
 #include "common/command.h"
 #include "session/file.h"
@@ -22,15 +22,6 @@ using morvale::session::FrameLine;
 
 constexpr size_t kRecordBytes = sizeof(PersonWholeMeta);
 
-/// The lines of the bundle's complete frames, which a reader has found in order.
-std::vector<FrameLine> read_lines(const fs::path& folder, int count) {
-  std::istringstream text(morvale::session::read_text(folder / morvale::session::kMetadataFile));
-  std::vector<FrameLine> lines;
-  for (std::string line; static_cast<int>(lines.size()) < count && std::getline(text, line);)
-    lines.push_back(morvale::session::parse_frame(static_cast<int>(lines.size()), line));
-  return lines;
-}
-
 /// The records without pixels and scores, which may be gigabytes.
 std::vector<PersonWholeMeta> read_records(const fs::path& folder, int count) {
   std::vector<PersonWholeMeta> records(static_cast<size_t>(count));
@@ -44,26 +35,36 @@ RecordSource open_bundle(const std::string& path) {
   RecordSource source;
   source.name = path;
   source.bundle = std::make_unique<BundleReader>(path);
-  source.lines = read_lines(path, source.bundle->frame_count());
+  for (int frame = 0; frame < source.bundle->frame_count(); ++frame)
+    source.lines.push_back(source.bundle->line(frame));
   source.records = read_records(path, source.bundle->frame_count());
   return source;
 }
 
-std::string content_of(std::istream& stream) {
-  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+/// Nearly four million records: a day and a half of frames.
+constexpr size_t kMostBytes = 1 << 30;
+
+std::string content_of(std::istream& stream, const std::string& name) {
+  std::string bytes;
+  for (std::vector<char> piece(1 << 20); stream;) {
+    stream.read(piece.data(), std::ssize(piece));
+    bytes.append(piece.data(), static_cast<size_t>(stream.gcount()));
+    if (bytes.size() > kMostBytes) throw UsageError(name + " holds more than 1 GiB of records; cut it up.");
+  }
+  return bytes;
 }
 
 RecordSource open_bare_records(const std::string& path) {
+  const std::string name = path == "-" ? "standard input" : path;
   std::string bytes;
   if (path == "-") {
-    bytes = content_of(std::cin);
+    bytes = content_of(std::cin, name);
   } else {
     std::ifstream file(path, std::ios::binary);
     if (!file)
       throw UsageError(path + " cannot be read; name a session bundle or a file of 288-byte records.");
-    bytes = content_of(file);
+    bytes = content_of(file, name);
   }
-  const std::string name = path == "-" ? "standard input" : path;
   if (bytes.empty() || bytes.size() % kRecordBytes != 0) {
     throw UsageError(name + " holds " + std::to_string(bytes.size()) +
                      " bytes; records are 288 bytes each, one after another.");

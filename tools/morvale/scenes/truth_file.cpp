@@ -4,6 +4,8 @@
 #include <fstream>
 
 #include "common/command.h"
+#include "session/bundle.h"
+#include "session/file.h"
 #include "session/json.h"
 
 namespace tool {
@@ -65,18 +67,22 @@ std::string truth_line(int frame, const SceneTruth& truth) {
 
 std::vector<SceneTruth> read_truth(const std::filesystem::path& bundle) {
   const std::filesystem::path path = truth_path(bundle);
-  std::ifstream file(path);
-  if (!file)
+  if (!std::ifstream(path))
     throw UsageError(path.string() +
                      " cannot be read; only what morvale scene makes has a truth to compare with.");
   std::vector<SceneTruth> truths;
-  for (std::string line; std::getline(file, line);) {
+  const auto take = [&](const std::string& line) {
     try {
       truths.push_back(truth_of(morvale::session::parse_json(line)));
     } catch (const std::exception&) {
       throw UsageError(path.string() + ": line " + std::to_string(truths.size() + 1) +
                        " is not a frame's truth; make the scene anew.");
     }
+  };
+  try {
+    if (morvale::session::read_lines(path, take)) take("");  // cut off within a line
+  } catch (const morvale::session::BundleError& error) {
+    throw UsageError(std::string(error.what()) + "; make the scene anew.");
   }
   return truths;
 }
