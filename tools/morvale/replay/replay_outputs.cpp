@@ -81,10 +81,10 @@ class ReportOutput final : public ReplayOutput {
   }
 
   void add(const ReplayedFrame& frame) override {
-    // A frame that came without pixels went through the library as grey: nothing to look at.
+    // A frame that came without pixels went through the library as zeros: nothing to look at.
     const bool seen = !frame.source.input.nv21.empty() && frame.source.input.has_planes;
     page_.add({frame.source.number, frame.source.name, frame.report,
-               seen ? std::span<const uint8_t>(frame.planes) : std::span<const uint8_t>(), frame.times});
+               seen ? frame.planes : std::span<const uint8_t>(), frame.times});
   }
 
   void finish(const Comparison& comparison) override {

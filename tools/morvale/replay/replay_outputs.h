@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "common/diverted_output.h"
@@ -16,9 +17,9 @@ namespace tool {
 struct ReplayedFrame {
   const SourceFrame& source;
   const FrameReport& report;
-  const std::vector<uint8_t>& planes;  ///< the pixels after the library has drawn into them
-  Trace::Time read_begin;              ///< when the frame began to be fetched from its source
-  StageTimes times;                    ///< the network's as recorded where a recording answers for it
+  std::span<const uint8_t> planes;  ///< the pixels after the library has drawn into them
+  Trace::Time read_begin;           ///< when the frame began to be fetched from its source
+  StageTimes times;                 ///< the network's as recorded where a recording answers for it
 };
 
 class ReplayOutput {

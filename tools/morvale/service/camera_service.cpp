@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <limits>
-#include <memory>
 
 #include "common/command.h"
 #include "host/log_observer.h"
@@ -138,7 +137,7 @@ void CameraService::keep_log_line(int priority, const char* text, void* service)
 }
 
 FrameReport CameraService::analyze(const Frame& frame, const std::vector<FaceRect>& faces) {
-  planes_ = frame.nv21;
+  planes_.copy(frame.nv21);
   data_.width = frame.width;
   data_.height = frame.height;
   data_.stride = frame.stride;
@@ -149,19 +148,19 @@ FrameReport CameraService::analyze(const Frame& frame, const std::vector<FaceRec
 }
 
 FrameReport CameraService::replay(const FrameInput& input) {
-  constexpr uint8_t kGrey = 128;
   data_ = input.record;
-  planes_ = input.nv21;
   // A frame whose pixels the library does not read has none in the recording.
-  if (planes_.empty()) planes_.assign(touched_bytes(input), kGrey);
+  if (input.nv21.empty())
+    planes_.zeros(touched_bytes(input));
+  else
+    planes_.copy(input.nv21);
   data_.yPlane = data_.uvPlane = input.has_planes ? planes_.data() : nullptr;
   if (input.has_planes && input.chroma != ChromaPlace::kFound) {
     // A size that is none must not lead out of the planes; nor may the chroma pointer become null.
-    const auto luma_end =
-        planes_.begin() + std::min(morvale::session::luma_bytes(data_), std::ssize(planes_));
-    chroma_.assign(luma_end, planes_.end());
-    chroma_.push_back(kGrey);
-    data_.uvPlane = input.chroma == ChromaPlace::kBehind ? std::to_address(luma_end) : chroma_.data();
+    const auto luma = std::min(static_cast<size_t>(morvale::session::luma_bytes(data_)), planes_.size());
+    chroma_.zeros(planes_.size() - luma + 1);
+    if (!input.nv21.empty()) std::copy_n(planes_.data() + luma, planes_.size() - luma, chroma_.data());
+    data_.uvPlane = input.chroma == ChromaPlace::kBehind ? planes_.data() + luma : chroma_.data();
   }
   return run(input.after_process, input.later);
 }
@@ -172,7 +171,7 @@ void CameraService::change_record(const morvale::session::LaterRecord& later) {
   data_.width = later.width;
   data_.height = later.height;
   data_.stride = later.stride;
-  later_.assign(1 + static_cast<size_t>(VISUALDEBUG >= 1 ? morvale::session::luma_bytes(data_) : 0), 0);
+  later_.zeros(1 + static_cast<size_t>(VISUALDEBUG >= 1 ? morvale::session::luma_bytes(data_) : 0));
   data_.yPlane = later.has_luma ? later_.data() : nullptr;
 }
 

@@ -4,11 +4,13 @@
 #include <chrono>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 #include <morvale/morvale.h>
 #include "service/frame_input.h"
+#include "service/plane_bytes.h"
 #include "service/runtime_probe.h"
 #include "session/bundle.h"
 
@@ -90,14 +92,14 @@ class CameraService {
   /// Sends one frame through. `faces`: at most morvale::kMaxFaces.
   FrameReport analyze(const Frame& frame, const std::vector<FaceRect>& faces);
 
-  /// Sends one frame through as it was delivered when it was recorded. Without pixels the frame is grey.
+  /// Sends one frame through as it was delivered when it was recorded. Without pixels its bytes are zero.
   FrameReport replay(const morvale::session::FrameInput& input);
 
   /// What the runtime's open returned here; -1: no model was loaded.
   int32_t open_result() const { return open_result_; }
 
   /// The pixels of the last frame, with what the library has drawn into them at higher debug levels.
-  const std::vector<uint8_t>& planes() const { return planes_; }
+  std::span<const uint8_t> planes() const { return planes_.bytes(); }
 
  private:
   int load_model(int32_t camera_type);
@@ -106,9 +108,9 @@ class CameraService {
   static void keep_log_line(int priority, const char* text, void* service);
 
   MorvaleData_t data_{};
-  std::vector<uint8_t> planes_;  ///< the library draws into the frame at higher debug levels: it gets a copy
-  std::vector<uint8_t> chroma_;  ///< where the chroma plane did not follow the luma plane
-  std::vector<uint8_t> later_;   ///< where the analysis draws when the record changed before it
+  PlaneBytes planes_;  ///< the library draws into the frame at higher debug levels: it gets a copy
+  PlaneBytes chroma_;  ///< where the chroma plane did not follow the luma plane
+  PlaneBytes later_;   ///< where the analysis draws when the record changed before it
   std::vector<LogLine> log_;
   MorvaleCore core_;
   int32_t open_result_ = -1;

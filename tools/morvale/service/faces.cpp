@@ -47,8 +47,13 @@ class FileFaces : public FaceSource {
   Json parse() const {
     std::ifstream stream(file_);
     if (!stream || std::filesystem::is_directory(file_)) fail("cannot be read");
+    constexpr size_t kMostBytes = 4 << 20;  // the faces of some ten thousand pictures
+    std::string text(kMostBytes + 1, '\0');
+    stream.read(text.data(), std::ssize(text));
+    text.resize(static_cast<size_t>(stream.gcount()));
+    if (text.size() > kMostBytes) fail("is longer than 4 MiB");
     try {
-      return morvale::session::parse_json(std::string(std::istreambuf_iterator<char>(stream), {}));
+      return morvale::session::parse_json(text);
     } catch (const morvale::session::JsonError& error) {
       fail(error.what());
     }

@@ -85,8 +85,10 @@ class Y4mSource final : public FrameSource {
       at = end + 1;
     }
     if (size_.width == 0 || size_.height == 0) refuse("the stream's header names no size.");
-    const size_t luma = static_cast<size_t>(size_.pixels());
-    planes_.resize(luma + 2 * chroma_width() * chroma_height());
+  }
+
+  size_t frame_bytes() const {
+    return static_cast<size_t>(size_.pixels()) + 2 * chroma_width() * chroma_height();
   }
 
   size_t chroma_width() const { return static_cast<size_t>(size_.width + 1) / 2; }
@@ -97,9 +99,20 @@ class Y4mSource final : public FrameSource {
     if (!line) return false;
     if (line->rfind("FRAME", 0) != 0)
       refuse("frame " + std::to_string(next_) + " does not begin with FRAME.");
-    if (std::fread(planes_.data(), 1, planes_.size(), file_.get()) != planes_.size())
-      refuse("the stream ends within frame " + std::to_string(next_) + ".");
+    read_planes();
     return true;
+  }
+
+  /// The first frame's memory grows with what arrives: a header alone may claim any size.
+  void read_planes() {
+    constexpr size_t kPiece = 1 << 20;
+    for (size_t have = 0; have < frame_bytes();) {
+      const size_t count = std::min(kPiece, frame_bytes() - have);
+      planes_.resize(std::max(planes_.size(), have + count));
+      if (std::fread(planes_.data() + have, 1, count, file_.get()) != count)
+        refuse("the stream ends within frame " + std::to_string(next_) + ".");
+      have += count;
+    }
   }
 
   /// Y as it is, V and U beside each other; an odd last column or row is dropped.
