@@ -28,10 +28,18 @@ class CascadeFaces : public FaceSource {
   std::vector<FaceRect> faces(const Frame& frame) override {
     const cv::Mat luma(frame.height, frame.width, CV_8UC1, const_cast<uint8_t*>(frame.luma()),
                        static_cast<size_t>(frame.stride));
-    cv::Mat even;
-    cv::equalizeHist(luma, even);
+    // The work grows with the pixels, and a face that fills a camera's picture needs few of them.
+    constexpr double kLongestSide = 800;
+    const double shrunk = std::max(1.0, std::max(frame.width, frame.height) / kLongestSide);
+    cv::Mat small = luma, even;
+    if (shrunk > 1) cv::resize(luma, small, {}, 1 / shrunk, 1 / shrunk, cv::INTER_AREA);
+    cv::equalizeHist(small, even);
     std::vector<cv::Rect> found;
     cascade_.detectMultiScale(even, found, 1.1, 4, 0, {24, 24});
+    const cv::Rect whole(0, 0, frame.width, frame.height);
+    for (cv::Rect& box : found)
+      box = whole & cv::Rect{cvRound(box.x * shrunk), cvRound(box.y * shrunk), cvRound(box.width * shrunk),
+                             cvRound(box.height * shrunk)};
     // The detector's threads may deliver in any order; the position settles equal areas.
     std::sort(found.begin(), found.end(), [](const cv::Rect& a, const cv::Rect& b) {
       return std::tuple(-a.area(), a.y, a.x) < std::tuple(-b.area(), b.y, b.x);
