@@ -108,6 +108,17 @@ class Complaints(InFolder):
         self.assert_refused([good, self.file("note.jpg", "no picture")], "note.jpg")
         self.assert_refused([good, self.file("grey.jpg", grey_png(64, 64))], "same picture")
 
+    def test_with_keep_going_one_bad_input_does_not_end_a_batch(self):
+        good, note = self.file("grey.png", grey_png(64, 64)), self.file("note.jpg", "no picture")
+        cut, odd = self.file("cut.png", grey_png(64, 64)[:40]), self.file("\x1b[31m.jpg", "no picture")
+        done = subprocess.run([PROGRAM, "analyze", "--keep-going", "--faces", "none", note, cut, odd, good], capture_output=True,
+                              timeout=1200, env={**os.environ, "VEXA_ENGINE": "fixed"})
+        self.assertEqual(done.returncode, 2, done.stderr)
+        self.assertEqual([json.loads(line)["input"] for line in done.stdout.splitlines()], [str(good)])
+        self.assertIn(b"3 of 4 inputs could not be read: %s, %s, " % (os.fsencode(note), os.fsencode(cut)), done.stderr)
+        self.assertIn(b"\\x1b[31m.jpg: not a picture", done.stderr)
+        self.assertNotIn(b"\x1b", done.stderr)
+
     def test_damaged_picture(self):
         self.assert_refused(["--faces", "none", self.file("cut.png", grey_png(64, 64)[:40])], "decoded")
 

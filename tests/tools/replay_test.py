@@ -258,13 +258,35 @@ class Sources(Replays):
         for number in 1, 2, 10:
             picture(self.folder / f"shot{number}.ppm", 64, 48, number)
         (self.folder / "notes.txt").write_text("no picture")
-        lines, _ = self.run_well(self.folder, "--engine", "fixed", "--faces", "none")
+        lines, words = self.run_well(self.folder, "--engine", "fixed", "--faces", "none")
         self.assertEqual([line["picture"] for line in lines], ["shot1.ppm", "shot2.ppm", "shot10.ppm"])
+        self.assertIn("passed over what is no picture: notes.txt.", words)
         self.assertEqual([line["frameCount"] for line in lines], [1, 2, 3], "one session, smoothed throughout")
         faces = {f"shot{number}.ppm": [{"x": number, "y": 8, "w": 20, "h": 24}] for number in (1, 2, 10)}
         (self.folder / "faces.json").write_text(json.dumps(faces))
         lines, _ = self.run_well(self.folder, "--engine", "fixed", "--faces", self.folder / "faces.json")
         self.assertEqual([line["cameraFaces"][0]["x"] for line in lines], [1, 2, 10])
+
+    def test_one_bad_picture_does_not_end_a_batch(self):
+        for number in 1, 3:
+            picture(self.folder / f"shot{number}.ppm", 64, 48, number)
+        (self.folder / "shot2.ppm").write_bytes((self.folder / "shot1.ppm").read_bytes()[:99])
+        flags = ["--engine", "fixed", "--faces", "none"]
+        lines, words = self.run_well(self.folder, *flags, "--keep-going", status=2)
+        self.assertEqual([line["picture"] for line in lines], ["shot1.ppm", "shot3.ppm"])
+        self.assertIn("shot2.ppm: the picture cannot be decoded", words)
+        self.assertIn("2 frames; left out what could not be read: shot2.ppm.", words)
+        lines, _ = self.run_well(self.folder, *flags, status=2)
+        self.assertEqual(len(lines), 1, "without the flag it ends the session")
+        scenes = [self.scene(f"scene{number}", "--frames", 2) for number in (1, 2, 3)]
+        (scenes[1] / "records.bin").unlink()
+        lines, words = self.run_well(*scenes, status=2)
+        self.assertEqual(len(lines), 4)
+        self.assertIn(f"1 of 3 inputs did not end well: {scenes[1]}.", words)
+
+    def test_a_size_that_would_change_nothing_is_refused(self):
+        self.refused("have a size of their own", self.scene("scene", "--frames", 1), "--size", "64x48")
+        self.refused("have a size of their own", "-", "--size", "64x48", stdin=y4m(64, 48, 1)[0])
 
     def test_inputs_that_cannot_be_used(self):
         empty = self.folder / "empty"

@@ -10,6 +10,7 @@
 #include "common/atomic_file.h"
 #include "common/command.h"
 #include "common/diverted_output.h"
+#include "common/name_list.h"
 #include "common/progress.h"
 #include "pictures/opencv_module.h"
 #include "service/camera_service.h"
@@ -42,7 +43,7 @@ void choose_log_level(bool verbose) { setenv("MORVALE_LOG", verbose ? "D" : "S",
 void check(const AnalyzeOptions& options) {
   std::map<fs::path, std::string> pictures;
   for (const std::string& path : options.inputs) {
-    check_input(path, options.shape);
+    if (!options.keep_going) check_input(path, options.shape);
     if (options.out.empty()) continue;
     const auto [other, fresh] = pictures.emplace(picture_path(options, path, 0), path);
     if (!fresh)
@@ -70,15 +71,31 @@ class Analysis {
         progress_(options.inputs.size() * static_cast<size_t>(options.repeat)) {}
 
   int run() {
-    for (const std::string& path : options_.inputs) {
-      const Frame frame = read_input(path, options_.shape);
-      analyze(options_.crop ? cropped(frame, *options_.crop) : frame);
-    }
+    for (const std::string& path : options_.inputs)
+      if (const std::optional<Frame> frame = read(path)) analyze(*frame);
     if (!options_.trace.empty()) trace_.write(options_.trace);
-    return failed_ ? kExitFailed : kExitDone;
+    if (unusable_.empty()) return failed_ ? kExitFailed : kExitDone;
+    complain(std::to_string(unusable_.size()) + " of " + std::to_string(options_.inputs.size()) +
+             " inputs could not be read: " + name_list(unusable_) + ".");
+    return kExitUsage;
   }
 
  private:
+  /// Nothing for an input that is left out.
+  std::optional<Frame> read(const std::string& path) {
+    try {
+      check_input(path, options_.shape);
+      const Frame frame = read_input(path, options_.shape);
+      return options_.crop ? cropped(frame, *options_.crop) : frame;
+    } catch (const UsageError& error) {
+      if (!options_.keep_going) throw;
+      progress_.clear();
+      complain(error.what());
+      unusable_.push_back(path);
+      return std::nullopt;
+    }
+  }
+
   void analyze(const Frame& frame) {
     // Only now: what is wrong with the command line or a file is said even where there is no network yet.
     // Another engine than the network brings its own answers and needs no model.
@@ -109,17 +126,15 @@ class Analysis {
 
   void note_failure(const Frame& frame, int index) {
     failed_ = true;
-    std::fprintf(stderr, "morvale: %s: frame %d failed; --verbose shows what the library says.\n",
-                 frame.input.c_str(), index);
+    complain(frame.input + ": frame " + std::to_string(index) +
+             " failed; --verbose shows what the library says.");
   }
 
   void note_stride(const Frame& frame) const {
     if (frame.stride == frame.width) return;
     progress_.clear();
-    std::fprintf(stderr,
-                 "morvale: %s: the library reads rows of %d bytes whatever the stride, so it sees a sheared "
-                 "picture.\n",
-                 frame.input.c_str(), frame.width);
+    complain(frame.input + ": the library reads rows of " + std::to_string(frame.width) +
+             " bytes whatever the stride, so it sees a sheared picture.");
   }
 
   const AnalyzeOptions& options_;
@@ -131,6 +146,7 @@ class Analysis {
   Progress progress_;
   Trace trace_;
   bool failed_ = false;
+  std::vector<std::string> unusable_;
 };
 
 }  // namespace

@@ -69,6 +69,7 @@ CommandLine command_line(AnalyzeOptions& options, Texts& texts) {
         Range{1, 100000}},
        {"--format", &texts.format, "One JSON object a frame (default) or a readable table", "json|table"},
        {"--trace", &options.trace, "Write the stages of each frame for Perfetto (ui.perfetto.dev)", "FILE"},
+       {"--keep-going", &options.keep_going, "Leave out inputs that cannot be read, and tell of them"},
        {"--verbose", &options.verbose, "Show the library's own messages on standard error"}}};
 }
 

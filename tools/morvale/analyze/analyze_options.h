@@ -23,6 +23,7 @@ struct AnalyzeOptions {
   int repeat = 1;
   bool table = false;
   bool verbose = false;
+  bool keep_going = false;
   std::vector<std::string> inputs;
 };
 

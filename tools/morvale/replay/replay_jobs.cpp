@@ -14,6 +14,7 @@
 #include "common/command.h"
 #include "common/command_line.h"
 #include "common/interrupt.h"
+#include "common/name_list.h"
 #include "common/progress.h"
 #include "replay/replay_lines.h"
 #include "replay/replay_run.h"
@@ -65,9 +66,9 @@ struct Job {
     status = replay_one(options);
   } catch (const UsageError& error) {
     status = kExitUsage;
-    std::fprintf(stderr, "morvale: %s\n", error.what());
+    complain(error.what());
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "morvale: %s\n", error.what());
+    complain(error.what());
   }
   std::fflush(nullptr);
   _exit(status);
@@ -128,6 +129,7 @@ int replay_many(const ReplayOptions& options) {
   if (options.format == LineFormat::kCsv) print_text(csv_heading(options.times));
   size_t poured = 0;
   int highest = kExitDone;
+  std::vector<std::string> failed;
   const auto running = [&] {
     return std::count_if(jobs.begin(), jobs.end(), [](const Job& job) { return job.status < 0; });
   };
@@ -147,8 +149,12 @@ int replay_many(const ReplayOptions& options) {
       pour(jobs[poured].words, stderr);
       pour(jobs[poured].output, stdout);
       highest = std::max(highest, jobs[poured].status);
+      if (jobs[poured].status != kExitDone) failed.push_back(options.inputs[poured]);
     }
   }
+  if (!failed.empty())
+    complain(std::to_string(failed.size()) + " of " + std::to_string(options.inputs.size()) +
+             " inputs did not end well: " + name_list(failed) + ".");
   return highest;
 }
 

@@ -35,8 +35,8 @@ Examples:
 The camera's faces come with a recording; elsewhere a cascade plays the camera's detector (--faces). Ctrl-C ends
 after the frame in hand and keeps everything so far.
 
-Exit status: 0 done, 1 a model did not open, a frame failed or a record is not as recorded, 2 the command line or
-a file cannot be used, 130 stopped by Ctrl-C.
+Exit status: 0 done, 1 a model did not open, a frame failed, a record is not as recorded or a video is damaged, 2 the
+command line or a file cannot be used, 130 stopped by Ctrl-C.
 )";
 
 /// What the options say, before it is looked at closer.
@@ -82,6 +82,7 @@ std::vector<Option> output(ReplayOptions& options, Texts& texts) {
       {"--times", &options.times, "Add the milliseconds of network, process and analysis to each line"},
       {"--jobs", &options.jobs, "Replay so many inputs at a time, each in a process of its own", "N",
        Range{1, 1024}},
+      {"--keep-going", &options.keep_going, "Leave out pictures that cannot be read, and tell of them"},
       {"--verbose", &options.verbose, "Show the library's own messages on standard error"}};
 }
 

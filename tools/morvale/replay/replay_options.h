@@ -36,6 +36,7 @@ struct ReplayOptions {
   bool heading = true;  ///< CSV begins with the names of its columns
   bool times = false;
   bool verbose = false;
+  bool keep_going = false;
   int jobs = 1;
 
   std::string command_line;  ///< as it was typed

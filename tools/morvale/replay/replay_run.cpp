@@ -11,6 +11,7 @@
 #include "common/command.h"
 #include "common/diverted_output.h"
 #include "common/interrupt.h"
+#include "common/name_list.h"
 #include "common/progress.h"
 #include "pictures/opencv_module.h"
 #include "replay/replay_outputs.h"
@@ -26,7 +27,6 @@ using morvale::session::SessionInfo;
 
 constexpr FrameSize kPannedSize{640, 480};
 constexpr int kPannedFrames = 120;
-constexpr int kInterrupted = 130;  // as a shell reports a program that Ctrl-C ended
 
 /// The input with everything that is settled before its first frame.
 struct Plan {
@@ -52,7 +52,7 @@ std::unique_ptr<FrameSource> open_source(const ReplayOptions& options, const Pla
     case SourceKind::kY4m:
       return make_y4m_source(plan.input);
     case SourceKind::kPictures:
-      return make_picture_source(plan.input, options.shape);
+      return make_picture_source(plan.input, options.shape, options.keep_going);
     case SourceKind::kPan:
       break;
   }
@@ -74,7 +74,7 @@ std::string engine_of(const ReplayOptions& options, const Plan& plan, bool other
 
 void plan_bundle(const ReplayOptions& options, Plan& plan, bool& other_camera) {
   const BundleReader bundle(plan.input);
-  if (!bundle.warning().empty()) std::fprintf(stderr, "morvale: %s.\n", bundle.warning().c_str());
+  if (!bundle.warning().empty()) complain(bundle.warning() + ".");
   plan.session = bundle.info();
   plan.made_by = bundle.info().made_by;
   other_camera = options.camera && *options.camera != camera_of(plan.session.camera_type);
@@ -86,6 +86,10 @@ Plan plan_of(const ReplayOptions& options) {
   Plan plan;
   plan.input = options.pan.empty() ? options.inputs.front() : options.pan;
   plan.kind = kind_of(options);
+  const bool sized = plan.kind == SourceKind::kPictures || plan.kind == SourceKind::kPan;
+  if (options.shape.size && !sized)
+    throw UsageError("--size: the frames of " + plan.input +
+                     " have a size of their own; leave the flag out.");
   if (options.crop && plan.kind == SourceKind::kBundle)
     throw UsageError("--crop: " + plan.input + " is a recording, whose frames are delivered as they were.");
   bool other_camera = false;
@@ -134,6 +138,9 @@ class Replay {
     // The same frames through the same model: whatever else was asked for, the records can be held together.
     if (plan.kind == SourceKind::kBundle && frames_.is_plain() && plan.pixels_kept) comparison_.emplace();
     open_outputs();
+    const std::vector<std::string> others = frames_.passed_over();
+    if (!others.empty())
+      complain(plan.input + ": passed over what is no picture: " + name_list(others) + ".");
   }
 
   int run() {
@@ -151,8 +158,7 @@ class Replay {
     for (const auto& output : outputs_) output->finish(comparison_);
     const int status = sum_up(done);
     if (!options_.report.empty())
-      std::fprintf(stderr, "morvale: the report is %s.\n",
-                   (fs::path(options_.report) / "report.html").c_str());
+      complain("the report is " + (fs::path(options_.report) / "report.html").string() + ".");
     // Ctrl-C ends the program before us in a pipe too: a stream that then breaks off is no error.
     if (unreadable_ && Interrupt::asked() == 0) std::rethrow_exception(unreadable_);
     return status;
@@ -266,11 +272,20 @@ class Replay {
               " (--verbose shows what the library says)";
       status = kExitFailed;
     }
+    if (frames_.damaged_frames() > 0) {
+      text += "; the video is damaged: " + std::to_string(frames_.damaged_frames()) +
+              " of the frames read so far";
+      status = kExitFailed;
+    }
+    if (!frames_.unusable().empty()) {
+      text += "; left out what could not be read: " + name_list(frames_.unusable());
+      status = kExitUsage;
+    }
     if (Interrupt::asked() != 0) {
       text += "; stopped there";
-      status = kInterrupted;
+      status = kExitInterrupted;
     }
-    std::fprintf(stderr, "morvale: %s.\n", text.c_str());
+    complain(text + ".");
     return status;
   }
 

@@ -17,9 +17,12 @@ FrameSelection::FrameSelection(Open open, int start, int every, std::optional<in
 
 std::optional<SourceFrame> FrameSelection::next() {
   while (true) {
-    if (std::optional<SourceFrame> frame = next_of_round()) return frame;
+    std::optional<SourceFrame> frame = next_of_round();
+    note_faults();
+    if (frame) return frame;
     // A round without a frame would be followed by more of them.
     if (taken_ == 0 || ++round_ == repeat_) return std::nullopt;
+    source_.reset();  // a source of videos must be alone
     source_ = open_();
     taken_ = 0;
   }
@@ -37,6 +40,11 @@ bool FrameSelection::pass(int frames) {
   for (int i = 0; i < frames; ++i)
     if (!source_->skip()) return false;
   return true;
+}
+
+void FrameSelection::note_faults() {
+  damaged_ = std::max(damaged_, source_->damaged_frames());
+  if (source_->unusable().size() > unusable_.size()) unusable_ = source_->unusable();
 }
 
 std::optional<int> FrameSelection::count() const {

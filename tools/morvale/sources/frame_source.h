@@ -39,6 +39,12 @@ class FrameSource {
   virtual std::optional<int> count() const { return std::nullopt; }
   /// The files of its frames, where each has one of its own.
   virtual std::vector<std::string> files() const { return {}; }
+  /// The files beside them that are no frames.
+  virtual std::vector<std::string> passed_over() const { return {}; }
+  /// Files that could not be read so far; they were left out.
+  virtual std::vector<std::string> unusable() const { return {}; }
+  /// Frames so far whose data is damaged; they were delivered as the decoder left them.
+  virtual int damaged_frames() const { return 0; }
 };
 
 /// What an input is, by its name and, for folders, by what is in it.
@@ -47,7 +53,9 @@ SourceKind kind_of_input(const std::string& input);
 /// Size of pictures and of panned frames; recordings and videos have their own.
 std::unique_ptr<FrameSource> make_bundle_source(const std::string& folder);
 std::unique_ptr<FrameSource> make_y4m_source(const std::string& file);  ///< "-": standard input
-std::unique_ptr<FrameSource> make_picture_source(const std::string& folder_or_file, const FrameShape& shape);
+/// `keep_going`: a picture that cannot be read is told of and left out, where it otherwise ends the source.
+std::unique_ptr<FrameSource> make_picture_source(const std::string& folder_or_file, const FrameShape& shape,
+                                                 bool keep_going);
 /// These stand behind opencv().
 std::unique_ptr<FrameSource> make_video_source(const std::string& file);
 std::unique_ptr<FrameSource> make_pan_source(const std::string& photograph, FrameSize size, int frames);

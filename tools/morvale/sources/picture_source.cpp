@@ -40,59 +40,90 @@ bool natural_less(const std::string& a, const std::string& b) {
   return a < b;
 }
 
-std::vector<std::string> pictures_in(const std::string& path) {
-  if (!fs::is_directory(path)) return {path};
-  std::vector<std::string> files;
+/// What lies in a folder, in the order of the names.
+struct Folder {
+  std::vector<std::string> pictures;  ///< paths
+  std::vector<std::string> others;    ///< names of files that are none; hidden ones are not told of
+};
+
+Folder look_into(const std::string& path) {
+  if (!fs::is_directory(path)) return {{path}, {}};
+  Folder folder;
   std::error_code error;
   fs::directory_iterator entries(path, error);
   if (error) throw UsageError(path + ": cannot be read; check the folder's permissions.");
   for (const fs::directory_entry& entry : entries) {
-    const std::string file = entry.path().string();
-    if (entry.is_regular_file() && (entry.path().extension() == ".nv21" || opencv().is_picture(file)))
-      files.push_back(file);
+    const std::string file = entry.path().string(), name = entry.path().filename().string();
+    if (!entry.is_regular_file()) continue;
+    if (entry.path().extension() == ".nv21" || opencv().is_picture(file))
+      folder.pictures.push_back(file);
+    else if (!name.starts_with('.'))
+      folder.others.push_back(name);
   }
-  if (files.empty())
+  if (folder.pictures.empty())
     throw UsageError(
         path + ": holds neither pictures nor a session.json; name a recording or a folder of pictures.");
-  std::sort(files.begin(), files.end(), natural_less);
-  return files;
+  std::sort(folder.pictures.begin(), folder.pictures.end(), natural_less);
+  std::sort(folder.others.begin(), folder.others.end(), natural_less);
+  return folder;
 }
 
 class PictureSource final : public FrameSource {
  public:
-  PictureSource(const std::string& path, const FrameShape& shape) : files_(pictures_in(path)), shape_(shape) {
-    for (const std::string& file : files_) check_input(file, shape_);
+  PictureSource(const std::string& path, const FrameShape& shape, bool keep_going)
+      : folder_(look_into(path)), shape_(shape), keep_going_(keep_going) {
+    if (keep_going_) return;
+    for (const std::string& file : folder_.pictures) check_input(file, shape_);
   }
 
   std::optional<SourceFrame> next() override {
-    if (next_ >= files_.size()) return std::nullopt;
-    SourceFrame frame;
-    frame.number = static_cast<int>(next_);
-    frame.name = fs::path(files_[next_]).filename().string();
-    frame.input = input_of(read_input(files_[next_], shape_));
-    ++next_;
-    return frame;
+    while (next_ < folder_.pictures.size()) {
+      SourceFrame frame;
+      frame.number = static_cast<int>(next_);
+      const std::string& file = folder_.pictures[next_++];
+      frame.name = fs::path(file).filename().string();
+      if (read(file, frame)) return frame;
+    }
+    return std::nullopt;
   }
 
   bool skip() override {
-    if (next_ >= files_.size()) return false;
+    if (next_ >= folder_.pictures.size()) return false;
     ++next_;
     return true;
   }
 
-  std::optional<int> count() const override { return static_cast<int>(files_.size()); }
-  std::vector<std::string> files() const override { return files_; }
+  std::optional<int> count() const override { return static_cast<int>(folder_.pictures.size()); }
+  std::vector<std::string> files() const override { return folder_.pictures; }
+  std::vector<std::string> passed_over() const override { return folder_.others; }
+  std::vector<std::string> unusable() const override { return unusable_; }
 
  private:
-  std::vector<std::string> files_;
+  bool read(const std::string& file, SourceFrame& frame) {
+    try {
+      check_input(file, shape_);
+      frame.input = input_of(read_input(file, shape_));
+      return true;
+    } catch (const UsageError& error) {
+      if (!keep_going_) throw;
+      complain(error.what());
+      unusable_.push_back(frame.name);
+      return false;
+    }
+  }
+
+  Folder folder_;
   FrameShape shape_;
+  bool keep_going_;
   size_t next_ = 0;
+  std::vector<std::string> unusable_;
 };
 
 }  // namespace
 
-std::unique_ptr<FrameSource> make_picture_source(const std::string& folder_or_file, const FrameShape& shape) {
-  return std::make_unique<PictureSource>(folder_or_file, shape);
+std::unique_ptr<FrameSource> make_picture_source(const std::string& folder_or_file, const FrameShape& shape,
+                                                 bool keep_going) {
+  return std::make_unique<PictureSource>(folder_or_file, shape, keep_going);
 }
 
 }  // namespace tool

@@ -5,6 +5,7 @@
 #include <morvale/morvale.h>
 #include "common/command.h"
 #include "pictures/photograph_frame.h"
+#include "sources/decode_errors.h"
 #include "sources/frame_source.h"
 
 namespace tool {
@@ -20,6 +21,7 @@ class VideoSource final : public FrameSource {
 
   std::optional<SourceFrame> next() override {
     cv::Mat bgr;
+    errors_.next_frame();
     if (!video_.read(bgr)) return std::nullopt;
     SourceFrame frame;
     frame.number = next_++;
@@ -29,8 +31,11 @@ class VideoSource final : public FrameSource {
 
   bool skip() override {
     ++next_;
+    errors_.next_frame();
     return video_.grab();
   }
+
+  int damaged_frames() const override { return errors_.damaged_frames(); }
 
   std::optional<int> count() const override {
     const double frames = video_.get(cv::CAP_PROP_FRAME_COUNT);  // the container's word, an estimate at times
@@ -41,6 +46,7 @@ class VideoSource final : public FrameSource {
  private:
   std::string file_;
   cv::VideoCapture video_;
+  DecodeErrors errors_;  ///< behind the video, whose opening sets up the log
   int next_ = 0;
 };
 
