@@ -7,9 +7,11 @@ import hashlib
 import json
 import os
 import pathlib
+import signal
 import struct
 import subprocess
 import tempfile
+import time
 import unittest
 
 PROGRAM = os.environ.get("MORVALE_PROGRAM", "build/tools/morvale/morvale")
@@ -71,6 +73,24 @@ class Bytes(Scenes):
         longer = self.scene("four", "--seed", 6, *flags[:-1], 4)
         self.assertEqual(digest(scene, "frames/000002*"), digest(longer, "frames/000002*"),
                          "how many frames there are must not change one")
+
+
+class Interrupted(Scenes):
+    def test_a_stopped_scene_leaves_its_place_free(self):
+        out = self.folder / "stopped"
+        flags = ["scene", "--out", str(out), "--frames"]
+        process = subprocess.Popen([PROGRAM, *flags, "100000"], stderr=subprocess.PIPE, text=True)
+        lines = out / "metadata.jsonl"
+        while process.poll() is None and not (lines.exists() and lines.stat().st_size > 0):
+            time.sleep(0.01)
+        process.send_signal(signal.SIGINT)
+        words = process.communicate(timeout=1200)[1]
+        self.assertEqual((process.returncode, out.exists()), (130, False), words)
+        self.assertIn("stopped; nothing of it is left", words)
+        self.scene("stopped", "--frames", 2)
+        full = morvale("scene", "--out", out, "--frames", 2)
+        self.assertEqual(full.returncode, 2)
+        self.assertEqual(morvale("score", out).returncode, 0, "a folder that was refused is left alone")
 
 
 class Truth(Scenes):

@@ -6,16 +6,20 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <system_error>
 
 #include "common/atomic_file.h"
 #include "common/command.h"
 #include "common/diverted_output.h"
+#include "common/interrupt.h"
 #include "common/progress.h"
 #include "scenes/scene_options.h"
 #include "scenes/truth_file.h"
 #include "service/camera_service.h"
 #include "service/session_stub.h"
 #include "session/bundle.h"
+#include "session/printable.h"
 
 namespace tool {
 namespace {
@@ -70,20 +74,47 @@ void choose_modelless_runtime() {
   setenv("MORVALE_LOG", "S", 0);
 }
 
+/// The folder of a recording that is being made. One that does not get whole leaves nothing, so that the next
+/// try finds the place free: the same command makes the same bytes again.
+class Unfinished {
+ public:
+  explicit Unfinished(const std::string& folder) : folder_(folder) {}
+  ~Unfinished() {
+    std::error_code ignored;
+    if (!whole_) std::filesystem::remove_all(folder_, ignored);
+  }
+  Unfinished(const Unfinished&) = delete;
+  Unfinished& operator=(const Unfinished&) = delete;
+
+  void is_whole() { whole_ = true; }
+
+ private:
+  const std::string& folder_;
+  bool whole_ = false;
+};
+
 /// One run of the command.
 class SceneMaker {
  public:
   explicit SceneMaker(const SceneCommand& command)
-      : command_(command), scene_(command.scene), service_(command.camera), writer_(make_writer()) {}
+      : command_(command),
+        scene_(command.scene),
+        service_(command.camera),
+        writer_(make_writer()),
+        folder_(command.out) {}
 
-  void run() {
+  /// False when it was asked to stop.
+  bool run() {
     Progress progress(static_cast<size_t>(command_.frames));
     for (int index = 0; index < command_.frames; ++index) {
+      if (Interrupt::asked() != 0) return false;
       progress.next(command_.out);
       add(index);
     }
     // Last: a bundle with a truth is a whole one.
     write_file(truth_path(command_.out), {truth_.begin(), truth_.end()});
+    folder_.is_whole();
+    return true;
   }
 
  private:
@@ -125,6 +156,7 @@ class SceneMaker {
   CameraService service_;
   ScriptedSession runtime_;  ///< behind the service, so that it goes first
   BundleWriter writer_;
+  Unfinished folder_;  ///< only once the writer has found the folder free
   std::string truth_;
 };
 
@@ -135,9 +167,14 @@ int scene_main(int argc, char** argv) {
   if (!command) return kExitDone;
   choose_modelless_runtime();
   DivertedOutput data(STDOUT_FILENO);
-  SceneMaker(*command).run();
-  data.write_past(command->out + ": " + std::to_string(command->frames) + " frames, " +
-                  std::to_string(command->scene.width) + "x" + std::to_string(command->scene.height) + "\n");
+  const Interrupt leave_nothing_half_made;
+  if (!SceneMaker(*command).run()) {
+    complain(command->out + ": stopped; nothing of it is left.");
+    return kExitInterrupted;
+  }
+  data.write_past(morvale::session::printable(command->out) + ": " + std::to_string(command->frames) +
+                  " frames, " + std::to_string(command->scene.width) + "x" +
+                  std::to_string(command->scene.height) + "\n");
   return kExitDone;
 }
 

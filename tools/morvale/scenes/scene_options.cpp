@@ -27,7 +27,10 @@ DIR holds what every session bundle holds (the network's scores are made from th
 truth.jsonl: one JSON object a frame with the person share of the picture, boxes of faces, heads and persons,
 the mean skin colour of each face and the 19 x 15 grid of heads. Frames are 30 a second.
 
-Exit status: 0 done, 1 a frame failed or cannot be written, 2 the command line or DIR cannot be used.
+Ctrl-C ends it and leaves nothing: the same command makes the same bytes again.
+
+Exit status: 0 done, 1 a frame failed or cannot be written, 2 the command line or DIR cannot be used, 130 stopped by
+Ctrl-C.
 )";
 
 /// A flag's word and what it stands for. The first one is the default.
