@@ -104,7 +104,8 @@ class Complaints(InFolder):
     def test_the_second_input_is_checked_before_the_first_is_analysed(self):
         good = self.file("grey.png", grey_png(64, 64))
         self.assert_refused([good, self.folder / "missing.jpg"], "missing.jpg")
-        self.assert_refused([good, self.folder], "is a folder")
+        self.assert_refused([good, self.folder], "is a folder", "morvale replay")
+        self.assert_refused([good, self.file("clip.mp4", "a film")], "clip.mp4", "morvale replay")
         self.assert_refused([good, self.file("note.jpg", "no picture")], "note.jpg")
         self.assert_refused([good, self.file("grey.jpg", grey_png(64, 64))], "same picture")
 

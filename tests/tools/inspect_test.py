@@ -122,6 +122,12 @@ class Bundles(unittest.TestCase):
 class Doctor(unittest.TestCase):
     SIZES = [0, 3, 65535, 65536, 65537, 200000]  # around the piece in which a file is read
 
+    def test_names_the_folder_without_models(self):
+        with tempfile.TemporaryDirectory() as folder:
+            environment = {**os.environ, "VEXA_MODEL_DIR": "", "XDG_CACHE_HOME": folder}
+            facts = json.loads(morvale("doctor", "--json", env=environment).stdout)
+        self.assertEqual((facts["models in"], facts["models"]), (f"{folder}/morvale/network", []))
+
     def test_model_hashes(self):
         with tempfile.TemporaryDirectory() as folder:
             expected = []

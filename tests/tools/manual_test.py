@@ -81,11 +81,29 @@ class Manual(unittest.TestCase):
         too_long = [line for line in text.splitlines() if len(line) > 78 and "{" not in line]
         self.assertEqual(too_long, [], "commands are broken to fit a terminal of 80 columns")
 
-    def test_a_page_cut_short_is_a_failure(self):
-        for arguments in [["manual"], ["completion", "zsh"]]:
-            with open("/dev/full", "w") as full:
-                done = subprocess.run([PROGRAM, *arguments], stdout=full, stderr=subprocess.PIPE, timeout=1200)
-            self.assertEqual(done.returncode, 1)
+
+class Output(unittest.TestCase):
+    def test_what_cannot_be_written_is_a_failure(self):
+        """1, but 2 where 1 means "different"."""
+        with tempfile.TemporaryDirectory() as folder:
+            records = pathlib.Path(folder, "records")
+            records.write_bytes(bytes(288))
+            plane = pathlib.Path(folder, "a_1x1.y")
+            plane.write_bytes(bytes(1))
+            for status, *arguments in [(1, "manual"), (1, "completion", "zsh"), (1, "--help"), (1, "--version"),
+                                       (1, "convert", "--list"), (1, "convert", "--help"), (1, "inspect", records),
+                                       (1, "inspect", "--format", "json", records), (1, "doctor"),
+                                       (1, "doctor", "--json"), (2, "diff", "--help"), (2, "diff", records, records),
+                                       (2, "compare", plane, plane), (2, "compare", "--json", plane, plane)]:
+                with self.subTest(arguments=arguments), open("/dev/full", "w") as full:
+                    done = subprocess.run([PROGRAM, *arguments], stdout=full, stderr=subprocess.PIPE, timeout=1200)
+                    self.assertEqual((done.returncode, done.stderr),
+                                     (status, b"morvale: standard output cannot be written.\n"))
+
+    def test_a_nearly_right_command_is_guessed(self):
+        done = subprocess.run([PROGRAM, "analyse", "x"], capture_output=True, timeout=1200)
+        self.assertEqual((done.returncode, done.stderr), (2, b"morvale: there is no command 'analyse'; did you mean "
+                                                             b"analyze? morvale --help lists them.\n"))
 
 
 class Bash(unittest.TestCase):
