@@ -164,7 +164,7 @@ double draw_panel(Canvas& canvas, cv::Point2d top_left, double width, const Fram
   panel.heading("Result");
   panel.row("Share of person (humanRatio)", std::to_string(report.record.humanRatio) + " %");
   panel.bar(report.record.humanRatio);
-  panel.row("Version word (ver)", std::to_string(report.record.ver));
+  panel.row("ver", std::to_string(report.record.ver));
   panel.row(front ? "Faces in the label map" : "Persons", std::to_string(report.person_boxes.size()));
   panel.row("Faces of the camera", std::to_string(report.camera_faces.size()));
   if (!front) draw_back_figures(panel, report.record);

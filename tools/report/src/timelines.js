@@ -86,7 +86,7 @@ function peopleChart(report) {
   };
   return {
     title: 'People',
-    unit: report.front ? 'boxes, faces measured' : 'boxes, ver',
+    unit: 'boxes, ver',
     floor: 0,
     leastRoom: 0.6,
     series: withBaseline(report, [count, ver], ({boxes}, frame) => boxes?.[frame]?.length),
