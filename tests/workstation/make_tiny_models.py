@@ -43,6 +43,7 @@ def main(folder):
     save(folder / "oblong_input.onnx", input_shape=(1, 128, 256, 3))
     save(folder / "batch_of_two.onnx", input_shape=(2, 128, 128, 3))
     save(folder / "small.onnx", input_shape=(1, 8, 8, 3))
+    save(folder / "named_256_wrongly.onnx")
     save(folder / "giant.onnx", input_shape=(1, 33920, 33920, 3))  # one run takes 13.8 GB
     save(folder / "coarse_output.onnx", cell=8)
     save(folder / "six_labels.onnx", labels=6)

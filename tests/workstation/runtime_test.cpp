@@ -132,7 +132,7 @@ TEST_F(RuntimeTest, OpenRefusesModelsThatDoNotFit) {
       {"giant", "1x33920x33920x3"},       {"coarse_output", "1x16x16x5"},
       {"six_labels", "1x32x32x6"},        {"untrue_output", "1x16x16x5"},
       {"cut_off", "not an ONNX model"},   {"input_name", "no tensor MobilenetV2"},
-      {"output_name", "no tensor logits"}};
+      {"output_name", "no tensor logits"}, {"named_256_wrongly", "takes 1x128x128x3 and not"}};
   for (const auto& [model, reason] : cases) {
     EXPECT_EQ(open(model), 1) << model;
     expect_one_line(errors_, {TINY_MODELS "/" + model + ".onnx", reason, "./dev network"});

@@ -52,6 +52,15 @@ const Shape& found(const std::optional<Shape>& shape, const std::string& name) {
   return *shape;
 }
 
+/// Whether the file's name tells another size than its model has, as "..._256_..." does: a model under the
+/// other's name would fail on every frame.
+bool misnamed(const std::filesystem::path& file, int32_t side) {
+  const std::string name = file.filename().string();
+  for (const int32_t other : {256, 128})
+    if (other != side && name.find("_" + std::to_string(other) + "_") != std::string::npos) return true;
+  return false;
+}
+
 /// The shape that the model declares for its input, if that and its output's are those of one of the
 /// library's two models. Asked before the model is loaded: any other shape could take any amount of memory.
 Shape fitting_input(const std::string& file, const std::string& input_name, const std::string& output_name) {
@@ -74,6 +83,8 @@ class OnnxEngine final : public Engine {
     const QuietOpenCv quiet;
     const std::string file = read_file(model);
     input_shape_ = fitting_input(file, input_name, output_name);
+    if (misnamed(model, input_shape_[1]))
+      throw std::runtime_error("it takes " + to_text(input_shape_) + " and not what its name says");
     input_name_ = input_name;
     output_name_ = output_name;
     net_ = cv::dnn::readNetFromONNX(file.data(), file.size());
