@@ -50,15 +50,24 @@ inline int load_four(const uint8_t* p) {
   return v;
 }
 
+/// Without optimisation the intrinsic is a macro, which turns the int into a short before GCC's eyes.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wconversion"
+template <int kLane>
+__m128i insert_two(__m128i v, const uint8_t* p) {
+  return _mm_insert_epi16(v, load_two(p), kLane);
+}
+#pragma GCC diagnostic pop
+
 inline __m128i eight_neighbours(const uint8_t* row, const uint32_t* at) {
   __m128i v = _mm_cvtsi32_si128(load_two(row + at[0]));
-  v = _mm_insert_epi16(v, load_two(row + at[1]), 1);
-  v = _mm_insert_epi16(v, load_two(row + at[2]), 2);
-  v = _mm_insert_epi16(v, load_two(row + at[3]), 3);
-  v = _mm_insert_epi16(v, load_two(row + at[4]), 4);
-  v = _mm_insert_epi16(v, load_two(row + at[5]), 5);
-  v = _mm_insert_epi16(v, load_two(row + at[6]), 6);
-  return _mm_insert_epi16(v, load_two(row + at[7]), 7);
+  v = insert_two<1>(v, row + at[1]);
+  v = insert_two<2>(v, row + at[2]);
+  v = insert_two<3>(v, row + at[3]);
+  v = insert_two<4>(v, row + at[4]);
+  v = insert_two<5>(v, row + at[5]);
+  v = insert_two<6>(v, row + at[6]);
+  return insert_two<7>(v, row + at[7]);
 }
 inline __m128i four_pair_neighbours(const uint8_t* row, const uint32_t* at) {
   __m128i v = _mm_cvtsi32_si128(load_four(row + at[0]));
