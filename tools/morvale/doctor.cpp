@@ -14,13 +14,12 @@
 #include <utility>
 #include <vector>
 
-#include <morvale/morvale.h>
 #include "common/command.h"
-#include "common/diverted_output.h"
 #include "common/options.h"
 #include "kernels/processor.h"
 #include "pictures/opencv_module.h"
 #include "service/camera_service.h"
+#include "service/library_check.h"
 #include "session/json.h"
 #include "session/printable.h"
 
@@ -195,20 +194,6 @@ Json json_of(const Facts& facts) {
   return json;
 }
 
-/// A made-up portrait through the front road, whose figures are known.
-bool library_works() {
-  setenv("VEXA_ENGINE", "fixed", 1);
-  Frame frame;
-  frame.width = frame.stride = 640;
-  frame.height = 480;
-  frame.nv21.assign(640 * 480 * 3 / 2, 128);
-  DivertedOutput library_output(1);
-  CameraService service(Camera::kFront);
-  const FrameReport report = service.analyze(frame, {});
-  return report.process == 0 && report.record.ver == 1 && report.person_boxes.size() == 1 &&
-         report.record.meta[0].faceYavg == 128 && report.record.meta[0].hsv[2] == 128;
-}
-
 }  // namespace
 
 int doctor_main(int argc, char** argv) {
@@ -222,12 +207,14 @@ int doctor_main(int argc, char** argv) {
   // The facts stand before the check begins: should it crash, they are there.
   if (!as_json) std::fputs(text_of(facts).c_str(), stdout);
   std::fflush(stdout);
-  const bool works = library_works();
+  const std::string difference = library_difference();
+  const bool works = difference.empty();
   if (!as_json) {
-    std::fputs(line("self-check", works ? "passed" : "FAILED").c_str(), stdout);
+    std::fputs(line("self-check", works ? "passed" : "FAILED: " + difference + " differs").c_str(), stdout);
   } else {
     Json json = json_of(facts);
     json["self-check"] = works;
+    if (!works) json["differs"] = difference;
     std::puts(json.dump(2).c_str());
   }
   return works ? kExitDone : kExitFailed;
