@@ -3,6 +3,7 @@
 /// runtime's.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -45,6 +46,17 @@ struct VexaOptionsV2 : VexaOptions {
   int32_t field20 = 3;
   uint8_t field21[24] = {};
 };
+
+// The records hold objects of the C++ library, so their layout is its choice: the runtime and this library
+// must be built with the same one. These are the two that were proved.
+#if defined(_LIBCPP_VERSION)
+static_assert(sizeof(std::string) == 24 && sizeof(VexaOptions) == 192 && sizeof(VexaOptionsV2) == 320);
+#elif defined(__GLIBCXX__)
+static_assert(sizeof(std::string) == 32 && sizeof(VexaOptions) == 208 && sizeof(VexaOptionsV2) == 344);
+#endif
+static_assert(sizeof(void*) == 8 && sizeof(std::vector<int32_t>) == 24);
+static_assert(sizeof(DataBuffer) == 40 && offsetof(DataBuffer, shape) == 8 &&
+              offsetof(DataBuffer, tail0) == 32);
 
 /// A model session. The core calls the fourth, fifth and eighth operation; the others only keep the
 /// positions. There is no virtual destructor: it would take two slots ahead and move every position behind
