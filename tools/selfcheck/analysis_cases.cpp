@@ -16,14 +16,18 @@ struct MapSize {
 constexpr MapSize kMaps[] = {{256, 192}, {256, 144}, {130, 66}, {100, 67}, {70, 37}, {64, 48},
                              {63, 17},   {17, 40},   {9, 9},    {4, 3},    {1, 1},   {0, 5}};
 
-/// Few regions, many, of one size, or more than there are labels.
+constexpr int kTurns = 5, kCorner = 5, kGrid = 6;
+
+/// Few regions, many, of one size, or specks everywhere; a region in the corner; a grid of regions that the
+/// near window does not join, the last of them the largest.
 ScoreMap map_of(MapSize size, int turn) {
   ScoreMap map(size.width, size.height, static_cast<uint64_t>(size.width * 8 + turn));
   if (turn == 3) return map.confetti();
   if (turn == 4) return map.squares(size.width / 24, size.width / 6 + 1);
+  if (turn == kCorner) return map.squares(size.width / 2, size.width);
+  if (turn == kGrid) return map.squares(12, 32).blob(size.width - 28, size.height - 31, 28, 31, 2);
   return size.width < 1 ? map : map.blobs(1 + 6 * turn);
 }
-constexpr int kTurns = 5;
 
 /// What an analysis of planes takes.
 struct Planes {
@@ -42,19 +46,27 @@ struct Planes {
   Bytes luma, rgb, sixth;
 };
 
+void front_faces_of(Sheet& sheet, MapSize size, int turn) {
+  Camera camera(morvale::kFrontCamera);
+  camera.record.width = camera.record.height = 700;
+  camera.core.scaleRatio = 700 / 256.0f;
+  camera.core.segFactor = 48;
+  Planes p(size, turn);
+  camera.core.DL_FD_Calc(p[0], p[1], p[2], p[3], p[4], p.luma.data(), p.rgb.data(), size.width, size.height,
+                         0);
+  sheet.add_results(camera.core);
+}
+
 void front_faces(Sheet& sheet) {
   for (const MapSize size : kMaps) {
-    for (int turn = 0; turn < kTurns; ++turn) {
-      Camera camera(morvale::kFrontCamera);
-      camera.record.width = camera.record.height = 700;
-      camera.core.scaleRatio = 700 / 256.0f;
-      camera.core.segFactor = 48;
-      Planes p(size, turn);
-      camera.core.DL_FD_Calc(p[0], p[1], p[2], p[3], p[4], p.luma.data(), p.rgb.data(), size.width,
-                             size.height, 0);
-      sheet.add_results(camera.core);
-    }
+    for (int turn = 0; turn < kTurns; ++turn) front_faces_of(sheet, size, turn);
   }
+}
+
+/// Regions at the first row and column; 255, 256 and 272 regions, where a byte's labels end.
+void front_regions(Sheet& sheet) {
+  for (const MapSize size : {MapSize{256, 192}, {70, 37}}) front_faces_of(sheet, size, kCorner);
+  for (const MapSize size : {MapSize{480, 544}, {512, 512}, {544, 512}}) front_faces_of(sheet, size, kGrid);
 }
 
 /// One colour with a little noise, half of it on the other side of red: hues around 0.
@@ -239,6 +251,7 @@ void measure_analyses(Figures& figures) {
     const char* name;
     void (*measure)(Sheet& sheet);
   } kAnalyses[] = {{"DL_FD_Calc", front_faces},
+                   {"DL_FD_Calc with more regions", front_regions},
                    {"WriteFaceInfo", face_figures},
                    {"Intersection_Calc", face_matches},
                    {"Intersection_Calc at the edges", face_edges},

@@ -157,9 +157,33 @@ void run_scene(Figures& figures, const Scene& scene) {
   sheet.append_to(figures, scene.name);
 }
 
+void add_state(Sheet& sheet, const MorvaleCore& core) {
+  sheet.add_results(core);
+  for (const int32_t word : {core.status, core.segFactor, N0, N1, N2}) sheet.add("state", word);
+  sheet.add("frameCount", core.frameCount);
+  sheet.add("scaleRatio", core.scaleRatio);
+}
+
+/// A core before its first frame: new, and initialised again.
+void run_beginning(Figures& figures) {
+  case_under_way = "a new core";
+  Sheet sheet;
+  MorvaleCore core;
+  add_state(sheet, core);
+  MorvaleData_t record{};
+  core.status = core.personCount = core.result.humanRatio = N0 = N1 = N2 = 5;
+  core.frameCount = 5;
+  core.personBoxes[2] = {1, 2, 3, 4};
+  core.Morvale_core_init(&record);
+  VISUALDEBUG = 0;
+  add_state(sheet, core);
+  sheet.append_to(figures, "a new core");
+}
+
 }  // namespace
 
 void measure_frames(Figures& figures) {
+  run_beginning(figures);
   for (const Scene& scene : kScenes) run_scene(figures, scene);
 }
 
