@@ -191,6 +191,23 @@ void outlines(Sheet& sheet) {
   }
 }
 
+/// What a box outside the picture leaves at its border, and nothing without a picture.
+void outlines_outside(Sheet& sheet) {
+  struct Outline {
+    int left, right, top, bottom;
+  };
+  constexpr Outline kOutlines[] = {{70, 90, 5, 30},  {-40, -9, 5, 30}, {5, 50, 60, 80},
+                                   {5, 50, -30, -3}, {63, 64, 2, 40},  {70, 90, 40, 70}};
+  Camera camera(morvale::kFrontCamera);
+  for (const Outline& o : kOutlines) {
+    camera.take(bytes_of(Kind::kNoise, 64 * 48 * 3 / 2, 31), 64, 48);
+    camera.core.WriteFaceInfo_HW(nullptr, nullptr, o.left, o.right, o.top, o.bottom, 0);
+    sheet.add("plane", camera.frame.data(), camera.frame.size());
+    camera.record.yPlane = nullptr;
+    camera.core.WriteFaceInfo_DL(nullptr, nullptr, o.left, o.right, o.top, o.bottom);
+  }
+}
+
 void label_planes(Sheet& sheet) {
   for (const int camera_type : {morvale::kFrontCamera, kBackCamera}) {
     Camera camera(camera_type);
@@ -257,6 +274,7 @@ void measure_analyses(Figures& figures) {
                    {"Intersection_Calc at the edges", face_edges},
                    {"DL_Human_Calc", persons},
                    {"WriteFaceInfo_DL and WriteFaceInfo_HW", outlines},
+                   {"outlines outside the picture", outlines_outside},
                    {"argMax_6label", label_planes},
                    {"argMax_human_onlySkin", front_scenes},
                    {"argMax_back_only_human", back_scenes}};
