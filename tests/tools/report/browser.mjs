@@ -49,6 +49,24 @@ export function pixel(page, across, down, side = 'current') {
   }, [across, down, side]);
 }
 
+// A picture of plain parts, as base64: each part a colour from its left edge, down to its end, from its top.
+export async function paintedPicture(browser, parts, width = 32, height = 24, type = 'image/jpeg') {
+  const page = await browser.newPage();
+  const url = await page.evaluate(([list, across, down, kind]) => {
+    const canvas = Object.assign(document.createElement('canvas'), {width: across, height: down});
+    const context = canvas.getContext('2d');
+    context.fillStyle = '#000000';
+    context.fillRect(0, 0, across, down);
+    for (const [colour, left, end = down, top = 0] of list) {
+      context.fillStyle = colour;
+      context.fillRect(left, top, across - left, end - top);
+    }
+    return canvas.toDataURL(kind, 0.95);
+  }, [parts, width, height, type]);
+  await page.close();
+  return url.slice(url.indexOf(',') + 1);
+}
+
 // Plain pictures, one for each colour, as base64 of a JPEG.
 export async function plainPictures(browser, colours) {
   const page = await browser.newPage();

@@ -110,7 +110,9 @@ export function makeData(
           frame => pictures.length > 0 && frame % pictureEvery === 0 ?
               frame / pictureEvery % pictures.length :
               null),
+      scores: each(() => null),
     },
+    scores: [],
     records,
     label_runs: each(() => packRuns(leftOf(geometry.netSize / 2, geometry))),
     pictures,

@@ -2,12 +2,12 @@
 // set); MORVALE_REPORT_HTML, a list with commas, adds whole reports to the checks that hold for every report.
 import assert from 'node:assert/strict';
 import {execFileSync} from 'node:child_process';
-import {mkdtempSync, readFileSync, rmSync} from 'node:fs';
+import {mkdtempSync, readdirSync, readFileSync, rmSync} from 'node:fs';
 import {tmpdir} from 'node:os';
 import {basename, join} from 'node:path';
 import {after, before, test} from 'node:test';
 
-import {kReportFolder, launch, open, pixel, plainPictures, require, shown} from './browser.mjs';
+import {kReportFolder, launch, open, paintedPicture, pixel, plainPictures, require, shown} from './browser.mjs';
 import * as fixture from './fixture.mjs';
 
 const {emptyRecords, kFrontGeometry, leftOf, makeData, packRuns, putWords, readData, writePage} = fixture;
@@ -239,6 +239,147 @@ test('rows that are not analysed are hatched, and a sentence says what the shape
   const usual = await open(browser, front);
   assert.equal(await usual.page.textContent('#shape-note'), '');
   await usual.close();
+});
+
+test('the whole frame, its toggles and the scrubber are in view without scrolling', async () => {
+  const tall = page('tall', {
+    change: data => {
+      Object.assign(
+          data.geometries[0] = {...kFrontGeometry},
+          {width: 180, height: 320, shrunkWidth: 144, shrunkHeight: 256, segFactor: 64, notes: ['A portrait frame. '.repeat(12)]});
+    }
+  });
+  for (const file of [...everyReport(), tall])
+    for (const [width, height] of [[1440, 900], [1920, 1080]]) {
+      const {page: tab, close} = await open(browser, file, {width, height});
+      const dock = await (await tab.$('.dock')).boundingBox();
+      assert.ok(dock.y + dock.height <= height);
+      for (const part of ['.view canvas', '.controls', '.legend', '#readout']) {
+        const box = await (await tab.$(part)).boundingBox();
+        assert.ok(box.y >= 0 && box.y + box.height <= dock.y, `${basename(file)}, ${width}: ${part}`);
+        if (part === '.view canvas') assert.ok(box.height > (readData(file).baseline ? 250 : 550), `${box.height}`);
+      }
+      await close();
+    }
+});
+
+test('zoom: the wheel keeps the place below the pointer, keys and drag move it, the page still scrolls', async () => {
+  // The left half is red, the right half blue.
+  const halves = await paintedPicture(browser, [['#c04040', 0], ['#4040c0', 160]], 320, 240);
+  const file = page('halves', {pictures: [halves], count: 3});
+  const {page: tab, complaints, close} = await open(browser, file);
+  for (const id of ['labels', 'boxes', 'faces']) await tab.uncheck(`#show-${id}`);
+  const red = [192, 64, 64], blue = [64, 64, 192];
+  const box = await (await tab.$('.view canvas')).boundingBox();
+  const wheel = async delta => {
+    await tab.mouse.move(box.x + 0.45 * box.width, box.y + 0.5 * box.height);
+    await tab.mouse.wheel(0, delta);
+    await tab.waitForTimeout(100);
+  };
+  for (let i = 0; i < 8; ++i) await wheel(-100);
+  assert.ok(near(await pixel(tab, 0.4, 0.5), red), 'left of the pointer it stays red');
+  assert.ok(near(await pixel(tab, 0.6, 0.5), red), 'the edge has moved to the right');
+  assert.ok(near(await pixel(tab, 0.9, 0.5), blue));
+  assert.equal(await tab.evaluate('scrollY'), 0);
+  await tab.keyboard.press('Shift+ArrowRight');
+  await tab.keyboard.press('Shift+ArrowRight');
+  assert.ok(near(await pixel(tab, 0.6, 0.5), blue), 'moved to the right');
+  await tab.mouse.move(box.x + 50, box.y + 50);
+  await tab.mouse.down();
+  await tab.mouse.move(box.x + box.width - 50, box.y + 50, {steps: 5});
+  await tab.mouse.up();
+  assert.ok(near(await pixel(tab, 0.9, 0.5), red), 'dragged back');
+  await tab.keyboard.press('0');
+  assert.ok(near(await pixel(tab, 0.48, 0.5), red) && near(await pixel(tab, 0.52, 0.5), blue), 'all of it');
+  await wheel(300);
+  assert.ok(await tab.evaluate('scrollY') > 0, 'whoever only passes over the picture scrolls the page');
+  await wheel(-100);
+  assert.ok(near(await pixel(tab, 0.48, 0.5), red), 'and back');
+  assert.equal(await tab.inputValue('#scrubber'), '0');
+  assert.deepEqual(complaints, []);
+  await close();
+});
+
+test('full screen shows the frame and the scrubber alone, and Escape ends it', async () => {
+  const {page: tab, complaints, close} = await open(browser, front);
+  const before = await (await tab.$('.view canvas')).boundingBox();
+  await tab.keyboard.press('f');
+  await tab.waitForSelector('.page-head', {state: 'hidden'});
+  await tab.waitForFunction(tall => document.querySelector('.view canvas').clientHeight > tall, before.height);
+  assert.ok(await tab.isVisible('.controls') && await tab.isVisible('#scrubber'));
+  assert.ok(!await tab.isVisible('.tabs') && !await tab.isVisible('.cards'));
+  await tab.keyboard.press('ArrowRight');
+  await shown(tab, 1);
+  await tab.keyboard.press('Escape');
+  await tab.waitForSelector('.page-head', {state: 'visible'});
+  assert.deepEqual(complaints, []);
+  await close();
+});
+
+test('the read-out tells pixel, cell, scores and grid below the pointer', async () => {
+  const scores = await paintedPicture(browser, [['#0a0a0a', 0, 48], ['#fafafa', 0, 96, 48], ['#c8c8c8', 33, 144, 96]], 64, 240, 'image/png');
+  const file = page('scores', {
+    count: 2,
+    change: data => {
+      data.scores = [scores];
+      data.frames.scores = [0, null];
+    }
+  });
+  const {page: tab, complaints, close} = await open(browser, file);
+  const box = await (await tab.$('.view canvas')).boundingBox();
+  const point = (x, y) => tab.mouse.move(box.x + (x + 0.5) / 320 * box.width, box.y + (y + 0.5) / 240 * box.height);
+  const readout = async pattern => {
+    await tab.waitForFunction(
+        text => new RegExp(text).test(document.querySelector('#readout').textContent), pattern.source, {timeout: 5000});
+  };
+  const scored = wanted => tab.waitForFunction(
+      text => [...document.querySelectorAll('.legend .score')].map(one => one.textContent).join() === text,
+      wanted.join(), {timeout: 5000});
+  await point(200, 100);  // 320 pixels over 64 cells: 5 a cell
+  await readout(/pixel 200, 100 19\d 6\d 6\d cell 40, 20/);
+  await scored([10, 250, 200, 0, 0]);
+  assert.match(await tab.textContent('.legend .wins'), /background/, 'the winner is marked');
+  await point(20, 239);
+  await readout(/pixel 20, 239.*cell 4, 47/);
+  await scored([10, 250, 0, 0, 0]);
+  assert.match(await tab.textContent('.legend .wins'), /face skin/);
+  await tab.keyboard.press('ArrowRight');
+  await shown(tab, 1);
+  await readout(/cell 4, 47.*scores were left out/);
+  assert.match(await tab.textContent('.legend .wins'), /face skin/, 'who wins is known all the same');
+  await tab.mouse.move(5, 5);
+  await readout(/Point at the picture/);
+  assert.deepEqual(complaints, []);
+  await close();
+
+  const other = await open(browser, back);
+  const view = await (await other.page.$('.view canvas')).boundingBox();
+  await other.page.mouse.move(view.x + view.width * 0.4, view.y + view.height * 0.7);
+  await other.page.waitForFunction(() => /grid 7, 10 occupied/.test(document.querySelector('#readout').textContent));
+  await other.page.mouse.move(view.x + view.width * 0.6, view.y + view.height * 0.7);
+  await other.page.waitForFunction(() => /grid 11, 10 free/.test(document.querySelector('#readout').textContent));
+  await other.close();
+});
+
+test('the scores are the recording\'s, byte for byte', {skip: given.length === 0}, async () => {
+  for (const [file, at] of [[given[0], 'front'], [given[1], 'back']]) {
+    const labels = join(file, '../..', at, 'labels'), name = readdirSync(labels).sort()[7];
+    const [columns, rows] = name.match(/_(\d+)x(\d+)x5/).slice(1).map(Number), bytes = readFileSync(join(labels, name));
+    const {page: tab, close} = await open(browser, file, {hash: '#frame=7'});
+    await shown(tab, 7);
+    const box = await (await tab.$('.view canvas')).boundingBox();
+    for (const [column, row] of [[0, 0], [columns / 2, rows / 2], [columns - 1, rows - 1], [5, rows - 4]]) {
+      await tab.mouse.move(box.x + (column + 0.5) / columns * box.width, box.y + (row + 0.5) / rows * box.height);
+      await tab.waitForFunction(
+          cell => document.querySelector('.score').textContent !== '' &&
+              document.querySelector('#readout').textContent.includes(cell),
+          `cell ${column}, ${row}`, {timeout: 10000});
+      const shownScores = await tab.$$eval('.legend .score', list => list.map(one => Number(one.textContent)));
+      const cell = 5 * (row * columns + column);
+      assert.deepEqual(shownScores, [...bytes.subarray(cell, cell + 5)], `${at}: ${column}, ${row}`);
+    }
+    await close();
+  }
 });
 
 test('a source that passes twice: each pass has its own links and names', async () => {

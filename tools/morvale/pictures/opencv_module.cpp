@@ -9,7 +9,7 @@
 #include "pictures/photograph_frame.h"
 #include "pictures/picture_file.h"
 #include "pictures/ssim.h"
-#include "report/report_jpeg.h"
+#include "report/report_picture.h"
 #include "service/cascade_faces.h"
 #include "sources/frame_source.h"
 
@@ -34,7 +34,8 @@ const tool::OpenCvModule morvale_opencv_module = {
     .make_video_source = tool::make_video_source,
     .make_pan_source = tool::make_pan_source,
     .annotated_png = tool::annotated_png,
-    .report_jpeg = tool::report_jpeg,
+    .frame_jpeg = tool::frame_jpeg,
+    .score_png = tool::score_png,
     .read_picture = tool::read_picture,
     .check_target = tool::check_target,
     .write_picture = tool::write_picture,

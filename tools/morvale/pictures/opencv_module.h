@@ -17,6 +17,7 @@ class FaceSource;
 class FrameSource;
 struct Frame;
 struct FrameReport;
+struct Geometry;
 
 /// Each function stands in the header named beside it. They throw what these headers say.
 struct OpenCvModule {
@@ -30,8 +31,9 @@ struct OpenCvModule {
 
   std::vector<uint8_t> (*annotated_png)(const Frame& frame, int frame_index,
                                         const FrameReport& report);  // analyze/annotate.h
-  std::vector<uint8_t> (*report_jpeg)(std::span<const uint8_t> nv21, int width, int height, int stride,
-                                      size_t room);  // report/report_jpeg.h
+  std::vector<uint8_t> (*frame_jpeg)(std::span<const uint8_t> nv21, const Geometry& geometry,
+                                     size_t room);  // report/report_picture.h
+  std::vector<uint8_t> (*score_png)(std::span<const uint8_t> label_map, const Geometry& geometry);
 
   Picture (*read_picture)(const std::string& path, std::optional<FrameSize> size,
                           std::optional<Layout> wanted);  // pictures/picture_file.h

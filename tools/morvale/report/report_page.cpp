@@ -11,9 +11,10 @@
 #include "common/base64.h"
 #include "common/command.h"
 #include "kernels/processor.h"
+#include "pictures/opencv_module.h"
 #include "report/frame_events.h"
-#include "report/report_picture.h"
 #include "report/report_template.h"
+#include "report/thinned_files.h"
 #include "service/face_boxes.h"
 #include "service/record_fields.h"
 #include "service/report_text.h"
@@ -28,8 +29,8 @@ using Bytes = std::vector<uint8_t>;
 
 constexpr std::string_view kMarker = "@@MORVALE_REPORT_DATA@@";
 constexpr int kUsualFrames = 300;
-constexpr size_t kPageRoom = 12'000'000;      ///< bytes of a page
-constexpr size_t kLeastPictures = 2'000'000;  ///< of them for pictures, however much the figures take
+constexpr size_t kPageRoom = 12'000'000;   ///< bytes of a page
+constexpr size_t kLeastFiles = 2'000'000;  ///< of them for pictures and scores, however much the figures take
 
 bool same_box(const FaceRect& a, const FaceRect& b) {
   return a.x == b.x && a.y == b.y && a.w == b.w && a.h == b.h;
@@ -118,6 +119,12 @@ std::string script_text(const Json& data) {
   return text;
 }
 
+/// Bytes for each picture of a run, so that all of them find room in a page.
+size_t room_for_one_picture(int expected_frames) {
+  constexpr size_t kRoom = 8'000'000, kLeast = 9'000, kMost = 90'000;
+  return std::clamp(kRoom / static_cast<size_t>(std::max(expected_frames, 1)), kLeast, kMost);
+}
+
 size_t marker_place() {
   const size_t at = report_template().find(kMarker);
   if (at == std::string_view::npos)
@@ -132,7 +139,8 @@ Json json_of(std::optional<double> ms) { return ms ? Json(std::round(*ms * 1000)
 
 struct ReportPage::Content {
   ReportHead head;
-  ReportPictures pictures;
+  size_t room_for_one;
+  ThinnedFiles pictures{8'000'000}, scores{2'000'000};
   EventFinder events;
   std::vector<Geometry> geometries;
   bool named = false;
@@ -146,7 +154,8 @@ struct ReportPage::Content {
   Bytes records;
 
   explicit Content(ReportHead given)
-      : head(std::move(given)), pictures(head.expected_frames.value_or(kUsualFrames)) {}
+      : head(std::move(given)),
+        room_for_one(room_for_one_picture(head.expected_frames.value_or(kUsualFrames))) {}
 
   size_t place_of(const Geometry& wanted) {
     const auto found = std::find(geometries.begin(), geometries.end(), wanted);
@@ -175,18 +184,28 @@ struct ReportPage::Content {
     log.push_back(Json::array({index, place->second}));
   }
 
-  /// As many pictures as the page has room for beside everything else.
-  void put_pictures(Json& data) {
-    constexpr size_t kPlace = 20;  ///< a frame's number of its picture, quotes and padding around that
+  /// As many pictures and scores as the page has room for beside everything else.
+  void put_files(Json& data) {
+    constexpr size_t kPlaces =
+        40;  ///< a frame's numbers of its picture and its scores, quotes and padding around them
     const size_t taken =
-        report_template().size() + script_text(data).size() + kPlace * number.elements().size();
-    const size_t room = kPageRoom > taken ? kPageRoom - taken : 0;
-    pictures.fit(std::max(room, kLeastPictures) / 4 * 3);  // base64 makes four bytes of three
-    Json places = Json::array(), jpegs = Json::array();
-    for (const auto& place : pictures.places()) places.push_back(place ? Json(*place) : Json(nullptr));
-    for (const Bytes& jpeg : pictures.pictures()) jpegs.push_back(base64(jpeg));
-    data["frames"]["picture"] = places;
-    data["pictures"] = jpegs;
+        report_template().size() + script_text(data).size() + kPlaces * number.elements().size();
+    const size_t room =
+        std::max(kPageRoom > taken ? kPageRoom - taken : 0, kLeastFiles) / 4 * 3;  // as base64
+    scores.fit(room / 4);
+    size_t scored = 0;
+    for (const Bytes& file : scores.files()) scored += file.size();
+    pictures.fit(room - std::min(scored, room));
+    put_files(data, "picture", pictures);
+    put_files(data, "scores", scores);
+  }
+
+  static void put_files(Json& data, const std::string& name, const ThinnedFiles& files) {
+    Json places = Json::array(), texts = Json::array();
+    for (const auto& place : files.places()) places.push_back(place ? Json(*place) : Json(nullptr));
+    for (const Bytes& file : files.files()) texts.push_back(base64(file));
+    data["frames"][name] = places;
+    data[name == "picture" ? "pictures" : name] = texts;
   }
 
   Json data() {
@@ -221,7 +240,7 @@ struct ReportPage::Content {
         {"events", marks},
         {"comparison", comparison},
         {"baseline", baseline}};
-    put_pictures(data);
+    put_files(data);
     return data;
   }
 };
@@ -253,7 +272,9 @@ void ReportPage::add(const ReportFrame& frame) {
   const auto* bytes = reinterpret_cast<const uint8_t*>(&report.record);
   page.records.insert(page.records.end(), bytes, bytes + sizeof report.record);
   page.events.add(report, frame.times.network);
-  page.pictures.add(frame.nv21, report.geometry.width, report.geometry.height, report.geometry.stride);
+  page.pictures.add(
+      page.pictures.wanted() ? opencv().frame_jpeg(frame.nv21, report.geometry, page.room_for_one) : Bytes());
+  page.scores.add(page.scores.wanted() ? opencv().score_png(report.label_map, report.geometry) : Bytes());
 }
 
 void ReportPage::compare_with(const RecordComparison& comparison) {

@@ -10,6 +10,12 @@ const kBoxColour = '#f0e442';
 const kGridColour = '#ffffff';
 const kKeptLayers = 32;
 
+const kWhole = {
+  scale: 1,
+  x: 0,
+  y: 0
+};
+
 const sameBox = (a, b) => a.every((value, i) => value === b[i]);
 
 export class FramePainter {
@@ -29,10 +35,18 @@ export class FramePainter {
     return index === null ? Promise.resolve(null) : this.pictures_.load(index);
   }
 
-  // `show`: labels (opacity, 0 for none), faces, boxes, grid; `side`: 'current', 'baseline' or 'difference'.
-  paint(canvas, frame, show, side = 'current') {
+  // The frame's picture when it is ready, else null.
+  image(frame) {
+    const index = this.pictureIndex_(frame);
+    return index === null ? null : this.pictures_.get(index);
+  }
+
+  // `show`: labels (opacity, 0 for none), faces, boxes, grid; `side`: 'current', 'baseline' or 'difference'; `zoom`:
+  // the part of the frame to draw.
+  paint(canvas, frame, show, side = 'current', zoom = kWhole) {
     const context = canvas.getContext('2d');
     const {width, height} = canvas;
+    context.setTransform(zoom.scale, 0, 0, zoom.scale, -zoom.x * zoom.scale * width, -zoom.y * zoom.scale * height);
     const geometry = this.report_.geometry(frame);
     const view = {
       context,
@@ -44,7 +58,7 @@ export class FramePainter {
       side,
       scale: width / geometry.width,
       down: height / geometry.height,
-      line: Math.max(width / 420, 1)
+      line: Math.max(Math.max(width, height) / 420, 1) / zoom.scale
     };
     this.picture_(view);
     this.labelMap_(view);
@@ -52,6 +66,7 @@ export class FramePainter {
     if (show.grid) this.grid_(view);
     if (show.faces) this.rectangles_(view, this.report_.frames.camera_faces[frame], kFaceColour, true);
     if (show.boxes) this.boxes_(view);
+    context.resetTransform();
   }
 
   pictureIndex_(frame) {
@@ -60,8 +75,7 @@ export class FramePainter {
   }
 
   picture_({context, width, height, frame, side}) {
-    const index = this.pictureIndex_(frame);
-    const image = index === null ? null : this.pictures_.get(index);
+    const image = this.image(frame);
     context.globalAlpha = 1;
     context.fillStyle = '#20242c';
     context.fillRect(0, 0, width, height);
@@ -171,11 +185,12 @@ export class FramePainter {
     context.setLineDash([]);
   }
 
-  grid_({context, width, height, frame, side, line}) {
+  // It spans the whole label map, of which on a portrait frame a part lies beside the picture.
+  grid_({context, width, height, frame, geometry, side, line}) {
     const records = side === 'baseline' ? this.report_.baseline.records : this.report_.records;
     if (frame >= records.count) return;
     const cells = records.grid(frame);
-    const across = width / kGridColumns, down = height / kGridRows;
+    const [wide, tall] = mapExtent(geometry), across = width * wide / kGridColumns, down = height * tall / kGridRows;
     context.lineWidth = 0.5 * line;
     context.strokeStyle = kGridColour;
     for (let i = 0; i < cells.length; ++i) {

@@ -11,12 +11,15 @@ const kHelp = [
   ['Home / End', 'first, last frame'],
   ['Space', 'play, pause'],
   ['N / P', 'next, previous event'],
+  ['+ / − / 0', 'zoom in, out, the whole frame'],
+  ['Shift + arrows', 'move the zoomed picture'],
+  ['F', 'full screen, Escape ends it'],
 ];
 
 export function keysHelp(settings) {
   return h(
-      'details', {class: 'keys'}, h('summary', {}, 'Keys'),
-      h('div', {class: 'keys-body'},
+      'details', {class: 'popover keys'}, h('summary', {}, 'Keys'),
+      h('div', {class: 'popover-body'},
         h('dl', {}, kHelp.map(([key, text]) => [h('dt', {}, h('kbd', {}, key)), h('dd', {}, text)])),
         h('p', {class: 'quiet'},
           'Home, End, Page Up and Page Down while the focus is in the viewer or on the scrubber.'),
@@ -31,13 +34,25 @@ export function keysHelp(settings) {
           'Keys work on the whole page')));
 }
 
-export function listenToKeys(player, dock, viewerElement, settings) {
+export function listenToKeys(player, dock, viewer, viewerElement, settings) {
+  const {zoom} = viewer;
+  const shifted = {
+    ArrowLeft: () => zoom.keyPan(-1, 0),
+    ArrowRight: () => zoom.keyPan(1, 0),
+    ArrowUp: () => zoom.keyPan(0, -1),
+    ArrowDown: () => zoom.keyPan(0, 1),
+  };
   const actions = {
     ArrowLeft: () => player.go(player.index - 1),
     ArrowRight: () => player.go(player.index + 1),
     ' ': () => player.toggle(),
     n: () => dock.jump(1),
     p: () => dock.jump(-1),
+    '+': () => zoom.in(),
+    '=': () => zoom.in(),
+    '-': () => zoom.out(),
+    0: () => zoom.fit(),
+    f: () => viewer.toggleFull(),
   };
   const insideActions = {
     PageUp: () => player.go(player.index - kFewFrames),
@@ -51,7 +66,9 @@ export function listenToKeys(player, dock, viewerElement, settings) {
     if (!inside && !settings.everywhere) return;
     if (usesKey(event.target, event.key, dock.scrubber)) return;
     const key = event.key.length === 1 ? event.key.toLowerCase() : event.key;
-    const action = actions[key] ?? (inside ? insideActions[key] : undefined);
+    if (key === 'Escape' && document.documentElement.classList.contains('full')) return viewer.toggleFull();
+    const panned = event.shiftKey && key in shifted && zoom.scale > 1;
+    const action = panned ? shifted[key] : actions[key] ?? (inside ? insideActions[key] : undefined);
     if (!action) return;
     event.preventDefault();
     action();

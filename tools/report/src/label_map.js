@@ -1,6 +1,6 @@
 // A label map as a layer to lay over the picture, and how its cells lie over the frame.
 
-const kCellPixels = 4;      // pixels of the network's input below a cell, in each direction
+export const kCellPixels = 4;      // pixels of the network's input below a cell, in each direction
 const kLayerColumns = 512;  // enough for thin outlines on the large view
 const kFill = 130, kEdge = 255;
 

@@ -23,8 +23,8 @@ import {Viewer} from './viewer.js';
 function build(report) {
   const player = new Player(report.count);
   const painter = new FramePainter(report, new Pictures(report.data.pictures));
-  const viewer = new Viewer(report, player, painter);
   const dock = new Dock(report, player, painter);
+  const viewer = new Viewer(report, player, painter, () => dock.element.offsetHeight);
   const timelines = new Timelines(report, player);
   const sheet = new ContactSheet(report, player, painter);
   const tabs = inspector(report, player);
@@ -36,12 +36,13 @@ function build(report) {
   document.title = `${report.data.title} · Morvale report`;
   document.body.replaceChildren(
       h('a', {class: 'skip', href: '#scrubber'}, 'To the scrubber'),
-      pageHead(report, themeButton(), keysHelp(settings)),
-      h('main', {}, banner(report, player), cards(report, player), viewerSection, timelines.element,
-        sheet.element, new DataTable(report, player).element),
+      pageHead(report, player, themeButton(), keysHelp(settings)),
+      h('main', {}, viewerSection,
+        h('section', {class: 'summary', 'aria-label': 'Summary'}, banner(report, player), cards(report, player)),
+        timelines.element, sheet.element, new DataTable(report, player).element),
       dock.element);
 
-  listenToKeys(player, dock, viewerSection, settings);
+  listenToKeys(player, dock, viewer, viewerSection, settings);
   player.onFrame(frame => {
     viewer.render();
     dock.show(frame);

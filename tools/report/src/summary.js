@@ -4,31 +4,42 @@ import {digitsOf, plural, range} from './format.js';
 import {libraryTimes, networkTimes} from './series.js';
 import {spread} from './stats.js';
 
-export function pageHead(report, themeButton, keys) {
+// One line of facts; the rest of them opens from it.
+export function pageHead(report, player, themeButton, keys) {
   const {data} = report;
-  const sizes = data.geometries.map(({width, height}) => `${width} × ${height}`);
+  const sizes = [...new Set(data.geometries.map(({width, height}) => `${width} × ${height}`))].join(', ');
+  const line = [`${data.camera} camera`, sizes, plural(report.count, 'frame'), data.source.kind, data.engine];
+  return h(
+      'header', {class: 'page-head'}, h('h1', {}, data.title), verdict(report, player),
+      h('p', {class: 'run-line'}, line.filter(Boolean).join(' · ')),
+      h('div', {class: 'head-buttons'}, about(report, sizes), keys, themeButton));
+}
+
+function about(report, sizes) {
+  const {data} = report;
   const facts = [
-    ['Camera', data.camera], ['Size', [...new Set(sizes)].join(', ')],
+    ['Camera', data.camera], ['Size', sizes],
     ['Source', [data.source.kind, data.source.name].filter(Boolean).join(' ')], ['Engine', data.engine],
     ['Kernels', data.kernels], ['Program', data.program]
   ];
   const pictures = data.frames.picture.filter(picture => picture !== null).length;
   if (pictures < report.count) facts.push(['Pictures', `${pictures} of ${report.count}`]);
   if (report.baseline) facts.push(['Baseline', report.baseline.name]);
+  if (data.source.made_by) facts.push(['Made by', h('code', {}, data.source.made_by)]);
   return h(
-      'header', {class: 'page-head'},
-      h('div', {class: 'title-row'},
-        h('div', {},
-          h('p', {class: 'eyebrow'},
-            report.baseline ? 'Morvale Capture · comparison' : 'Morvale Capture · report'),
-          h('h1', {}, data.title)),
-        h('div', {class: 'head-buttons'}, keys, themeButton)),
-      h('div', {class: 'run'},
-        h('dl', {class: 'run-facts'},
-          facts.map(([name, value]) => h('div', {}, h('dt', {}, name), h('dd', {}, value)))),
-        commandLine(data.command)),
-      data.source.made_by ? h('p', {class: 'quiet made-by'}, 'Made by ', h('code', {}, data.source.made_by)) :
-                            null);
+      'details', {class: 'popover'}, h('summary', {}, 'About'),
+      h('div', {class: 'popover-body about'},
+        h('p', {class: 'eyebrow'}, report.baseline ? 'Morvale Capture · comparison' : 'Morvale Capture · report'),
+        h('dl', {class: 'facts'}, facts.map(([name, value]) => [h('dt', {}, name), h('dd', {}, value)])),
+        commandLine(data.command)));
+}
+
+// How the records compare, in a word; the summary says it in full.
+function verdict(report, player) {
+  const {comparison} = report.data;
+  if (!comparison) return null;
+  if (comparison.same) return h('span', {class: 'verdict good'}, 'identical');
+  return h('span', {class: 'verdict bad'}, 'differs at ', goTo(report, player, comparison.index));
 }
 
 function commandLine(command) {
@@ -74,7 +85,7 @@ export function cards(report, player) {
   const failed = count(frame => report.failed(frame)), gated = count(frame => report.gated(frame));
   const sluggish = count(frame => report.sluggish(frame));
   return h(
-      'section', {class: 'cards', 'aria-label': 'Summary'},
+      'div', {class: 'cards'},
       card(
           'Frames', `${report.count}`,
           [tally(failed, 'failed'), tally(gated, 'gated'), tally(sluggish, 'sluggish')]),

@@ -1,38 +1,51 @@
 // The large view: the frame's picture with overlays to choose, and in a comparison the baseline and the
 // difference beside it.
 import {describe, differingCells} from './difference.js';
-import {h} from './dom.js';
+import {h, icon} from './dom.js';
 import {marksOf} from './figures.js';
 import {plural} from './format.js';
-import {kDifferenceColour} from './frame_painter.js';
-import {analysedShare} from './label_map.js';
+import {Legend} from './legend.js';
+import {Overlays} from './overlays.js';
+import {Readout} from './readout.js';
+import {Zoom} from './zoom.js';
 
-const kTallest = 0.72;   // of the window's height
+const kLeastTall = 220, kPhone = 760;
+const kTabs = 400;  // the tabs' least column and the gap beside it
+const kSide = 268;  // what belongs to a portrait frame, and the gap
+const kGaps = 26;
+
+const inColumns = element => getComputedStyle(element).gridTemplateColumns.includes(' ');
 const kSharpest = 2000;  // pixels across; more only costs time
-const kFirstOpacity = 0.5;
 
 export class Viewer {
-  constructor(report, player, painter) {
+  // `below`: the height of what stays in view below.
+  constructor(report, player, painter, below) {
+    this.below = below;
     this.report_ = report;
     this.player_ = player;
     this.painter_ = painter;
-    this.show = {labels: kFirstOpacity, faces: true, boxes: true, grid: false};
+    this.zoom = new Zoom(() => this.paint());
+    this.overlays_ = new Overlays(report, () => this.paint());
+    this.legend_ = new Legend(report);
+    this.readout_ = new Readout(report, player, this.legend_, frame => painter.image(frame));
     this.sides_ = (report.baseline ? ['baseline', 'current', 'difference'] : [
                     'current'
                   ]).map(side => this.makeSide_(side));
     this.heading_ = h('h2', {id: 'frame-heading'});
     this.marks_ = h('span', {class: 'marks'});
     this.note_ = h('p', {class: 'quiet note'});
-    this.legend_ = h('ul', {class: 'legend', 'aria-label': 'Labels, with their share of the map'});
     this.shape_ = h('p', {class: 'shape-note', id: 'shape-note'});
     this.views_ =
         h('div', {class: report.baseline ? 'views three' : 'views'}, this.sides_.map(side => side.element));
+    this.foot_ = h('div', {class: 'stage-foot'}, this.overlays_.element, this.readout_.element, this.legend_.element, this.shape_);
     this.element =
         h('div', {class: 'stage', id: 'stage'},
-          h('div', {class: 'stage-head'}, this.heading_, this.marks_, this.note_), this.views_,
-          h('div', {class: 'stage-foot'}, this.controls_(), this.legend_, this.shape_));
+          h('div', {class: 'stage-head'}, this.heading_, this.marks_, this.note_, this.tools_()), this.views_,
+          this.foot_);
     new ResizeObserver(() => this.resize_()).observe(this.views_);
+    new ResizeObserver(() => this.resize_()).observe(this.foot_);
     addEventListener('resize', () => this.resize_());
+    document.addEventListener('fullscreenchange', () => this.fill_(document.fullscreenElement !== null));
   }
 
   // Shows a frame; keeps the picture of before until the new one is decoded.
@@ -43,13 +56,48 @@ export class Viewer {
     if (!this.painter_.ready(frame)) await this.painter_.load(frame);
     if (this.wanted_ !== frame) return;
     this.paint();
+    this.readout_.refresh();
     if (this.player_.playing && frame + 2 < this.report_.count) this.painter_.load(frame + 2);
   }
 
   paint() {
-    for (const {canvas, side} of this.sides_)
-      this.painter_.paint(canvas, this.player_.index, this.show, side);
+    for (const {canvas, side} of this.sides_) {
+      this.painter_.paint(canvas, this.player_.index, this.overlays_.show, side, this.zoom);
+      canvas.classList.toggle('zoomed', this.zoom.scale > 1);
+    }
+    this.fit_.disabled = this.zoom.scale === 1;
     this.element.dataset.frame = this.player_.index;
+  }
+
+  // The whole screen where the browser gives it, else the whole window.
+  async toggleFull() {
+    const full = !document.documentElement.classList.contains('full');
+    this.fill_(full);
+    try {
+      if (full)
+        await document.documentElement.requestFullscreen();
+      else if (document.fullscreenElement)
+        await document.exitFullscreen();
+    } catch {
+      // The window alone, then.
+    }
+  }
+
+  fill_(full) {
+    document.documentElement.classList.toggle('full', full);
+    this.resize_();
+  }
+
+  tools_() {
+    const button = (id, text, picture, onclick) =>
+        h('button', {type: 'button', class: 'icon-button', id, 'aria-label': text, title: text, onclick},
+          icon(picture));
+    this.fit_ = button('zoom-fit', 'The whole frame (0)', 'fit', () => this.zoom.fit());
+    return h(
+        'div', {class: 'tools', role: 'group', 'aria-label': 'View'},
+        button('zoom-out', 'Zoom out (−)', 'minus', () => this.zoom.out()),
+        button('zoom-in', 'Zoom in (+)', 'plus', () => this.zoom.in()), this.fit_,
+        button('fullscreen', 'Full screen (F)', 'full', () => this.toggleFull()));
   }
 
   makeSide_(side) {
@@ -58,7 +106,13 @@ export class Viewer {
       current: this.report_.baseline ? `Current: ${this.report_.data.source.name}` : 'Current',
       difference: 'Difference'
     };
-    const canvas = h('canvas', {role: 'img', 'data-side': side});
+    const canvas = h('canvas', {
+      role: 'img',
+      'data-side': side,
+      onpointermove: event => this.readout_.point(this.zoom.at(canvas, event)),
+      onpointerleave: () => this.readout_.clear()
+    });
+    this.zoom.listen(canvas);
     const caption = this.report_.baseline ? h('figcaption', {}, titles[side]) : null;
     return {
       side,
@@ -89,7 +143,7 @@ export class Viewer {
           'aria-label', `${title}: picture of ${report.title(frame)} with what the library found`);
       if (side === 'difference') caption.textContent = this.differenceText_(frame);
     }
-    this.fillLegend_(frame);
+    this.legend_.show(frame);
   }
 
   differenceText_(frame) {
@@ -99,66 +153,31 @@ export class Viewer {
     return count === 0 ? text : `${text} (${plural(count, 'cell')})`;
   }
 
-  fillLegend_(frame) {
-    const map = this.report_.labels(frame);
-    const counts = new Array(8).fill(0);
-    if (map)
-      for (const label of map) ++counts[label];
-    const items = this.report_.data.labels.map(({name, color}, label) => {
-      const patch = h('span', {class: color ? 'patch' : 'patch none', 'aria-hidden': 'true'});
-      if (color) patch.style.background = color;
-      const share = map ? `${Math.round(100 * counts[label] / map.length)} %` : '–';
-      return h('li', {}, patch, name, h('span', {class: 'aside'}, share));
-    });
-    if (analysedShare(this.report_.geometry(frame)) < 1)
-      items.push(h('li', {}, h('span', {class: 'patch hatched', 'aria-hidden': 'true'}), 'not analysed'));
-    if (this.report_.baseline) {
-      const patch = h('span', {class: 'patch', 'aria-hidden': 'true'});
-      patch.style.background = kDifferenceColour;
-      items.push(h('li', {}, patch, 'cell that differs'));
-    }
-    this.legend_.replaceChildren(...items);
+  // Beside the tabs, a view has what they leave; their column takes what the picture does not need.
+  room_(element) {
+    const section = this.element.parentElement;
+    if (!section || this.report_.baseline || !inColumns(section)) return element.clientWidth;
+    return section.clientWidth - kTabs - (inColumns(this.element) ? kSide : 0);
   }
 
-  controls_() {
-    const box = (key, text, style) =>
-        h('label', {class: 'chip'}, h('input', {
-            type: 'checkbox',
-            id: `show-${key}`,
-            checked: this.show[key] !== 0 && this.show[key] !== false,
-            onchange: event => this.choose_(key, event.target.checked)
-          }),
-          style ? h('span', {class: `line ${style}`, 'aria-hidden': 'true'}) : null, text);
-    this.slider_ = h('input', {
-      type: 'range',
-      id: 'opacity',
-      min: 10,
-      max: 100,
-      value: 100 * kFirstOpacity,
-      'aria-label': 'Opacity of the labels',
-      oninput: () => this.choose_('labels', true)
-    });
-    return h(
-        'div', {class: 'controls', role: 'group', 'aria-label': 'Overlays'},
-        h('span', {class: 'chip-group'}, box('labels', 'Labels'), this.slider_),
-        this.report_.boxesKnown ? box('boxes', 'Library boxes', 'solid') : null, box('faces', 'Camera faces', 'dashed'),
-        this.report_.front ? null : box('grid', 'Grid'));
+  tallest_() {
+    const above = this.views_.getBoundingClientRect().top + scrollY;
+    const caption = this.sides_[0].caption?.offsetHeight ?? 0;
+    const foot = inColumns(this.element) ? 0 : this.foot_.offsetHeight;
+    return innerHeight - above - caption - foot - this.below() - kGaps;
   }
 
-  choose_(key, on) {
-    this.show[key] = key !== 'labels' ? on : on ? this.slider_.value / 100 : 0;
-    if (key === 'labels') this.element.querySelector('#show-labels').checked = on;
-    this.paint();
-  }
-
-  // As large as the column and the window allow, at the frame's shape.
+  // As large as lets the frame, all that belongs to it and the scrubber be seen together, at the frame's shape.
   resize_() {
     const {width, height} = this.report_.geometry(this.player_.index);
     const shape = height / width;
+    this.element.classList.toggle('tall', shape > 1 && !this.report_.baseline);
+    const side = inColumns(this.element) ? kSide : 0;
+    const tallest = Math.max(this.tallest_(), innerWidth < kPhone ? innerHeight / 2 : kLeastTall);
     for (const {canvas, element} of this.sides_) {
-      const room = element.clientWidth;
-      const across = Math.max(Math.min(room, innerHeight * kTallest / shape), 120);
+      const across = Math.max(Math.min(this.room_(element), tallest / shape), 120);
       const pixels = Math.min(across * devicePixelRatio, kSharpest);
+      this.element.parentElement?.style.setProperty('--picture', `${Math.ceil(across) + side}px`);
       canvas.style.width = `${Math.floor(across)}px`;
       canvas.style.height = `${Math.floor(across * shape)}px`;
       if (canvas.width === Math.round(pixels) && canvas.height === Math.round(pixels * shape)) continue;
