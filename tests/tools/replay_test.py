@@ -58,6 +58,11 @@ def avi(width, height, colours):
     return chunk(b"RIFF", b"AVI " + chunk(b"LIST", header) + chunk(b"LIST", b"movi" + frames))
 
 
+def report_data(folder):
+    html = (folder / "report.html").read_text()
+    return json.loads(re.search(r'<script[^>]*id="report-data"[^>]*>(.*?)</script>', html, re.DOTALL)[1])
+
+
 class Replays(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
@@ -206,6 +211,7 @@ class Sources(Replays):
             flags = ["--engine", "fixed", "--faces", "none", "--record", out]
             lines, _ = self.run_well("-", *flags, stdin=stream)
             self.assertEqual([line["frame"] for line in lines], [0, 1, 2, 3])
+            self.assertEqual([line["seconds"] for line in lines], [0, 0.04, 0.08, 0.12])
             frame = (out / "frames/000002_64x48_s64.nv21").read_bytes()
             y, u, v = planes[2]
             chroma = (width + 1) // 2
@@ -246,11 +252,17 @@ class Sources(Replays):
         flags = ["--engine", "fixed", "--faces", "none", "--record"]
         lines, _ = self.run_well(self.folder / "clip.avi", *flags, self.folder / "out")
         self.assertEqual([line["frame"] for line in lines], [0, 1, 2, 3])
+        self.assertEqual([line["seconds"] for line in lines], [0, 0.04, 0.08, 0.12])
         for frame, (red, green, blue) in enumerate(colours):
             luma = (self.folder / f"out/frames/{frame:06d}_64x48_s64.nv21").read_bytes()[48 * 32 + 32]
             self.assertAlmostEqual(luma, 0.299 * red + 0.587 * green + 0.114 * blue, delta=2)
         lines, _ = self.run_well(self.folder / "clip.avi", "--start", 1, "--every", 2, *flags, self.folder / "some")
-        self.assertEqual([line["frame"] for line in lines], [1, 3])
+        self.assertEqual([(line["frame"], line["seconds"]) for line in lines], [(1, 0.04), (3, 0.12)])
+        done = morvale("replay", self.folder / "clip.avi", "--format", "csv", "--engine", "fixed", "--faces", "none",
+                       "--report", self.folder / "report")
+        rows = list(csv.DictReader(io.StringIO(done.stdout.decode())))
+        self.assertEqual([row["seconds"] for row in rows], ["0.000", "0.040", "0.080", "0.120"])
+        self.assertEqual(report_data(self.folder / "report")["frames"]["seconds"], [0, 0.04, 0.08, 0.12])
         self.assertEqual((self.folder / "some/frames/000001_64x48_s64.nv21").read_bytes(),
                          (self.folder / "out/frames/000003_64x48_s64.nv21").read_bytes())
 
@@ -355,8 +367,8 @@ class Outputs(Replays):
     def test_the_report_holds_the_records(self):
         scene = self.scene("scene", "--frames", 5, "--people", 2)
         self.run_well(scene, "--report", self.folder / "report")
-        html = (self.folder / "report/report.html").read_text()
-        data = json.loads(re.search(r'<script[^>]*id="report-data"[^>]*>(.*?)</script>', html, re.DOTALL)[1])
+        data = report_data(self.folder / "report")
+        self.assertIsNone(data["frames"]["seconds"], "a recording has no time stamps")
         self.assertEqual(base64.b64decode(data["records"]), (scene / "records.bin").read_bytes())
         self.assertEqual(data["comparison"], {"same": True, "frames": 5})
         self.assertEqual(len(data["pictures"]), 5)
@@ -390,9 +402,7 @@ class Outputs(Replays):
                 path.write_bytes(data[:128] + struct.pack("<5f", 8, -8, -8, -8, -8) * cells)  # background alone
             out = self.folder / f"report_{camera}"
             self.run_well(scene, "--report", out, status=1)
-            html = (out / "report.html").read_text()
-            data = json.loads(re.search(r'<script[^>]*id="report-data"[^>]*>(.*?)</script>', html, re.DOTALL)[1])
-            self.assertEqual([event["kind"] for event in data["events"]], ["found", "lost", "found"], camera)
+            self.assertEqual([event["kind"] for event in report_data(out)["events"]], ["found", "lost", "found"], camera)
 
     def test_the_trace_tells_the_stages(self):
         scene = self.scene("scene", "--frames", 3)

@@ -1,4 +1,5 @@
 // A headless Chromium, and pages that fail a test for whatever they print, raise or ask for.
+import {readFileSync} from 'node:fs';
 import {createRequire} from 'node:module';
 import {join} from 'node:path';
 import {fileURLToPath, pathToFileURL} from 'node:url';
@@ -33,6 +34,27 @@ export async function open(
   await page.goto(pathToFileURL(file).href + hash);
   await page.waitForSelector('#stage[data-frame]');
   return {page, complaints, close: () => context.close()};
+}
+
+// What a click has the browser write, with the name it proposes.
+export async function saved(page, selector) {
+  const [download] = await Promise.all([page.waitForEvent('download'), page.click(selector)]);
+  return {name: download.suggestedFilename(), bytes: readFileSync(await download.path())};
+}
+
+// A picture out of the page, decoded: its size, and the colours at places in shares of it.
+export async function decoded(page, bytes, places) {
+  return page.evaluate(async ([base64, wanted]) => {
+    const image = new Image();
+    image.src = `data:image/png;base64,${base64}`;
+    await image.decode();
+    const {naturalWidth: width, naturalHeight: height} = image;
+    const context = Object.assign(document.createElement('canvas'), {width, height})
+                        .getContext('2d', {willReadFrequently: true});
+    context.drawImage(image, 0, 0);
+    const at = ([x, y]) => [...context.getImageData(Math.floor(x * width), Math.floor(y * height), 1, 1).data].slice(0, 3);
+    return {width, height, colours: wanted.map(at)};
+  }, [bytes.toString('base64'), places]);
 }
 
 export const shown = (page, frame) => page.waitForSelector(`#stage[data-frame="${frame}"]`);

@@ -97,6 +97,7 @@ export function makeData(
     frames: {
       number: each(frame => 100 + 2 * frame),
       name: null,
+      seconds: null,
       geometry: each(() => 0),
       process: each(() => 0),
       gated: each(() => 0),

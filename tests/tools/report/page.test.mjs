@@ -7,7 +7,18 @@ import {tmpdir} from 'node:os';
 import {basename, join} from 'node:path';
 import {after, before, test} from 'node:test';
 
-import {kReportFolder, launch, open, paintedPicture, pixel, plainPictures, require, shown} from './browser.mjs';
+import {
+  decoded,
+  kReportFolder,
+  launch,
+  open,
+  paintedPicture,
+  pixel,
+  plainPictures,
+  require,
+  saved,
+  shown
+} from './browser.mjs';
 import * as fixture from './fixture.mjs';
 
 const {emptyRecords, kFrontGeometry, leftOf, makeData, packRuns, putWords, readData, writePage} = fixture;
@@ -395,6 +406,82 @@ test('a source that passes twice: each pass has its own links and names', async 
     assert.match(await tab.textContent('#frame-heading'), /^Frame 10, pass [12]$/);
     await close();
   }
+});
+
+test('a film\'s frames have its time stamps beside their numbers', async () => {
+  const film = page('film', {
+    change: data => {
+      data.frames.seconds = data.frames.number.map((_, frame) => frame < 39 ? frame * 1.7 : null);
+      data.events = kEvents;
+    }
+  });
+  const {page: tab, complaints, close} = await open(browser, film, {hash: '#frame=176'});
+  await shown(tab, 38);
+  assert.equal(await tab.textContent('#frame-heading'), 'Frame 176 · 1:04.60');
+  assert.match(await tab.textContent('#where'), /^Frame 176 39 of 40 · 1:04.60$/);
+  await tab.click('#tab-events');
+  assert.equal(await tab.textContent('#panel-events .jump .time'), '6.80 s');
+  assert.match(await tab.textContent('.sheet .jump[data-index="4"]'), /108 · 6\.80 s/);
+  await tab.keyboard.press('End');
+  await shown(tab, 39);
+  assert.equal(await tab.textContent('#frame-heading'), 'Frame 178', 'a frame without a stamp');
+  assert.deepEqual(complaints, []);
+  await close();
+});
+
+test('the address follows the frame, and a button copies it', async () => {
+  const script = () => Object.defineProperty(navigator, 'clipboard', {
+    value: {
+      writeText: async text => {
+        window.copied = text;
+      }
+    }
+  });
+  const {page: tab, complaints, close} = await open(browser, front, {script});
+  assert.ok(!tab.url().includes('#'), 'a page as it was opened keeps its address');
+  const history = await tab.evaluate('history.length');
+  for (let step = 1; step <= 3; ++step) {
+    await tab.keyboard.press('ArrowRight');
+    await shown(tab, step);
+  }
+  await tab.waitForURL('**/front.html#frame=106');
+  assert.equal(await tab.evaluate('history.length'), history, 'back leaves the page');
+  await tab.click('#copy-address');
+  await tab.waitForSelector('text=Copied');
+  assert.equal(await tab.evaluate('copied'), tab.url());
+  assert.deepEqual(complaints, []);
+  await close();
+});
+
+test('picture, chart and table are saved as they are seen', async () => {
+  const {page: tab, complaints, close} = await open(browser, front, {hash: '#frame=102'});
+  await shown(tab, 1);
+  for (const id of ['boxes', 'faces']) await tab.uncheck(`#show-${id}`);
+  await tab.keyboard.press('+');
+  const picture = await saved(tab, '#save-frame');
+  assert.equal(picture.name, 'fixture.bundle_frame_102.png');
+  const drawn = await decoded(tab, picture.bytes, [[0.25, 0.5], [0.75, 0.5]]);
+  assert.deepEqual([drawn.width, drawn.height], [320, 240], 'the whole frame in its own size');
+  assert.ok(near(drawn.colours[1], [64, 192, 64]), 'the picture');
+  assert.ok(!near(drawn.colours[0], [64, 192, 64]), 'under the labels');
+
+  const chart = await saved(tab, '.chart .save-chart');
+  assert.equal(chart.name, 'fixture.bundle_person_share.png');
+  const plot = await tab.$eval('.chart canvas', canvas => [canvas.width, canvas.height]);
+  const {width, height, colours} = await decoded(tab, chart.bytes, [[0.99, 0.01]]);
+  assert.ok(width === plot[0] && height > plot[1] && near(colours[0], [255, 255, 255], 0), 'title and all');
+
+  await tab.click('.data-table summary');
+  const table = await saved(tab, '#save-table');
+  assert.equal(table.name, 'fixture.bundle_figures.csv');
+  const rows = table.bytes.toString().split('\r\n').map(row => row.split(','));
+  assert.equal(rows.length, 1 + 40 + 1);
+  const [heads, , second] = rows;
+  assert.equal(
+      second.join(), '102,analysed,21,2,2,151,23,19,28,85,75,100,200,180,230,120,40,40,40,90,90,90,170,170,170,10.1,1.5');
+  assert.equal(heads.slice(6, 10).join(), 'Person 1 luma,Person 1 H,Person 1 H low,Person 1 H high');
+  assert.deepEqual(complaints, []);
+  await close();
 });
 
 test('a frame without a picture borrows the last one and says so', async () => {

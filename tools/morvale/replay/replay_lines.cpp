@@ -10,10 +10,14 @@ namespace tool {
 namespace {
 
 /// Nothing for a time that is not known.
-std::string ms_text(std::optional<double> ms) {
+std::string to_thousandths(std::optional<double> time) {
   char text[32] = "";
-  if (ms) std::snprintf(text, sizeof text, "%.3f", *ms);
+  if (time) std::snprintf(text, sizeof text, "%.3f", *time);
   return text;
+}
+
+morvale::session::Json json_time(std::optional<double> time) {
+  return time ? morvale::session::Json(std::stod(to_thousandths(time))) : morvale::session::Json(nullptr);
 }
 
 /// RFC 4180, for names, which go to terminals too: a text with commas, quotes or line ends stands in quotes,
@@ -33,19 +37,17 @@ std::string replay_json_line(const std::string& source_name, int frame, const Fr
   morvale::session::Json line = json_of(source_name, frame, report);
   line["gated"] = report.gated;
   if (!extras.picture.empty()) line["picture"] = extras.picture;
+  if (extras.seconds) line["seconds"] = json_time(extras.seconds);
   if (extras.times) {
-    const auto json = [](std::optional<double> ms) {
-      return ms ? morvale::session::Json(std::stod(ms_text(ms))) : morvale::session::Json(nullptr);
-    };
-    line["networkMs"] = json(extras.times->network);
-    line["processMs"] = json(extras.times->process);
-    line["analysisMs"] = json(extras.times->analysis);
+    line["networkMs"] = json_time(extras.times->network);
+    line["processMs"] = json_time(extras.times->process);
+    line["analysisMs"] = json_time(extras.times->analysis);
   }
   return text_line(line);
 }
 
 std::string csv_heading(bool times) {
-  std::string line = "input,frame,picture,camera,process,gated,personCount";
+  std::string line = "input,frame,seconds,picture,camera,process,gated,personCount";
   if (times) line += ",networkMs,processMs,analysisMs";
   for (const RecordField& field : record_fields()) line += "," + field.name;
   return line + "\r\n";
@@ -53,13 +55,14 @@ std::string csv_heading(bool times) {
 
 std::string csv_line(const std::string& source_name, int frame, const FrameReport& report,
                      const LineExtras& extras) {
-  std::string line = csv_text(source_name) + "," + std::to_string(frame) + "," + csv_text(extras.picture) +
-                     "," + (report.camera == Camera::kFront ? "front" : "back") + "," +
+  std::string line = csv_text(source_name) + "," + std::to_string(frame) + "," +
+                     to_thousandths(extras.seconds) + "," + csv_text(extras.picture) + "," +
+                     (report.camera == Camera::kFront ? "front" : "back") + "," +
                      std::to_string(report.process) + "," + (report.gated ? "1" : "0") + "," +
                      std::to_string(report.person_boxes.size());
   if (extras.times)
-    line += "," + ms_text(extras.times->network) + "," + ms_text(extras.times->process) + "," +
-            ms_text(extras.times->analysis);
+    line += "," + to_thousandths(extras.times->network) + "," + to_thousandths(extras.times->process) + "," +
+            to_thousandths(extras.times->analysis);
   for (const RecordField& field : record_fields())
     line += "," + std::to_string(value_of(report.record, field));
   return line + "\r\n";

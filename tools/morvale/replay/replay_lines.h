@@ -11,6 +11,7 @@ namespace tool {
 struct LineExtras {
   std::string picture;              ///< the frame's own file; empty: none
   std::optional<StageTimes> times;  ///< absent: not wanted
+  std::optional<double> seconds;    ///< the film's own time stamp; absent: it has none
 };
 
 /// One JSON object and a line end.

@@ -20,7 +20,7 @@ class LineOutput final : public ReplayOutput {
   }
 
   void add(const ReplayedFrame& frame) override {
-    LineExtras extras{frame.source.name, std::nullopt};
+    LineExtras extras{frame.source.name, std::nullopt, frame.source.seconds};
     if (times_) extras.times = frame.times;
     const auto line = csv_ ? csv_line : replay_json_line;
     data_.write_past(line(input_, frame.source.number, frame.report, extras));
@@ -84,7 +84,8 @@ class ReportOutput final : public ReplayOutput {
     // A frame that came without pixels went through the library as zeros: nothing to look at.
     const bool seen = !frame.source.input.nv21.empty() && frame.source.input.has_planes;
     page_.add({frame.source.number, frame.source.name, frame.report,
-               seen ? frame.planes : std::span<const uint8_t>(), frame.times});
+               seen ? frame.planes : std::span<const uint8_t>(), frame.times,
+               /*boxes_known=*/true, frame.source.seconds});
   }
 
   void finish(const Comparison& comparison) override {

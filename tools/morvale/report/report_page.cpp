@@ -132,8 +132,10 @@ size_t marker_place() {
   return at;
 }
 
-/// A time in milliseconds with no more digits than mean something.
-Json json_of(std::optional<double> ms) { return ms ? Json(std::round(*ms * 1000) / 1000) : Json(nullptr); }
+/// A time to thousandths: no more digits than mean something.
+Json json_of(std::optional<double> time) {
+  return time ? Json(std::round(*time * 1000) / 1000) : Json(nullptr);
+}
 
 }  // namespace
 
@@ -143,9 +145,9 @@ struct ReportPage::Content {
   ThinnedFiles pictures{8'000'000}, scores{2'000'000};
   EventFinder events;
   std::vector<Geometry> geometries;
-  bool named = false;
-  Json number = Json::array(), name = Json::array(), geometry = Json::array(), process = Json::array(),
-       gated = Json::array(), network_ms = Json::array(), process_ms = Json::array(),
+  bool named = false, timed = false;
+  Json number = Json::array(), name = Json::array(), seconds = Json::array(), geometry = Json::array(),
+       process = Json::array(), gated = Json::array(), network_ms = Json::array(), process_ms = Json::array(),
        analysis_ms = Json::array(), camera_faces = Json::array(), boxes = Json::array(),
        face_boxes = Json::array(), runs = Json::array(), log = Json::array();
   Json comparison, baseline;
@@ -166,6 +168,7 @@ struct ReportPage::Content {
   Json frames() const {
     return {{"number", number},
             {"name", named ? name : Json(nullptr)},
+            {"seconds", timed ? seconds : Json(nullptr)},
             {"geometry", geometry},
             {"process", process},
             {"gated", gated},
@@ -258,6 +261,8 @@ void ReportPage::add(const ReportFrame& frame) {
   page.number.push_back(frame.number);
   page.name.push_back(frame.name);
   page.named |= !frame.name.empty();
+  page.seconds.push_back(json_of(frame.seconds));
+  page.timed |= frame.seconds.has_value();
   page.geometry.push_back(page.place_of(report.geometry));
   page.process.push_back(report.process);
   page.gated.push_back(report.gated ? 1 : 0);

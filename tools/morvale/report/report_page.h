@@ -29,7 +29,8 @@ struct ReportFrame {
   const FrameReport& report;
   std::span<const uint8_t> nv21;  ///< the frame as the geometry says; empty: no picture
   StageTimes times;
-  bool boxes_known = true;  ///< a recording alone does not tell the front camera's boxes
+  bool boxes_known = true;             ///< a recording alone does not tell the front camera's boxes
+  std::optional<double> seconds = {};  ///< the film's own time stamp
 };
 
 /// What the page compares with, frame by frame.

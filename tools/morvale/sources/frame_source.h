@@ -15,8 +15,9 @@ namespace tool {
 
 /// One frame as its source delivers it.
 struct SourceFrame {
-  int number = 0;    ///< counted from 0 in the source
-  std::string name;  ///< a file of its own; empty: none
+  int number = 0;                 ///< counted from 0 in the source
+  std::string name;               ///< a file of its own; empty: none
+  std::optional<double> seconds;  ///< the film's own time stamp; absent: the source has none
   morvale::session::FrameInput input;
   std::optional<morvale::session::FrameOutput> recorded;  ///< what a recording says the library made of it
 };

@@ -1,4 +1,5 @@
 /// A video file as a source of frames, decoded by OpenCV.
+#include <algorithm>
 #include <cstdlib>
 #include <opencv2/videoio.hpp>
 
@@ -25,6 +26,7 @@ class VideoSource final : public FrameSource {
     if (!video_.read(bgr)) return std::nullopt;
     SourceFrame frame;
     frame.number = next_++;
+    frame.seconds = std::max(video_.get(cv::CAP_PROP_POS_MSEC), 0.0) / 1000;  // of the frame just read
     frame.input = input_of(frame_from_bgr(file_, bgr));
     return frame;
   }

@@ -36,6 +36,7 @@ class Y4mSource final : public FrameSource {
     frame.height = size_.height & ~1;
     fill(frame);
     SourceFrame delivered;
+    if (rate_ > 0) delivered.seconds = next_ / rate_;
     delivered.number = next_++;
     delivered.input = input_of(std::move(frame));
     return delivered;
@@ -69,6 +70,13 @@ class Y4mSource final : public FrameSource {
     return value;
   }
 
+  /// "30000:1001" frames a second; 0 where the stream does not tell.
+  static double rate(const std::string& text) {
+    int frames = 0, seconds = 0;
+    const bool read = std::sscanf(text.c_str(), "%9d:%9d", &frames, &seconds) == 2;
+    return read && frames > 0 && seconds > 0 ? double(frames) / seconds : 0;
+  }
+
   void read_header() {
     const std::string line = read_line().value_or("");
     if (line.rfind("YUV4MPEG2 ", 0) != 0)
@@ -78,6 +86,7 @@ class Y4mSource final : public FrameSource {
       const std::string word = line.substr(at, end - at);
       if (word[0] == 'W') size_.width = side(word.substr(1));
       if (word[0] == 'H') size_.height = side(word.substr(1));
+      if (word[0] == 'F') rate_ = rate(word.substr(1));
       if (word[0] == 'C' && (word.rfind("C420", 0) != 0 || word.rfind("C420p", 0) == 0) &&
           word != "C420paldv")
         refuse("has the colour format " + word.substr(1) +
@@ -135,6 +144,7 @@ class Y4mSource final : public FrameSource {
   std::unique_ptr<std::FILE, Closer> file_;
   FrameSize size_;
   std::vector<uint8_t> planes_;
+  double rate_ = 0;
   int next_ = 0;
 };
 

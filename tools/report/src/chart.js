@@ -2,8 +2,10 @@
 // its top, and the figures at the pointer (or of the frame in view) written above it.
 import uPlot from 'uplot';
 
-import {h} from './dom.js';
+import {chartPicture} from './chart_picture.js';
+import {h, icon} from './dom.js';
 import {knownKind} from './event_list.js';
+import {saveCanvas} from './save.js';
 import {spread} from './stats.js';
 import {offTheme, onTheme, themed} from './theme.js';
 
@@ -28,7 +30,7 @@ export class Chart {
           h('figcaption', {},
             h('h3', {}, definition.title,
               definition.unit ? h('span', {class: 'aside'}, definition.unit) : null),
-            this.readouts_),
+            this.readouts_, this.saveButton_()),
           this.host_, definition.note ? h('p', {class: 'quiet chart-note'}, definition.note) : null);
     this.cursor_ = h('div', {class: 'here', 'aria-hidden': 'true'});
     this.observer_ = new ResizeObserver(() => this.fit_());
@@ -59,6 +61,20 @@ export class Chart {
     this.host_.setAttribute('aria-label', this.summary_());
     if (this.plot_) this.plot_.setData(this.data_());
     this.show(this.frame_ ?? 0);
+  }
+
+  saveButton_() {
+    const {title} = this.definition_, text = `Save the chart: ${title}`;
+    return h(
+        'button', {
+          type: 'button',
+          class: 'icon-button save-chart',
+          'aria-label': text,
+          title: text,
+          onclick: () => saveCanvas(
+              this.report_, `${title.toLowerCase().replace(/ /g, '_')}.png`, chartPicture(this.plot_, this.definition_))
+        },
+        icon('save'));
   }
 
   resetZoom() { this.plot_?.setScale('x', this.whole_()); }

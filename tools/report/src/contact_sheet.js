@@ -51,7 +51,7 @@ export class ContactSheet {
         h('button', {type: 'button', class: 'jump', 'data-index': frame, onclick: () => player.go(frame)},
           canvas,
           h('span', {class: 'caption'},
-            h('span', {}, h('b', {}, report.label(frame)), ` · ${report.records.humanRatio(frame)} %`),
+            h('span', {}, h('b', {}, report.label(frame)), report.time(frame) && ` · ${report.time(frame)}`, ` · ${report.records.humanRatio(frame)} %`),
             h('span', {class: 'marks'}, marks))));
   }
 

@@ -1,9 +1,10 @@
 // The charts' figures as a table, a page of frames at a time: for reading out, for copying, and for whoever
 // wants the number itself.
-import {h} from './dom.js';
+import {h, icon} from './dom.js';
 import {marksOf} from './figures.js';
 import {plural} from './format.js';
 import {countSet} from './records.js';
+import {saveCsv} from './save.js';
 import {faceFigures} from './series.js';
 import {wrapDegrees} from './stats.js';
 
@@ -24,7 +25,9 @@ export class DataTable {
     this.element = h(
         'details', {class: 'data-table', ontoggle: event => event.target.open && this.turnTo_(player.index)},
         h('summary', {}, 'Figures of every frame as a table'),
-        h('div', {class: 'filters'}, this.earlier_, this.later_, this.range_),
+        h('div', {class: 'filters'}, this.earlier_, this.later_, this.range_,
+          h('button', {type: 'button', class: 'plain', id: 'save-table', onclick: () => this.save_()}, icon('save'),
+            'Save as CSV')),
         h('div', {class: 'scroller', tabindex: 0, role: 'region', 'aria-label': 'Figures of every frame'},
           h('table', {},
             h('thead', {}, this.heads_), this.body_)));
@@ -49,6 +52,13 @@ export class DataTable {
     this.range_.textContent = `${this.first_ + 1} to ${end} of ${plural(count, 'frame')}`;
   }
 
+  // Every frame, and each figure in a column of its own.
+  save_() {
+    const columns = columnsOf(this.report_).flatMap(([title, of, parts]) => parts ?? [[title, of]]);
+    const rows = Array.from({length: this.report_.count}, (_, frame) => columns.map(([, of]) => of(frame) ?? ''));
+    saveCsv(this.report_, 'figures.csv', [columns.map(([title]) => title), ...rows]);
+  }
+
   row_(frame) {
     const [[, number], ...others] = this.columns_;
     return h(
@@ -59,34 +69,42 @@ export class DataTable {
   }
 }
 
+// [title, text of a frame, columns of the file]; these, [title, value of a frame], where the text is not the value.
 function columnsOf(report) {
   const {records, frames} = report;
   const time = value => value === null ? '–' : value.toFixed(3);
+  const timed = (title, of) => [title, frame => time(of(frame)), [[title, of]]];
+  const count = frame => report.personCount(frame);
   const columns = [
     ['Frame', frame => report.label(frame)],
+    ...(frames.seconds ? [timed('Seconds', frame => report.seconds(frame))] : []),
     ['State', frame => marksOf(report, frame).map(([, text]) => text).join(', ') || 'analysed'],
     [report.front ? 'Person, %' : 'Body, %', frame => records.humanRatio(frame)],
-    ['Boxes', frame => report.personCount(frame)],
+    ['Boxes', frame => count(frame) ?? '–', [['Boxes', count]]],
     ['ver', frame => records.ver(frame)],
   ];
   if (!report.front) columns.push(['Grid cells', frame => countSet(records.grid(frame))]);
   for (const {name, figures} of faceFigures(report, records)) columns.push(...faceColumns(name, figures));
   columns.push(
-      ['Network, ms', frame => time(frames.network_ms[frame])],
-      ['Library, ms', frame => time(report.libraryMs(frame))]);
+      timed('Network, ms', frame => frames.network_ms[frame]), timed('Library, ms', frame => report.libraryMs(frame)));
   return columns;
 }
 
 function faceColumns(name, figures) {
-  const channel = c => frame => {
-    const found = figures[frame]?.channels?.[c];
-    if (!found) return '–';
-    const [mean, low, high] =
-        [found.mean, found.low, found.high].map(value => c === 0 ? wrapDegrees(value) : value);
-    return `${mean} (${low}–${high})`;
+  const value = (c, part, frame) => {
+    const figure = figures[frame]?.channels?.[c][part];
+    return c === 0 && figure !== undefined ? wrapDegrees(figure) : figure;
   };
+  const channel = (title, c) => {
+    const write = frame => figures[frame]?.channels ?
+        `${value(c, 'mean', frame)} (${value(c, 'low', frame)}–${value(c, 'high', frame)})` :
+        '–';
+    const parts = [['', 'mean'], [' low', 'low'], [' high', 'high']];
+    return [title, write, parts.map(([more, part]) => [title + more, frame => value(c, part, frame)])];
+  };
+  const luma = frame => figures[frame]?.luma;
   return [
-    [`${name} luma`, frame => figures[frame]?.luma ?? '–'], [`${name} H`, channel(0)],
-    [`${name} S`, channel(1)], [`${name} V`, channel(2)]
+    [`${name} luma`, frame => luma(frame) ?? '–', [[`${name} luma`, luma]]], channel(`${name} H`, 0), channel(`${name} S`, 1),
+    channel(`${name} V`, 2)
   ];
 }

@@ -63,7 +63,9 @@ export class Dock {
     const place = `${frame + 1} of ${report.count}`;
     this.scrubber.value = frame;
     this.scrubber.setAttribute('aria-valuetext', `${report.title(frame)}, ${place}`);
-    this.where_.replaceChildren(h('b', {}, `Frame ${report.label(frame)}`), ' ', h('span', {}, place));
+    this.where_.replaceChildren(
+        h('b', {}, `Frame ${report.label(frame)}`), ' ',
+        h('span', {}, [place, report.time(frame)].filter(Boolean).join(' · ')));
     // A running film would drown everything else that is read out.
     if (!this.player_.playing) this.live_.textContent = `${report.title(frame)}: ${sentence(report, frame)}`;
     if (this.painter_.ready(frame))

@@ -15,6 +15,10 @@ export function neighbourEvent(report, frame, direction) {
   return null;
 }
 
+// A frame's time stamp beside its number, where it has one.
+export const timeOf = (report, frame) =>
+    report.time(frame) && h('span', {class: 'number time'}, report.time(frame));
+
 export class EventList {
   constructor(report, player) {
     this.report_ = report;
@@ -38,7 +42,7 @@ export class EventList {
         'li', {},
         h('button',
           {type: 'button', class: 'row jump', 'data-index': index, onclick: () => this.player_.go(index)},
-          h('span', {class: 'number'}, this.report_.label(index)),
+          h('span', {class: 'number'}, this.report_.label(index)), timeOf(this.report_, index),
           h('span', {class: `mark mark-${knownKind(kind)}`}, kind), h('span', {class: 'text'}, text)));
   }
 }

@@ -1,6 +1,7 @@
 // Puts the page together from the data that the program wrote into it.
 import './report.css';
 
+import {Address} from './address.js';
 import {ContactSheet} from './contact_sheet.js';
 import {DataTable} from './data_table.js';
 import {Dock} from './dock.js';
@@ -24,7 +25,8 @@ function build(report) {
   const player = new Player(report.count);
   const painter = new FramePainter(report, new Pictures(report.data.pictures));
   const dock = new Dock(report, player, painter);
-  const viewer = new Viewer(report, player, painter, () => dock.element.offsetHeight);
+  const address = new Address(report, player);
+  const viewer = new Viewer(report, player, painter, address.copyButton(), () => dock.element.offsetHeight);
   const timelines = new Timelines(report, player);
   const sheet = new ContactSheet(report, player, painter);
   const tabs = inspector(report, player);
@@ -52,7 +54,6 @@ function build(report) {
   });
   report.faces.onChange(() => player.tell());
   hideThumbBeside(viewer.element, dock.element);
-  followHash(report, player);
   player.tell();
 }
 
@@ -92,17 +93,6 @@ function hideThumbBeside(stage, dock) {
   new IntersectionObserver(([entry]) => dock.classList.toggle('with-thumb', !entry.isIntersecting), {
     threshold: 0.15
   }).observe(stage);
-}
-
-// report.html#frame=37 opens on the frame of that number, #frame=37&pass=2 on it when it came for the second time.
-function followHash(report, player) {
-  const follow = () => {
-    const match = /^#frame=(\d+)(?:&pass=(\d+))?$/.exec(location.hash);
-    const index = match ? report.find(Number(match[1]), Number(match[2] ?? 1)) : -1;
-    if (index >= 0) player.go(index);
-  };
-  addEventListener('hashchange', follow);
-  follow();
 }
 
 // Data and script stay in the head, so that a copy which the browser saves builds itself again.

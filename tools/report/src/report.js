@@ -3,6 +3,7 @@
 import {bytesOf, unpackRuns} from './bytes.js';
 import {differenceOf} from './difference.js';
 import {FaceOrder} from './face_order.js';
+import {clock} from './format.js';
 import {kMeasuredBlocks, Records} from './records.js';
 
 const kFormat = 'morvale-report';
@@ -36,8 +37,19 @@ export class Report {
   label(frame) { return this.repeated ? `${this.number(frame)} (${this.passes_[frame]})` : `${this.number(frame)}`; }
   title(frame) {
     if (this.frames.name) return this.frames.name[frame];
-    return `Frame ${this.number(frame)}${this.repeated ? `, pass ${this.passes_[frame]}` : ''}`;
+    const time = this.time(frame);
+    return `Frame ${this.number(frame)}${this.repeated ? `, pass ${this.passes_[frame]}` : ''}${time && ` · ${time}`}`;
   }
+
+  // The film's own time stamp; null and '' where the source has none.
+  seconds(frame) { return this.frames.seconds?.[frame] ?? null; }
+  time(frame) {
+    const seconds = this.seconds(frame);
+    return seconds === null ? '' : clock(seconds);
+  }
+
+  // What an address says of a frame, behind its #.
+  place(frame) { return `frame=${this.number(frame)}${this.passes_[frame] > 1 ? `&pass=${this.passes_[frame]}` : ''}`; }
 
   // The frame of a number and a pass, or -1.
   find(number, pass = 1) {

@@ -1,4 +1,5 @@
 // The head of the page, the summary cards and the verdict of a comparison.
+import {copy} from './clipboard.js';
 import {h, icon} from './dom.js';
 import {digitsOf, plural, range} from './format.js';
 import {libraryTimes, networkTimes} from './series.js';
@@ -62,22 +63,6 @@ function commandLine(command) {
       'div', {class: 'command'},
       h('code', {tabindex: 0, role: 'region', 'aria-label': 'Command', class: 'scroller'}, command), button,
       status);
-}
-
-// A page opened from disk may be refused the clipboard; the old way still works there.
-async function copy(text) {
-  try {
-    await navigator.clipboard.writeText(text);
-    return true;
-  } catch {
-    const field = h('textarea', {class: 'visually-hidden', 'aria-hidden': 'true'});
-    field.value = text;
-    document.body.append(field);
-    field.select();
-    const done = document.execCommand('copy');
-    field.remove();
-    return done;
-  }
 }
 
 export function cards(report, player) {

@@ -7,6 +7,7 @@ import {plural} from './format.js';
 import {Legend} from './legend.js';
 import {Overlays} from './overlays.js';
 import {Readout} from './readout.js';
+import {saveCanvas} from './save.js';
 import {Zoom} from './zoom.js';
 
 const kLeastTall = 220, kPhone = 760;
@@ -19,7 +20,7 @@ const kSharpest = 2000;  // pixels across; more only costs time
 
 export class Viewer {
   // `below`: the height of what stays in view below.
-  constructor(report, player, painter, below) {
+  constructor(report, player, painter, copyButton, below) {
     this.below = below;
     this.report_ = report;
     this.player_ = player;
@@ -40,7 +41,7 @@ export class Viewer {
     this.foot_ = h('div', {class: 'stage-foot'}, this.overlays_.element, this.readout_.element, this.legend_.element, this.shape_);
     this.element =
         h('div', {class: 'stage', id: 'stage'},
-          h('div', {class: 'stage-head'}, this.heading_, this.marks_, this.note_, this.tools_()), this.views_,
+          h('div', {class: 'stage-head'}, this.heading_, this.marks_, this.note_, this.tools_(copyButton)), this.views_,
           this.foot_);
     new ResizeObserver(() => this.resize_()).observe(this.views_);
     new ResizeObserver(() => this.resize_()).observe(this.foot_);
@@ -88,13 +89,26 @@ export class Viewer {
     this.resize_();
   }
 
-  tools_() {
+  // As the views show it, but all of the frame, and in its own size.
+  saveFrame() {
+    const frame = this.player_.index, {width, height} = this.report_.geometry(frame);
+    const own = Object.assign(document.createElement('canvas'), {width, height});
+    const all = Object.assign(document.createElement('canvas'), {width: width * this.sides_.length, height});
+    this.sides_.forEach(({side}, at) => {
+      this.painter_.paint(own, frame, this.overlays_.show, side);
+      all.getContext('2d').drawImage(own, at * width, 0);
+    });
+    saveCanvas(this.report_, `frame_${this.report_.number(frame)}.png`, all);
+  }
+
+  tools_(copyButton) {
     const button = (id, text, picture, onclick) =>
         h('button', {type: 'button', class: 'icon-button', id, 'aria-label': text, title: text, onclick},
           icon(picture));
     this.fit_ = button('zoom-fit', 'The whole frame (0)', 'fit', () => this.zoom.fit());
     return h(
-        'div', {class: 'tools', role: 'group', 'aria-label': 'View'},
+        'div', {class: 'tools', role: 'group', 'aria-label': 'View'}, copyButton,
+        button('save-frame', 'Save this picture', 'save', () => this.saveFrame()),
         button('zoom-out', 'Zoom out (−)', 'minus', () => this.zoom.out()),
         button('zoom-in', 'Zoom in (+)', 'plus', () => this.zoom.in()), this.fit_,
         button('fullscreen', 'Full screen (F)', 'full', () => this.toggleFull()));

@@ -1,0 +1,44 @@
+// The page's address names the frame in view: report.html#frame=37, or #frame=37&pass=2 when that number came for the
+// second time.
+import {copy} from './clipboard.js';
+import {h, icon} from './dom.js';
+
+const kRest = 200;      // ms: browsers refuse a page that rewrites its address at every frame of a film
+const kToldFor = 1500;  // ms
+
+export class Address {
+  constructor(report, player) {
+    this.report_ = report;
+    this.player_ = player;
+    addEventListener('hashchange', () => this.follow_());
+    this.follow_();
+    player.onFrame(frame => {
+      clearTimeout(this.timer_);
+      this.timer_ = setTimeout(() => this.write_(frame), kRest);
+    });
+  }
+
+  copyButton() {
+    const text = 'Copy the address of this frame';
+    const told = h('span', {class: 'told', role: 'status'});
+    const copyIt = async () => {
+      const done = await copy(`${location.href.replace(/#.*/, '')}#${this.report_.place(this.player_.index)}`);
+      told.textContent = done ? 'Copied' : 'Not allowed';
+      setTimeout(() => told.textContent = '', kToldFor);
+    };
+    const button =
+        {type: 'button', class: 'icon-button', id: 'copy-address', 'aria-label': text, title: text, onclick: copyIt};
+    return [h('button', button, icon('link')), told];
+  }
+
+  follow_() {
+    const match = /^#frame=(\d+)(?:&pass=(\d+))?$/.exec(location.hash);
+    const index = match ? this.report_.find(Number(match[1]), Number(match[2] ?? 1)) : -1;
+    if (index >= 0) this.player_.go(index);
+  }
+
+  write_(frame) {
+    if (frame === 0 && location.hash === '') return;
+    history.replaceState(null, '', `#${this.report_.place(frame)}`);
+  }
+}
