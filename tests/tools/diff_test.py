@@ -146,6 +146,15 @@ class Bundles(InFolder):
             {"width": 320, "height": 240, "stride": 320, "padSize": 256, "netSize": 64, "shrunkWidth": 256,
              "shrunkHeight": 192, "segFactor": 48, "scaleRatio": 1.25, "notes": []}])
         self.assertEqual(len(data["pictures"]), self.FRAMES)
+        self.assertEqual(data["baseline"]["camera_faces"], data["frames"]["camera_faces"])
+        self.assertNotIn("pictures", data["baseline"], "the same pixels are in the page once")
+        frame = next((a / "frames").glob("000001*"))
+        frame.write_bytes(bytes(frame.stat().st_size))
+        morvale("diff", a, b, "--report", self.folder / "page")
+        page = (self.folder / "page/report.html").read_text()
+        baseline = json.loads(re.search(r'id="report-data"[^>]*>(.*?)</script>', page, re.S)[1])["baseline"]
+        self.assertEqual(baseline["other_pixels"][:3], [0, 1, 0])
+        self.assertEqual((baseline["picture"][:3], len(baseline["pictures"])), ([None, 0, None], 1))
         done = morvale("diff", a / "records.bin", b, "--report", self.folder / "bare")
         self.assertEqual((done.returncode, done.stderr.count(b"\n"), b"report.html" in done.stderr), (1, 1, True))
 

@@ -44,8 +44,7 @@ class RecordedFrames {
     const MorvaleData_t& record = line.input.record;
     report.process = line.process_result;
     report.gated = is_gated(line);
-    report.camera_faces.assign(record.faces,
-                               record.faces + std::clamp(record.faceCount, 0, morvale::kMaxFaces));
+    report.camera_faces = faces_of(record);
     report.geometry = geometry_of(source->bundle->info(), record);
     return report;
   }
@@ -63,6 +62,19 @@ class RecordedFrames {
     return {};
   }
 
+  /// The baseline's picture, where it can be laid beside pixels(index).
+  Bytes baseline_pixels(int index) const {
+    if (!has(a_, index) || !has(b_, index) || !a_.bundle->has_pixels(index) || !b_.bundle->has_pixels(index))
+      return {};
+    const MorvaleData_t &before = record_of(a_, index), &now = record_of(b_, index);
+    const bool fits = before.width == now.width && before.height == now.height && before.stride == now.stride;
+    return fits ? a_.bundle->input(index).nv21 : Bytes();
+  }
+
+  std::vector<FaceRect> baseline_faces(int index) const {
+    return has(a_, index) ? faces_of(record_of(a_, index)) : std::vector<FaceRect>();
+  }
+
   static Bytes labels(const RecordSource& source, int index) {
     return has(source, index) ? source.bundle->output(index).labels : Bytes();
   }
@@ -78,6 +90,10 @@ class RecordedFrames {
 
   const RecordSource* bundle_with(int index) const {
     return has(b_, index) ? &b_ : has(a_, index) ? &a_ : nullptr;
+  }
+
+  static std::vector<FaceRect> faces_of(const MorvaleData_t& record) {
+    return {record.faces, record.faces + std::clamp(record.faceCount, 0, morvale::kMaxFaces)};
   }
 
   static const MorvaleData_t& record_of(const RecordSource& source, int index) {
@@ -124,7 +140,7 @@ void write_diff_page(const RecordSource& a, const RecordSource& b, Camera camera
   if (b.frame_count() == 0) throw UsageError("--report: " + b.name + " has no frame to show.");
   const RecordedFrames frames(a, b, camera_of_bare_records);
   ReportPage page(head_of(a, b, camera_of_bare_records, command));
-  ReportBaseline baseline{short_name(a.name, b.name), a.records, {}};
+  ReportBaseline baseline{short_name(a.name, b.name), a.records, {}, {}};
   RecordComparison comparison;
   for (int index = 0; index < b.frame_count(); ++index) {
     FrameReport report = frames.report(index);
@@ -140,7 +156,9 @@ void write_diff_page(const RecordSource& a, const RecordSource& b, Camera camera
     StageTimes times;
     times.network = frames.network_ms(index);
     const bool boxes_known = report.camera == Camera::kBack;
-    page.add({index, "", report, frames.pixels(index), times, boxes_known});
+    const Bytes picture = frames.pixels(index), other = frames.baseline_pixels(index);
+    page.add({index, "", report, picture, times, boxes_known, {}, other});
+    baseline.camera_faces.push_back(frames.baseline_faces(index));
     if (index >= a.frame_count()) continue;
     FrameOutput expected;
     expected.process_result = report.process;  // the records alone are compared

@@ -142,7 +142,8 @@ Json json_of(std::optional<double> time) {
 struct ReportPage::Content {
   ReportHead head;
   size_t room_for_one;
-  ThinnedFiles pictures{8'000'000}, scores{2'000'000};
+  ThinnedFiles pictures{8'000'000}, scores{2'000'000}, baseline_pictures{8'000'000};
+  Json other_pixels = Json::array();  ///< 1 where the baseline's frame is another than the one in view
   EventFinder events;
   std::vector<Geometry> geometries;
   bool named = false, timed = false;
@@ -198,16 +199,20 @@ struct ReportPage::Content {
     scores.fit(room / 4);
     size_t scored = 0;
     for (const Bytes& file : scores.files()) scored += file.size();
-    pictures.fit(room - std::min(scored, room));
-    put_files(data, "picture", pictures);
-    put_files(data, "scores", scores);
+    const size_t left = room - std::min(scored, room);
+    const size_t sides = baseline_pictures.files().empty() ? 1 : 2;
+    baseline_pictures.fit(left / sides * (sides - 1));
+    pictures.fit(left / sides);
+    put_files(data["frames"], data, "picture", pictures);
+    put_files(data["frames"], data, "scores", scores);
+    if (sides == 2) put_files(data["baseline"], data["baseline"], "picture", baseline_pictures);
   }
 
-  static void put_files(Json& data, const std::string& name, const ThinnedFiles& files) {
+  static void put_files(Json& frames, Json& data, const std::string& name, const ThinnedFiles& files) {
     Json places = Json::array(), texts = Json::array();
     for (const auto& place : files.places()) places.push_back(place ? Json(*place) : Json(nullptr));
     for (const Bytes& file : files.files()) texts.push_back(base64(file));
-    data["frames"][name] = places;
+    frames[name] = places;
     data[name == "picture" ? "pictures" : name] = texts;
   }
 
@@ -279,6 +284,12 @@ void ReportPage::add(const ReportFrame& frame) {
   page.events.add(report, frame.times.network);
   page.pictures.add(
       page.pictures.wanted() ? opencv().frame_jpeg(frame.nv21, report.geometry, page.room_for_one) : Bytes());
+  const bool other = !frame.baseline_nv21.empty() && !std::ranges::equal(frame.nv21, frame.baseline_nv21);
+  page.other_pixels.push_back(other ? 1 : 0);
+  page.baseline_pictures.add(
+      other && page.baseline_pictures.wanted()
+          ? opencv().frame_jpeg(frame.baseline_nv21, report.geometry, page.room_for_one)
+          : Bytes());
   page.scores.add(page.scores.wanted() ? opencv().score_png(report.label_map, report.geometry) : Bytes());
 }
 
@@ -289,10 +300,14 @@ void ReportPage::compare_with(const RecordComparison& comparison) {
 void ReportPage::compare_with(const ReportBaseline& baseline) {
   Json runs = Json::array();
   for (const Bytes& map : baseline.label_maps) runs.push_back(label_runs(map));
+  Json faces = Json::array();
+  for (const auto& of_frame : baseline.camera_faces) faces.push_back(json_of(of_frame));
   const auto* bytes = reinterpret_cast<const uint8_t*>(baseline.records.data());
   content_->baseline = {{"name", baseline.name},
                         {"records", base64({bytes, baseline.records.size() * sizeof(PersonWholeMeta)})},
                         {"label_runs", runs},
+                        {"camera_faces", faces},
+                        {"other_pixels", content_->other_pixels},
                         {"boxes", nullptr}};
 }
 

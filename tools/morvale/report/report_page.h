@@ -29,8 +29,9 @@ struct ReportFrame {
   const FrameReport& report;
   std::span<const uint8_t> nv21;  ///< the frame as the geometry says; empty: no picture
   StageTimes times;
-  bool boxes_known = true;             ///< a recording alone does not tell the front camera's boxes
-  std::optional<double> seconds = {};  ///< the film's own time stamp
+  bool boxes_known = true;                      ///< a recording alone does not tell the front camera's boxes
+  std::optional<double> seconds = {};           ///< the film's own time stamp
+  std::span<const uint8_t> baseline_nv21 = {};  ///< the baseline's frame of the same geometry; empty: none
 };
 
 /// What the page compares with, frame by frame.
@@ -38,6 +39,7 @@ struct ReportBaseline {
   std::string name;
   std::vector<PersonWholeMeta> records;
   std::vector<std::vector<uint8_t>> label_maps;  ///< as FrameReport's; may be empty
+  std::vector<std::vector<FaceRect>> camera_faces;
 };
 
 /// Gathers the frames and writes the page.

@@ -2,6 +2,7 @@
 // thumbs and the views of a comparison.
 import {differingCells} from './difference.js';
 import {analysedShare, cellLayer, labelLayer, mapExtent} from './label_map.js';
+import {Pictures} from './pictures.js';
 import {kGridColumns, kGridRows} from './records.js';
 
 export const kDifferenceColour = '#ff2d95';
@@ -19,26 +20,27 @@ const kWhole = {
 const sameBox = (a, b) => a.every((value, i) => value === b[i]);
 
 export class FramePainter {
-  constructor(report, pictures) {
+  constructor(report) {
     this.report_ = report;
-    this.pictures_ = pictures;
+    this.pictures_ = new Pictures(report.data.pictures);
+    this.baselinePictures_ = new Pictures(report.data.baseline?.pictures ?? []);
     this.layers_ = new Map();
   }
 
   // Makes the frame's picture ready; true when it can be drawn at once.
-  ready(frame) {
-    const index = this.pictureIndex_(frame);
-    return index === null || this.pictures_.get(index) !== null;
+  ready(frame, side) {
+    const [pictures, index] = this.place_(frame, side);
+    return index === null || pictures.get(index) !== null;
   }
-  load(frame) {
-    const index = this.pictureIndex_(frame);
-    return index === null ? Promise.resolve(null) : this.pictures_.load(index);
+  load(frame, side) {
+    const [pictures, index] = this.place_(frame, side);
+    return index === null ? Promise.resolve(null) : pictures.load(index);
   }
 
   // The frame's picture when it is ready, else null.
-  image(frame) {
-    const index = this.pictureIndex_(frame);
-    return index === null ? null : this.pictures_.get(index);
+  image(frame, side) {
+    const [pictures, index] = this.place_(frame, side);
+    return index === null ? null : pictures.get(index);
   }
 
   // `show`: labels (opacity, 0 for none), faces, boxes, grid; `side`: 'current', 'baseline' or 'difference'; `zoom`:
@@ -64,18 +66,21 @@ export class FramePainter {
     this.labelMap_(view);
     this.hatch_(view);
     if (show.grid) this.grid_(view);
-    if (show.faces) this.rectangles_(view, this.report_.frames.camera_faces[frame], kFaceColour, true);
+    if (show.faces) this.rectangles_(view, this.cameraFaces_(frame, side), kFaceColour, true);
     if (show.boxes) this.boxes_(view);
     context.resetTransform();
   }
 
-  pictureIndex_(frame) {
-    const at = this.report_.pictureFrame(frame);
-    return at === null ? null : this.report_.frames.picture[at];
+  place_(frame, side) {
+    const {report_: report} = this;
+    const own = side === 'baseline' ? report.baseline.pictureFrame(frame) : null;
+    if (own !== null) return [this.baselinePictures_, report.baseline.picture[own]];
+    const at = report.pictureFrame(frame);
+    return [this.pictures_, at === null ? null : report.frames.picture[at]];
   }
 
   picture_({context, width, height, frame, side}) {
-    const image = this.image(frame);
+    const image = this.image(frame, side);
     context.globalAlpha = 1;
     context.fillStyle = '#20242c';
     context.fillRect(0, 0, width, height);
@@ -144,6 +149,11 @@ export class FramePainter {
     const map = current ?? baseline;
     const colours = this.report_.data.labels.map(label => label.color);
     return map && labelLayer(map, geometry, colours, this.report_.front);
+  }
+
+  cameraFaces_(frame, side) {
+    const faces = side === 'baseline' ? this.report_.baseline.cameraFaces : null;
+    return faces?.[frame] ?? this.report_.frames.camera_faces[frame];
   }
 
   boxes_(view) {

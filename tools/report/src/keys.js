@@ -13,6 +13,7 @@ const kHelp = [
   ['N / P', 'next, previous event'],
   ['+ / − / 0', 'zoom in, out, the whole frame'],
   ['Shift + arrows', 'move the zoomed picture'],
+  ['C', 'hold other frames against this one, or end that'],
   ['F', 'full screen, Escape ends it'],
 ];
 
@@ -34,7 +35,7 @@ export function keysHelp(settings) {
           'Keys work on the whole page')));
 }
 
-export function listenToKeys(player, dock, viewer, viewerElement, settings) {
+export function listenToKeys(player, dock, viewer, pair, viewerElement, settings) {
   const {zoom} = viewer;
   const shifted = {
     ArrowLeft: () => zoom.keyPan(-1, 0),
@@ -52,6 +53,7 @@ export function listenToKeys(player, dock, viewer, viewerElement, settings) {
     '=': () => zoom.in(),
     '-': () => zoom.out(),
     0: () => zoom.fit(),
+    c: () => pair.toggle(),
     f: () => viewer.toggleFull(),
   };
   const insideActions = {

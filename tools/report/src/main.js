@@ -12,7 +12,7 @@ import {figures} from './figures.js';
 import {FramePainter} from './frame_painter.js';
 import {keysHelp, listenToKeys} from './keys.js';
 import {LogList} from './log_list.js';
-import {Pictures} from './pictures.js';
+import {Pair} from './pair.js';
 import {Player} from './player.js';
 import {Report} from './report.js';
 import {banner, cards, pageHead} from './summary.js';
@@ -23,17 +23,16 @@ import {Viewer} from './viewer.js';
 
 function build(report) {
   const player = new Player(report.count);
-  const painter = new FramePainter(report, new Pictures(report.data.pictures));
+  const painter = new FramePainter(report);
   const dock = new Dock(report, player, painter);
-  const address = new Address(report, player);
-  const viewer = new Viewer(report, player, painter, address.copyButton(), () => dock.element.offsetHeight);
+  const address = new Address(report, player), pair = new Pair(report, player);
+  const viewer = new Viewer(report, player, painter, pair, address.copyButton(), () => dock.element.offsetHeight);
   const timelines = new Timelines(report, player);
   const sheet = new ContactSheet(report, player, painter);
-  const tabs = inspector(report, player);
+  const tabs = inspector(report, player, pair);
   const settings = {everywhere: true};
   const viewerSection = h(
-      'section', {class: report.baseline ? 'viewer comparing' : 'viewer', 'aria-labelledby': 'frame-heading'},
-      viewer.element, tabs.element);
+      'section', {class: 'viewer', 'aria-labelledby': 'frame-heading'}, viewer.element, tabs.element);
 
   document.title = `${report.data.title} · Morvale report`;
   document.body.replaceChildren(
@@ -44,7 +43,7 @@ function build(report) {
         timelines.element, sheet.element, new DataTable(report, player).element),
       dock.element);
 
-  listenToKeys(player, dock, viewer, viewerSection, settings);
+  listenToKeys(player, dock, viewer, pair, viewerSection, settings);
   player.onFrame(frame => {
     viewer.render();
     dock.show(frame);
@@ -53,15 +52,16 @@ function build(report) {
     sheet.show(frame);
   });
   report.faces.onChange(() => player.tell());
+  pair.onChange(() => tabs.selected.show());
   hideThumbBeside(viewer.element, dock.element);
   player.tell();
 }
 
-function inspector(report, player) {
+function inspector(report, player, pair) {
   const figuresHost =
       h('div',
         {class: 'windowed figures', id: 'figures', tabindex: 0, role: 'region', 'aria-label': 'Figures'});
-  const fields = new FieldTable(report), events = new EventList(report, player),
+  const fields = new FieldTable(report, pair), events = new EventList(report, player),
         log = new LogList(report, player);
   const {length} = report.events;
   return new Tabs('About this frame', [

@@ -25,7 +25,7 @@ export class Report {
     this.maps_ = new Map();
     this.log = data.log.map(([frame, place]) => [frame, data.log_lines[place][0], data.log_lines[place].slice(1)]);
     this.logStart_ = firstLines(this.log, this.count);
-    this.baseline = data.baseline ? new Baseline(data.baseline) : null;
+    this.baseline = data.baseline ? new Baseline(data.baseline, this.front) : null;
     this.difference = this.baseline ? differenceOf(this) : null;
     this.faces = new FaceOrder(this);
     this.events = [...data.events, ...(this.difference ? this.difference.events : [])].sort(
@@ -132,12 +132,26 @@ export class Report {
 }
 
 class Baseline {
-  constructor({name, records, label_runs, boxes}) {
+  constructor({name, records, label_runs, boxes, camera_faces, picture, other_pixels}, front) {
     this.name = name;
     this.records = new Records(records);
     this.labelRuns = label_runs;
-    this.boxes = boxes;
+    // The back camera's record has the library's one box; the front camera's has none.
+    this.boxes = boxes ?? (front ? null : Array.from({length: this.records.count}, (_, frame) => this.box_(frame)));
+    this.cameraFaces = camera_faces;
+    this.otherPixels_ = picture ? other_pixels : [];
+    this.picture = picture;
+    this.pictureFrames_ = picture ? framesWithPicture(picture) : [];
   }
+
+  // The frame of its own picture to show; null where the current run's is the same.
+  pictureFrame(frame) { return this.otherPixels_[frame] && this.pictureFrames_[frame] >= 0 ? this.pictureFrames_[frame] : null; }
+
+  box_(frame) {
+    const box = this.records.personBox(frame);
+    return box ? [box] : [];
+  }
+
   has(frame) { return frame < this.records.count; }
 }
 
