@@ -167,14 +167,121 @@ test('the scrubber follows mouse and keys, and the picture is the frame\'s', asy
 test('keys stay with what uses them', async () => {
   const {page: tab, close} = await open(browser, front);
   await tab.click('#tab-log');
-  await tab.fill('input[type=search]', '');
-  await tab.type('input[type=search]', 'n p');
+  await tab.fill('#panel-log input[type=search]', '');
+  await tab.type('#panel-log input[type=search]', 'n p');
   await tab.focus('#opacity');
   await tab.keyboard.press('ArrowRight');
   await tab.focus('#tab-log');
   await tab.keyboard.press('ArrowLeft');
   assert.equal(await tab.getAttribute('#tab-events', 'aria-selected'), 'true', 'arrows move between tabs');
   assert.equal(await tab.inputValue('#scrubber'), '0');
+  await close();
+});
+
+test('events: filtered by kind, searched, faces that come and go, and limits of one\'s own', async () => {
+  const file = page('events', {
+    change: data => {
+      data.events = [...kEvents];
+      for (let frame = 0; frame < 40; ++frame) putWords(data.records, frame, {0: frame < 20 ? 1 : 2});
+      putWords(data.records, 25, {4: 200});
+    }
+  });
+  const {page: tab, complaints, close} = await open(browser, file);
+  await tab.click('#tab-events');
+  const listed = () => tab.$$eval(
+      '#panel-events .jump', rows => rows.map(row => [Number(row.dataset.index), row.querySelector('.mark').textContent]));
+  const all = kEvents.map(({index, kind}) => [index, kind]);
+  assert.deepEqual(await listed(), [...all.slice(0, 3), [20, 'faces'], all[3]]);
+  assert.match(await tab.textContent('.jump[data-index="20"] .text'), /2 faces measured, 1 before/);
+  await tab.uncheck('#kind-lost');
+  await tab.uncheck('#kind-faces');
+  assert.deepEqual(await listed(), [all[0], all[1], all[3]]);
+  assert.equal(await tab.textContent('#tab-events .badge'), '3');
+  await tab.fill('#event-search', '40 MS');
+  assert.deepEqual(await listed(), [all[1]]);
+  await tab.focus('#scrubber');
+  await tab.keyboard.press('n');
+  await shown(tab, 12);
+  await tab.keyboard.press('n');
+  assert.equal(await tab.inputValue('#scrubber'), '12', 'the keys go from one listed event to the next');
+
+  await tab.fill('#event-search', 'luma');
+  await tab.fill('#threshold-limit', '20');
+  await tab.click('.threshold [type=submit]');
+  assert.deepEqual(await listed(), [[25, 'yours'], [26, 'yours']], 'there and back');
+  assert.match(await tab.textContent('.jump[data-index="25"] .text'), /luma of person 1 jumps by 20: 154 to 200/);
+  await tab.selectOption('#threshold-figure', {label: 'person share'});
+  await tab.selectOption('#threshold-how', {label: 'rises above'});
+  await tab.fill('#threshold-limit', '49.5');
+  await tab.click('.threshold [type=submit]');
+  await tab.fill('#event-search', 'share');
+  assert.deepEqual(await listed(), [[30, 'yours']], 'once, where it does');
+  await tab.click('.thresholds button >> nth=1');
+  assert.deepEqual(await listed(), []);
+  assert.match(await tab.textContent('#panel-events .windowed'), /No event is like that/);
+  assert.deepEqual(complaints, []);
+  await close();
+});
+
+test('where nearly every run is sluggish one note says so', async () => {
+  const slow = page('slow', {
+    change: data => {
+      data.frames.network_ms = data.frames.network_ms.map((_, frame) => frame === 3 ? 20 : 60 + frame);
+      data.events = [...kEvents];
+    }
+  });
+  const {page: tab, close} = await open(browser, slow);
+  assert.equal(await tab.textContent('.stage-head .marks'), '', 'no mark on the frame');
+  await tab.click('#tab-events');
+  assert.match(await tab.textContent('#always-sluggish'), /31 ms or more/);
+  assert.equal(await tab.$('#kind-sluggish'), null);
+  assert.match(await tab.textContent('.cards'), /39 sluggish/);
+  await close();
+  const usual = await open(browser, front);
+  assert.equal(await usual.page.$('#always-sluggish'), null);
+  await usual.close();
+});
+
+test('a film plays in its own time, passing over what cannot be drawn, and loops a range', async () => {
+  const film = page('played', {
+    count: 400,
+    change: data => {
+      data.frames.seconds = data.frames.number.map((_, frame) => frame / 100);
+    }
+  });
+  const {page: tab, complaints, close} = await open(browser, film);
+  await tab.selectOption('.speed', {label: '2×'});
+  const begun = Date.now();
+  await tab.keyboard.press(' ');
+  await tab.waitForFunction(() => document.querySelector('#scrubber').value === '399');
+  await tab.waitForSelector('#play[aria-label=Play]');
+  const took = Date.now() - begun;
+  assert.ok(took > 1900 && took < 4000, `4 s at twice the speed took ${took} ms; 400 frames at 60 a second take 6.7 s`);
+
+  const goTo = async frame => {
+    await tab.evaluate(number => location.hash = `#frame=${number}`, 100 + 2 * frame);
+    await shown(tab, frame);
+  };
+  await goTo(100);
+  await tab.keyboard.press('[');
+  await goTo(120);
+  await tab.keyboard.press(']');
+  assert.match(await tab.textContent('#range'), /Frames 300 to 340/);
+  await tab.keyboard.press('l');
+  await tab.selectOption('.speed', {label: '0.5×'});
+  await tab.keyboard.press(' ');
+  const seen = await tab.evaluate(async () => {
+    const found = [];
+    for (const end = performance.now() + 1200; performance.now() < end;) {
+      await new Promise(requestAnimationFrame);
+      found.push(Number(document.querySelector('#scrubber').value));
+    }
+    return found;
+  });
+  assert.ok(seen.slice(3).every(frame => frame >= 100 && frame <= 120), `${seen}`);
+  const turns = seen.slice(4).filter((frame, at) => frame < seen[at + 3]).length;
+  assert.ok(turns >= 1 && turns <= 4, `21 frames last 0.42 s at half the speed: ${turns} turns`);
+  assert.deepEqual(complaints, []);
   await close();
 });
 
@@ -196,8 +303,12 @@ test('a click on a chart goes to that frame, a drag zooms all charts', async () 
   await tab.mouse.up();
   await tab.click('text=Whole run', {trial: true});
   assert.deepEqual(await places(), whole.map(() => 'out'), 'frame 10 is outside of every chart');
+  const network = '.chart:has-text("Network time")';
+  assert.match(await tab.textContent('#range'), /Frames 1\d\d to 1\d\d; /);
+  assert.match(await tab.textContent(`${network} .chart-note`), /max 1[23]\.\d+ ms over 1\d frames/, 'of the range');
   await tab.click('text=Whole run');
   await tab.waitForSelector('text=Whole run', {state: 'hidden'});
+  assert.match(await tab.textContent(`${network} .chart-note`), /max 13\.90 ms over 40 frames/);
   assert.equal(await tab.inputValue('#scrubber'), '10', 'a drag is no click');
   await close();
 });

@@ -4,7 +4,7 @@ import uPlot from 'uplot';
 
 import {chartPicture} from './chart_picture.js';
 import {h, icon} from './dom.js';
-import {knownKind} from './event_list.js';
+import {knownKind} from './events.js';
 import {saveCanvas} from './save.js';
 import {spread} from './stats.js';
 import {offTheme, onTheme, themed} from './theme.js';
@@ -24,6 +24,7 @@ export class Chart {
     this.player_ = player;
     this.definition_ = definition;
     this.readouts_ = h('div', {class: 'readouts'});
+    this.note_ = definition.statistics ? h('p', {class: 'quiet chart-note'}) : null;
     this.host_ = h('div', {class: 'plot', role: 'img', 'aria-label': this.summary_()});
     this.element =
         h('figure', {class: 'chart'},
@@ -31,17 +32,23 @@ export class Chart {
             h('h3', {}, definition.title,
               definition.unit ? h('span', {class: 'aside'}, definition.unit) : null),
             this.readouts_, this.saveButton_()),
-          this.host_, definition.note ? h('p', {class: 'quiet chart-note'}, definition.note) : null);
+          this.host_, this.note_);
     this.cursor_ = h('div', {class: 'here', 'aria-hidden': 'true'});
     this.observer_ = new ResizeObserver(() => this.fit_());
     this.observer_.observe(this.host_);
     this.recolour_ = () => this.plot_?.redraw(false);
     onTheme(this.recolour_);
+    this.follow_ = () => this.zoom_();
+    report.range.onChange(this.follow_);
+    report.eventFilter.onChange(this.recolour_);
+    this.measure_();
   }
 
   dispose() {
     this.observer_.disconnect();
     offTheme(this.recolour_);
+    this.report_.range.drop(this.follow_);
+    this.report_.eventFilter.drop(this.recolour_);
     this.plot_?.destroy();
     this.plot_ = null;
   }
@@ -58,7 +65,7 @@ export class Chart {
   // Other values, labels and colours for as many series.
   define({series, bands}) {
     this.definition_ = {...this.definition_, series, bands};
-    this.host_.setAttribute('aria-label', this.summary_());
+    this.measure_();
     if (this.plot_) this.plot_.setData(this.data_());
     this.show(this.frame_ ?? 0);
   }
@@ -77,15 +84,26 @@ export class Chart {
         icon('save'));
   }
 
-  resetZoom() { this.plot_?.setScale('x', this.whole_()); }
-  get zoomed() {
-    const {min, max} = this.whole_();
-    return Boolean(this.plot_) && (this.plot_.scales.x.min > min || this.plot_.scales.x.max < max);
+  // Statistics and lines are those of the range.
+  measure_() {
+    const {statistics, series} = this.definition_;
+    const [from, to] = this.report_.range.frames;
+    this.host_.setAttribute('aria-label', this.summary_());
+    if (!statistics) return;
+    const {note, lines} = statistics(series[0].values.slice(from, to + 1));
+    this.note_.textContent = note;
+    this.lines_ = lines;
+  }
+
+  zoom_() {
+    this.measure_();
+    if (this.plot_) this.plot_.setScale('x', this.window_());
   }
 
   summary_() {
+    const [from, to] = this.report_.range.frames;
     const parts = this.definition_.series.filter(series => !series.hidden).map(series => {
-      const found = spread(series.values);
+      const found = spread(series.values.slice(from, to + 1));
       const write = this.writer_(series);
       return found ? `${series.label} ${write(found.min)} to ${write(found.max)}, mean ${write(found.mean)}` :
                      `${series.label} not measured`;
@@ -125,7 +143,7 @@ export class Chart {
   }
 
   options_(width) {
-    const {series, bands = [], lines} = this.definition_;
+    const {series, bands = [], statistics} = this.definition_;
     const frames = {values: (plot, splits) => splits.map(frame => this.number_(frame))};
     const figures = {values: (plot, splits) => splits.map(value => this.tick_(value))};
     const fill = (band, at) =>
@@ -133,7 +151,7 @@ export class Chart {
     return {
       width,
       height: kHeight,
-      padding: [12, lines ? 44 : 10, 0, 0],
+      padding: [12, statistics ? 44 : 10, 0, 0],
       legend: {show: false},
       cursor: {
         y: false,
@@ -142,7 +160,7 @@ export class Chart {
         points: {size: 7},
       },
       scales: {
-        x: {time: false, range: (plot, min, max) => this.window_(min, max)},
+        x: {time: false, range: (plot, min, max) => this.chosen_(min, max)},
         y: {range: (plot, min, max) => this.height_(min, max)},
       },
       axes: [
@@ -188,20 +206,28 @@ export class Chart {
     };
   }
 
-  // Without zoom the whole run; a zoom never leaves it.
-  window_(min, max) {
-    const whole = this.whole_();
-    if (!(max > min)) return [whole.min, whole.max];
-    return [Math.max(min, whole.min), Math.min(max, whole.max)];
+  window_() {
+    const {range} = this.report_, {min, max} = this.whole_();
+    return range.whole ? {min, max} : {min: range.frames[0], max: range.frames[1]};
+  }
+
+  // A drag, of which uPlot asks here, chooses the range for the whole page; a double click ends it.
+  chosen_(min, max) {
+    if (this.plot_ && max > min) this.report_.range.set(min, max);
+    const window = this.window_();
+    return [window.min, window.max];
   }
 
   height_(min, max) {
-    const {floor, ceiling, lines = []} = this.definition_;
+    const {floor, ceiling} = this.definition_, lines = this.lines_ ?? [], zoomed = !this.report_.range.whole;
     let low = Math.min(min ?? Infinity, ...lines.map(line => line.value));
     let high = Math.max(max ?? -Infinity, ...lines.map(line => line.value));
     if (!Number.isFinite(low) || !Number.isFinite(high)) [low, high] = [0, 1];
     const room = Math.max((high - low) * 0.12, this.definition_.leastRoom ?? 0.5);
-    low = floor === undefined ? low - room : Math.min(floor, low);
+    if (floor === undefined)
+      low -= room;
+    else
+      low = zoomed ? Math.max(low - room, Math.min(floor, low)) : Math.min(floor, low);
     high += room;
     return [low, ceiling === undefined ? high : Math.min(Math.max(high, low + 1), ceiling)];
   }
@@ -236,7 +262,7 @@ export class Chart {
     ctx.textAlign = 'left';
     ctx.textBaseline = 'middle';
     ctx.lineWidth = sharp;
-    for (const {value, label, colour, dash} of this.definition_.lines ?? []) {
+    for (const {value, label, colour, dash} of this.lines_ ?? []) {
       const y = plot.valToPos(value, 'y', true);
       if (y < bbox.top - 1 || y > bbox.top + bbox.height + 1) continue;
       ctx.strokeStyle = ctx.fillStyle = themed(colour);

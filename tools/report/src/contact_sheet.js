@@ -1,6 +1,6 @@
 // Thumbs evenly over the run and of every event, drawn when they come near the window.
 import {h} from './dom.js';
-import {knownKind} from './event_list.js';
+import {knownKind} from './events.js';
 
 const kSpread = 24;
 const kMostEvents = 96;

@@ -1,11 +1,14 @@
 // The bar that stays in view: a thumb of the frame, play, events back and forth, and the scrubber over a
 // profile of the run in which the events are marked.
 import {h, icon} from './dom.js';
-import {knownKind, neighbourEvent} from './event_list.js';
+import {knownKind} from './events.js';
 import {sentence} from './figures.js';
 import {onTheme, themed} from './theme.js';
 
 const kEventReach = 6;  // pixels within which a click on the profile means the event
+// A film with time stamps keeps its own time, or a part of it.
+const kSpeeds = [[0.1, '0.1×'], [0.25, '0.25×'], [0.5, '0.5×'], [1, '1×'], [2, '2×'], [4, '4×']];
+const kRates = [1, 2, 5, 15, 30].map(rate => [rate, `${rate}/s`]);
 const kThumb = {
   labels: 0.7,
   faces: false,
@@ -22,6 +25,8 @@ export class Dock {
         h('button', {type: 'button', class: 'icon-button', id, 'aria-label': label, title: label, onclick},
           icon(name));
     this.play_ = button('play', 'Play', 'play', () => player.toggle());
+    this.loop_ = button('loop', 'Loop the range (L)', 'loop', () => this.toggleLoop());
+    this.loop_.setAttribute('aria-pressed', false);
     this.scrubber = h('input', {
       type: 'range',
       id: 'scrubber',
@@ -46,15 +51,22 @@ export class Dock {
         h('section', {class: 'dock', 'aria-label': 'Scrubber'}, this.thumb_,
           h('div', {class: 'buttons'},
             button('previous-event', 'Previous event', 'previous', () => this.jump(-1)), this.play_,
-            button('next-event', 'Next event', 'next', () => this.jump(1))),
+            button('next-event', 'Next event', 'next', () => this.jump(1)), this.loop_),
           h('div', {class: 'track'}, this.profile_, this.scrubber), this.where_, this.speed_(), this.live_);
     player.onPlay(playing => this.showPlaying_(playing));
     new ResizeObserver(() => this.drawProfile_()).observe(this.profile_);
     onTheme(() => this.drawProfile_());
+    report.eventFilter.onChange(() => this.drawProfile_());
+    report.range.onChange(() => this.drawProfile_());
+  }
+
+  toggleLoop() {
+    this.player_.loop = !this.player_.loop;
+    this.loop_.setAttribute('aria-pressed', this.player_.loop);
   }
 
   jump(direction) {
-    const frame = neighbourEvent(this.report_, this.player_.index, direction);
+    const frame = this.report_.eventFilter.neighbour(this.player_.index, direction);
     if (frame !== null) this.player_.go(frame);
   }
 
@@ -79,14 +91,14 @@ export class Dock {
   speed_() {
     const select =
         h('select', {
-          'aria-label': 'Frames a second',
+          'aria-label': this.player_.timed ? 'Speed' : 'Frames a second',
           class: 'speed',
           onchange: event => {
-            this.player_.perSecond = Number(event.target.value);
+            this.player_.rate = Number(event.target.value);
           }
         },
-          [2, 5, 15, 30].map(
-              rate => h('option', {value: rate, selected: rate === this.player_.perSecond}, `${rate}/s`)));
+          (this.player_.timed ? kSpeeds : kRates)
+              .map(([rate, text]) => h('option', {value: rate, selected: rate === this.player_.rate}, text)));
     return select;
   }
 
@@ -130,6 +142,14 @@ export class Dock {
       const tall = Math.max(share ?? 0, 0) / highest * (height - 8);
       context.fillRect(this.x_(frame) - step / 2, height - tall, step + 0.3, tall);
     });
+    const {range} = this.report_;
+    if (!range.whole) {
+      const [from, to] = range.frames.map(frame => this.x_(frame));
+      context.fillStyle = themed('--accent');
+      context.globalAlpha = 0.16;
+      context.fillRect(from, 0, to - from, height);
+      context.globalAlpha = 1;
+    }
     for (const {index, kind} of this.report_.events) {
       context.fillStyle = themed(`--event-${knownKind(kind)}`);
       context.fillRect(this.x_(index) - 1, 6, 2, height - 6);

@@ -33,6 +33,7 @@ const kIcons = {
       'M9 3h10a2 2 0 0 1 2 2v10h-2V5H9zM5 7h8a2 2 0 0 1 2 2v10a2 2 0 0 1-2 2H5a2 2 0 0 1-2-2V9a2 2 0 0 1 2-2zm0 2v10h8V9z',
   link:
       'M10 6H6a5 5 0 0 0 0 10h4v-2H6a3 3 0 0 1 0-6h4zM14 6h4a5 5 0 0 1 0 10h-4v-2h4a3 3 0 0 0 0-6h-4zM8 10h8v2H8z',
+  loop: 'M7 7h10v4l5-5-5-5v4H5v7h2zM17 17H7v-4l-5 5 5 5v-4h12v-7h-2z',
   pair: 'M3 5h8v14H3zm2 2v10h4V7zM13 5h8v14h-8z',
   save: 'M11 3h2v9l3.5-3.5 1.4 1.4L12 15.8 6.1 9.9l1.4-1.4L11 12zM4 18h16v2H4z',
   minus: 'M5 11h14v2H5z',

@@ -14,7 +14,7 @@ export function marksOf(report, frame) {
   const marks = [];
   if (report.failed(frame)) marks.push(['failed', 'failed']);
   if (report.gated(frame)) marks.push(['gated', 'gated']);
-  if (report.sluggish(frame)) marks.push(['sluggish', 'sluggish']);
+  if (report.sluggish(frame) && !report.alwaysSluggish) marks.push(['sluggish', 'sluggish']);
   return marks;
 }
 

@@ -13,6 +13,8 @@ const kHelp = [
   ['N / P', 'next, previous event'],
   ['+ / − / 0', 'zoom in, out, the whole frame'],
   ['Shift + arrows', 'move the zoomed picture'],
+  ['[ / ]', 'the range begins, ends here'],
+  ['L', 'loop the range'],
   ['C', 'hold other frames against this one, or end that'],
   ['F', 'full screen, Escape ends it'],
 ];
@@ -35,7 +37,7 @@ export function keysHelp(settings) {
           'Keys work on the whole page')));
 }
 
-export function listenToKeys(player, dock, viewer, pair, viewerElement, settings) {
+export function listenToKeys(player, range, dock, viewer, pair, viewerElement, settings) {
   const {zoom} = viewer;
   const shifted = {
     ArrowLeft: () => zoom.keyPan(-1, 0),
@@ -53,6 +55,9 @@ export function listenToKeys(player, dock, viewer, pair, viewerElement, settings
     '=': () => zoom.in(),
     '-': () => zoom.out(),
     0: () => zoom.fit(),
+    '[': () => range.begin(player.index),
+    ']': () => range.end(player.index),
+    l: () => dock.toggleLoop(),
     c: () => pair.toggle(),
     f: () => viewer.toggleFull(),
   };

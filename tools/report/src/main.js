@@ -22,7 +22,7 @@ import {Timelines} from './timelines.js';
 import {Viewer} from './viewer.js';
 
 function build(report) {
-  const player = new Player(report.count);
+  const player = new Player(report.count, report.range, report.frames.seconds);
   const painter = new FramePainter(report);
   const dock = new Dock(report, player, painter);
   const address = new Address(report, player), pair = new Pair(report, player);
@@ -43,7 +43,7 @@ function build(report) {
         timelines.element, sheet.element, new DataTable(report, player).element),
       dock.element);
 
-  listenToKeys(player, dock, viewer, pair, viewerSection, settings);
+  listenToKeys(player, report.range, dock, viewer, pair, viewerSection, settings);
   player.onFrame(frame => {
     viewer.render();
     dock.show(frame);
@@ -63,8 +63,7 @@ function inspector(report, player, pair) {
         {class: 'windowed figures', id: 'figures', tabindex: 0, role: 'region', 'aria-label': 'Figures'});
   const fields = new FieldTable(report, pair), events = new EventList(report, player),
         log = new LogList(report, player);
-  const {length} = report.events;
-  return new Tabs('About this frame', [
+  const tabs = new Tabs('About this frame', [
     {
       id: 'figures',
       title: 'Figures',
@@ -75,12 +74,14 @@ function inspector(report, player, pair) {
     {
       id: 'events',
       title: 'Events',
-      badge: length || null,
+      badge: () => report.events.length || null,
       element: events.element,
       show: () => events.show(player.index)
     },
     {id: 'log', title: 'Log', element: log.element, show: () => log.show(player.index)},
   ]);
+  report.eventFilter.onChange(() => tabs.count());
+  return tabs;
 }
 
 function withOrder(report, figures) {

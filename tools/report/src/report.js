@@ -2,8 +2,10 @@
 // run; their number in the source is only shown.
 import {bytesOf, unpackRuns} from './bytes.js';
 import {differenceOf} from './difference.js';
+import {Events} from './events.js';
 import {FaceOrder} from './face_order.js';
 import {clock} from './format.js';
+import {Range} from './range.js';
 import {kMeasuredBlocks, Records} from './records.js';
 
 const kFormat = 'morvale-report';
@@ -28,8 +30,9 @@ export class Report {
     this.baseline = data.baseline ? new Baseline(data.baseline, this.front) : null;
     this.difference = this.baseline ? differenceOf(this) : null;
     this.faces = new FaceOrder(this);
-    this.events = [...data.events, ...(this.difference ? this.difference.events : [])].sort(
-        (a, b) => a.index - b.index);
+    this.alwaysSluggish = mostly(this, frame => this.sluggish(frame));
+    this.eventFilter = new Events(this);
+    this.range = new Range(this.count);
   }
 
   // A frame's number in its source. Where the source passed more than once, `label` says in which pass.
@@ -70,6 +73,9 @@ export class Report {
     const given = this.frames.face_boxes?.[frame] ?? this.boxes(frame).slice(0, count);
     return given.length < count ? [] : given;
   }
+
+  // In their order, as far as they are shown.
+  get events() { return this.eventFilter.shown; }
 
   gated(frame) { return this.frames.gated[frame] !== 0; }
   failed(frame) { return this.frames.process[frame] !== 0; }
@@ -153,6 +159,13 @@ class Baseline {
   }
 
   has(frame) { return frame < this.records.count; }
+}
+
+const kMostly = 0.5, kEnough = 3;  // of the frames that asked the network
+
+function mostly({frames, count}, is) {
+  const asked = Array.from({length: count}, (_, frame) => frame).filter(frame => frames.network_ms[frame] !== null);
+  return asked.length >= kEnough && asked.filter(is).length > kMostly * asked.length;
 }
 
 // A source's numbers rise; where they do not, it passes once more.

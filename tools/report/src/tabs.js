@@ -1,7 +1,7 @@
 // A row of tabs after the usual keyboard pattern: arrows move between tabs, Tab goes into the panel.
 import {h} from './dom.js';
 
-// `panels`: {id, title, badge, element, show}; `show` runs when a panel comes up.
+// `panels`: {id, title, badge, element, show}; `badge` gives a number or null; `show` runs when a panel comes up.
 export class Tabs {
   constructor(label, panels) {
     this.panels_ = panels;
@@ -14,7 +14,7 @@ export class Tabs {
               'aria-controls': `panel-${panel.id}`,
               onclick: () => this.select(panel.id)
             },
-              panel.title, panel.badge ? h('span', {class: 'badge'}, panel.badge) : null));
+              panel.title, panel.badge ? panel.counter = h('span', {class: 'badge'}) : null));
     for (const panel of panels) {
       panel.host =
           h('div',
@@ -25,7 +25,17 @@ export class Tabs {
         'div', {class: 'tabs'},
         h('div', {role: 'tablist', 'aria-label': label, onkeydown: event => this.key_(event)}, this.buttons_),
         panels.map(panel => panel.host));
+    this.count();
     this.select(panels[0].id);
+  }
+
+  // What the badges say now.
+  count() {
+    for (const {badge, counter} of this.panels_) {
+      if (!badge) continue;
+      counter.textContent = badge() ?? '';
+      counter.hidden = badge() === null;
+    }
   }
 
   get selected() { return this.selected_; }

@@ -18,15 +18,15 @@ export class Timelines {
     this.times_ = charts(timeCharts(report));
     this.faces_ = new FaceTimelines(report, player);
     this.reset_ =
-        h('button', {type: 'button', class: 'plain', hidden: true, onclick: () => this.resetZoom_()},
+        h('button', {type: 'button', class: 'plain', hidden: true, onclick: () => report.range.clear()},
           'Whole run');
+    this.where_ = h('p', {class: 'quiet', id: 'range', role: 'status'});
     this.element =
         h('section', {'aria-labelledby': 'timelines-heading'},
           h('div', {class: 'section-head'}, h('h2', {id: 'timelines-heading'}, 'Over time'),
-            h('p', {class: 'quiet'}, 'Click a chart to go to that frame, drag to zoom.'), this.reset_),
+            h('p', {class: 'quiet'}, 'Click a chart to go to that frame, drag to zoom.'), this.where_, this.reset_),
           row(this.people_), row(this.times_), this.faces_.element);
-    this.element.addEventListener('mouseup', () => requestAnimationFrame(() => this.offerReset_()));
-    this.element.addEventListener('dblclick', () => requestAnimationFrame(() => this.offerReset_()));
+    report.range.onChange(() => this.tellRange_());
   }
 
   show(frame) {
@@ -35,11 +35,10 @@ export class Timelines {
 
   all_() { return [...this.people_, ...this.times_, ...this.faces_.charts]; }
 
-  offerReset_() { this.reset_.hidden = !this.all_().some(chart => chart.zoomed); }
-
-  resetZoom_() {
-    for (const chart of this.all_()) chart.resetZoom();
-    this.offerReset_();
+  tellRange_() {
+    const {range} = this.report_, [from, to] = range.frames.map(frame => this.report_.label(frame));
+    this.reset_.hidden = range.whole;
+    this.where_.textContent = range.whole ? '' : `Frames ${from} to ${to}; figures and statistics are of these.`;
   }
 }
 
@@ -108,14 +107,13 @@ function gridChart(report) {
 }
 
 function timeCharts(report) {
-  const chart = (title, note, values, colour, lines) => ({
+  const chart = (title, values, colour, limits = []) => ({
     title,
     unit: 'ms a frame',
-    note,
     floor: 0,
     leastRoom: 0.05,
     format: ms,
-    lines,
+    statistics: of => timeStatistics(of, limits),
     series: [{label: 'time', values, colour}]
   });
   const limit = {
@@ -123,16 +121,16 @@ function timeCharts(report) {
     label: `${report.data.sluggish_ms} ms`,
     colour: '--event-failed'
   };
-  const network = spread(networkTimes(report)), library = spread(libraryTimes(report));
-  const charts = [];
-  if (network)
-    charts.push(chart(
-        'Network time', percentileText(network), networkTimes(report), '--series-2',
-        [limit, ...percentiles(network)]));
-  if (library)
-    charts.push(chart(
-        'Library time', percentileText(library), libraryTimes(report), '--series-0', percentiles(library)));
+  const charts = [], network = networkTimes(report), library = libraryTimes(report);
+  if (spread(network)) charts.push(chart('Network time', network, '--series-2', [limit]));
+  if (spread(library)) charts.push(chart('Library time', library, '--series-0'));
   return charts;
+}
+
+function timeStatistics(values, limits) {
+  const found = spread(values);
+  return found ? {note: percentileText(found), lines: [...limits, ...percentiles(found)]} :
+                 {note: 'Not measured here.', lines: limits};
 }
 
 const percentile = (value, label, dash) => ({value, label, colour: '--muted', dash});
