@@ -220,7 +220,7 @@ class Complaints(Scenes):
         bundle = self.scene("cut", "--frames", 2, "--size", "320x240")
         truth = bundle / "truth.jsonl"
         text = truth.read_text()
-        for content, says in [(text.splitlines()[0], "1 frames"), (text[:-20], "line 2"), ("[]\n", "line 1")]:
+        for content, says in [(text.splitlines()[0] + "\n", "1 frames"), (text[:-20], "line 2"), ("[]\n", "line 1")]:
             truth.write_text(content)
             self.assert_refused("score", "--json", bundle, says=says)
         truth.unlink()
