@@ -3,8 +3,8 @@
 
 #include "common/command.h"
 #include "convert/convert_options.h"
-#include "convert/kernel_list.h"
 #include "convert/kernel_run.h"
+#include "convert/kernel_table.h"
 #include "pictures/opencv_module.h"
 
 namespace tool {

@@ -64,9 +64,9 @@ Region parse_region(const std::string& text) {
   return {numbers[0], numbers[1], numbers[2], numbers[3]};
 }
 
-Option kernel_flag(FlagBit bit, OptionTarget target, OptionRule rule = {}) {
+Option kernel_flag(std::string_view name, OptionTarget target, OptionRule rule = {}) {
   for (const FlagInfo& info : kernel_flags())
-    if (info.bit == bit) return {info.name, target, info.help, info.value, rule};
+    if (info.name == name) return {info.name, target, info.help, info.value, rule};
   throw std::logic_error("a flag is missing in the table");
 }
 
@@ -74,6 +74,7 @@ CommandLine command_line(ConvertOptions& options, Texts& texts) {
   constexpr int kFar = 1 << 20;
   constexpr Range kMargin{-kFar, kFar}, kLength{1, kFar};
   KernelFlags& flags = options.flags;
+  kernel_list::Arguments& arguments = flags.arguments;
   return {"morvale convert",
           kIntroduction,
           kExamples,
@@ -83,29 +84,29 @@ CommandLine command_line(ConvertOptions& options, Texts& texts) {
            {"--list", &options.list, "Show the kernels, nothing else"},
            {"--json", &options.json, "With --list: as JSON"},
            {"--size", &texts.size, "A raw file's size; photographs are resized to it", "WxH"},
-           kernel_flag(kMode, &flags.mode),
-           kernel_flag(kFactor, &flags.factor, Range{1, 64}),
-           kernel_flag(kTo, &texts.to),
-           kernel_flag(kRightMargin, &flags.right_margin, kMargin),
-           kernel_flag(kBottomMargin, &flags.bottom_margin, kMargin),
-           kernel_flag(kOutWidth, &flags.out_width, kLength),
-           kernel_flag(kOutHeight, &flags.out_height, kLength),
-           kernel_flag(kRegion, &texts.region),
-           kernel_flag(kSigma, &flags.sigma, Range{0, 1000}),
-           kernel_flag(kRadius, &flags.radius, Range{0, 127}),
-           kernel_flag(kBits, &flags.bits),
-           kernel_flag(kGrid, &flags.grid)}};
+           kernel_flag("--mode", &arguments.mode),
+           kernel_flag("--factor", &arguments.factor, Range{1, 64}),
+           kernel_flag("--to", &texts.to),
+           kernel_flag("--right-margin", &arguments.right_margin, kMargin),
+           kernel_flag("--bottom-margin", &arguments.bottom_margin, kMargin),
+           kernel_flag("--out-width", &arguments.out_width, kLength),
+           kernel_flag("--out-height", &arguments.out_height, kLength),
+           kernel_flag("--region", &texts.region),
+           kernel_flag("--sigma", &flags.sigma, Range{0, 1000}),
+           kernel_flag("--radius", &flags.radius, Range{0, 127}),
+           kernel_flag("--bits", &arguments.blur.bits),
+           kernel_flag("--grid", &flags.grid)}};
 }
 
 std::string hint(const std::string& name) {
   std::vector<std::string> names;
-  for (const Kernel& kernel : kernels()) names.emplace_back(kernel.name);
+  for (const Kernel& kernel : kernel_list::kKernels) names.emplace_back(kernel.name);
   const std::string meant = did_you_mean(name, names);
   return meant.empty() ? ";" : meant;
 }
 
 const Kernel& kernel_named(const std::string& name) {
-  const Kernel* kernel = find_kernel(name);
+  const Kernel* kernel = kernel_list::find(name);
   if (kernel == nullptr)
     throw UsageError("there is no kernel '" + name + "'" + hint(name) +
                      " morvale convert --list names them.");
@@ -115,10 +116,11 @@ const Kernel& kernel_named(const std::string& name) {
 void check_flags(const std::set<std::string>& all_given, const Kernel& kernel) {
   for (const FlagInfo& info : kernel_flags()) {
     const bool given = all_given.contains(info.name);
-    if (given && ((kernel.required | kernel.optional) & info.bit) == 0)
+    const bool taken = info.group == kernel.group;
+    if (given && !taken)
       throw UsageError(std::string(kernel.name) + " takes no " + info.name +
                        "; morvale convert --list shows its flags.");
-    if (!given && (kernel.required & info.bit) != 0)
+    if (!given && taken && info.required)
       throw UsageError(std::string(kernel.name) + " needs " + info.name + " " + info.value +
                        "; morvale convert --list explains it.");
   }
@@ -142,8 +144,12 @@ std::optional<ConvertOptions> parse_convert_options(int argc, char** argv) {
     throw UsageError("IN and OUT are needed behind the kernel's name; see morvale convert --help.");
   check_flags(*given, *options.kernel);
   if (texts.size) options.size = parse_size_flag("--size", *texts.size);
-  if (texts.to) options.flags.to = parse_size_flag("--to", *texts.to);
-  if (texts.region) options.flags.region = parse_region(*texts.region);
+  kernel_list::Arguments& arguments = options.flags.arguments;
+  if (texts.to) {
+    const FrameSize to = parse_size_flag("--to", *texts.to);
+    arguments.out_width = to.width, arguments.out_height = to.height;
+  }
+  if (texts.region) arguments.region = parse_region(*texts.region);
   return options;
 }
 

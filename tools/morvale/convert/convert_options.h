@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "convert/kernel_table.h"
+#include "convert/kernel_flags.h"
 
 namespace tool {
 

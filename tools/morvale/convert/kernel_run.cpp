@@ -3,13 +3,17 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 #include "common/command.h"
 #include "common/diverted_output.h"
+#include "pictures/opencv_module.h"
 
 namespace tool {
 namespace {
+
+using kernel_list::Status;
 
 /// Room behind each picture, more than any kernel reaches there: mirroring takes up to twice the width in
 /// three bytes a pixel, averaging by large ratios the ratio in rows; the checked calls watch over it.
@@ -43,26 +47,48 @@ void check_result_size(const Kernel& kernel, FrameSize in, FrameSize out) {
     throw UsageError(what + " would take more than 2 GiB; give a smaller picture.");
 }
 
-UsageError refusal(const Kernel& kernel, FrameSize in, morvale::checked::Status status) {
+UsageError refusal(const Kernel& kernel, FrameSize in, Status status) {
   std::string reason = morvale::checked::message(status);
   reason[0] = static_cast<char>(reason[0] | 0x20);  // goes on behind a colon
   return UsageError(std::string(kernel.name) + " of " + text_of(in) + ": " + reason);
 }
 
+/// The vectors hold what the arguments point to.
+Status add_blur(kernel_list::Arguments& arguments, std::vector<uint16_t>& weights, std::vector<uint8_t>& grid,
+                const KernelFlags& flags) {
+  // Three standard deviations hold all but a four-hundredth of the weight.
+  constexpr float kMostRadius = morvale::kMaxBlurRadius;
+  const auto reach = static_cast<int>(std::min(std::ceil(3 * flags.sigma), kMostRadius));
+  kernel_list::Blur& blur = arguments.blur;
+  blur.radius = flags.radius.value_or(reach);
+  weights.resize(2 * static_cast<size_t>(blur.radius) + 1);
+  blur.weights = weights;
+  const Status status = kernel_list::checked::GFilterCreation(flags.sigma, blur.radius, blur.bits, weights);
+  if (status != Status::kOk) return status;
+  grid = opencv().blur_grid(flags.grid, {arguments.width, arguments.height});
+  blur.grid = grid;
+  return status;
+}
+
 }  // namespace
 
 Picture run_kernel(const Kernel& kernel, const Picture& in, const KernelFlags& flags) {
-  const FrameSize size = kernel.result_size(in.size, flags);
+  kernel_list::Arguments arguments = arguments_of(kernel, in.size, flags);
+  const FrameSize size = result_size(kernel, arguments);
   check_result_size(kernel, in.size, size);
   Picture out = blank(kernel.gives, size);
   const int widest = std::max(in.size.width, size.width);
   const size_t result_bytes = out.bytes.size();
   const std::vector<uint8_t> source = with_last_row_repeated(in, room_behind(in, widest));
   out.bytes.resize(result_bytes + room_behind(out, widest));
+  std::vector<uint16_t> weights;
+  std::vector<uint8_t> grid;
+  Status status = Status::kOk;
+  if (kernel.group == kernel_list::Group::kBlurred) status = add_blur(arguments, weights, grid, flags);
   // One kernel prints a line on standard output by contract.
   const DivertedOutput quiet(STDOUT_FILENO);
-  const auto status = kernel.run({in.size, size, source, out.bytes, flags});
-  if (status != morvale::checked::Status::kOk) throw refusal(kernel, in.size, status);
+  if (status == Status::kOk) status = kernel.checked(source, out.bytes, arguments);
+  if (status != Status::kOk) throw refusal(kernel, in.size, status);
   out.bytes.resize(result_bytes);
   return out;
 }

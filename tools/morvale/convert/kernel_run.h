@@ -1,6 +1,7 @@
 #pragma once
 
-#include "convert/kernel_table.h"
+#include "convert/kernel_flags.h"
+#include "pictures/picture.h"
 
 namespace tool {
 

@@ -6,7 +6,7 @@
 #include "common/command.h"
 #include "common/command_line.h"
 #include "common/options.h"
-#include "convert/kernel_table.h"
+#include "kernel_list/kernel_list.h"
 
 namespace tool {
 namespace {
@@ -37,7 +37,7 @@ Offer offer_of(const ArgumentHelp& argument) {
     offer.folders |= folders.contains(part);
   }
   if (argument.name == "KERNEL")
-    for (const Kernel& kernel : kernels()) offer.words.emplace_back(kernel.name);
+    for (const kernel_list::Kernel& kernel : kernel_list::kKernels) offer.words.emplace_back(kernel.name);
   // All other arguments without a flag are files, or folders among them.
   if (argument.flags.empty() && offer.words.empty()) offer.files = true;
   return offer;

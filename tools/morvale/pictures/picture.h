@@ -1,5 +1,4 @@
-/// A picture in one of the layouts that the kernels take and give, as a raw file holds it: packed, nothing
-/// before, between or behind the rows.
+/// A picture in one of the layouts that the kernels take and give, as a raw file holds it.
 #pragma once
 
 #include <cstdint>
@@ -8,19 +7,12 @@
 #include <string>
 #include <vector>
 
+#include "kernel_list/layout.h"
 #include "pictures/picture_size.h"
 
 namespace tool {
 
-enum class Layout {
-  kNv21,       ///< luma rows, then (height + 1) / 2 rows of `width` bytes with V,U pairs
-  kNv12,       ///< the same, U first
-  kRgb,        ///< three bytes a pixel
-  kBgr,        ///< three bytes a pixel
-  kPlanarBgr,  ///< three planes
-  kY,          ///< one plane
-  kHsv,        ///< three float32 a pixel, of this machine's byte order
-};
+using kernel_list::Layout;
 
 /// What the layout is called in messages and tables.
 const char* name_of(Layout layout);
