@@ -7,6 +7,7 @@
 #include <morvale/morvale.h>
 #include "bench/camera.h"
 #include "bench/pictures.h"
+#include "kernel_list/kernel_list.h"
 
 namespace probe {
 namespace {
@@ -14,45 +15,75 @@ namespace {
 using bench::Bytes;
 using bench::Camera;
 using bench::ScoreMap;
+using kernel_list::Arguments;
+using kernel_list::Group;
+using kernel_list::Kernel;
+using kernel_list::named;
 
 /// Sizes with a tail behind every block width, so that the tails are counted too.
-constexpr int kWidth = 318, kHeight = 202, kPixels = kWidth * kHeight;
+constexpr int W = 318, H = 202, kPixels = W * H;
 constexpr int kMapWidth = 256, kMapHeight = 192, kMapPixels = kMapWidth * kMapHeight;
 constexpr int kSide = 64, kCells = kSide * kSide;
 
-using Image = const uint8_t*;
-
-/// A call on an NV21 picture and room for the largest result that comes from one.
-template <class Call>
-std::function<Work()> on_nv21(Call call) {
-  return [=]() -> Work {
-    const auto from = std::make_shared<Bytes>(bench::nv21_picture(kWidth, kHeight, 1));
-    const auto to = std::make_shared<Bytes>(8 * kPixels);
-    return [=] { call(from->data(), to->data()); };
-  };
+/// Every other cell is blurred.
+kernel_list::Blur usual_blur() {
+  constexpr int kRadius = 4, kBits = 8;
+  static Bytes grid(morvale::kBlurGridColumns * 8);
+  static uint16_t weights[2 * kRadius + 1];
+  for (size_t i = 0; i < grid.size(); i += 2) grid[i] = 1;
+  GFilterCreation(1.5f, kRadius, kBits, weights);
+  return {grid, weights, kRadius, kBits};
 }
 
-/// The same from three bytes a pixel.
-template <class Call>
-std::function<Work()> on_rgb(Call call) {
-  return [=]() -> Work {
-    const auto from = std::make_shared<Bytes>(bench::picture(kWidth, kHeight, 3, 1));
-    const auto to = std::make_shared<std::vector<float>>(3 * kPixels);
-    return [=] { call(from->data(), to->data()); };
-  };
+/// Planes that become larger are small.
+Arguments usual_arguments(const Kernel& kernel) {
+  const bool small = kernel.takes == kernel_list::Layout::kY && kernel.group != Group::kTurned;
+  if (kernel.group == Group::kPadded) return {W, H, W, W, 0, W - H};
+  if (kernel.group == Group::kScaled) return small ? Arguments{32, 24, 19, 15} : Arguments{W, H, 100, 76};
+  if (kernel.group == Group::kBlurred) return {.width = W, .height = 64, .blur = usual_blur()};
+  if (!small) return {W, H};
+  const kernel_list::Region region{3, 5, 40, 30};
+  return {.width = kSide,
+          .height = 48,
+          .out_width = kernel.ratio.wide * region.width,
+          .factor = 5,
+          .region = region};
 }
 
-/// From a small plane, 36 times enlarged at most.
-template <class Call>
-std::function<Work()> on_plane(Call call) {
-  return [=]() -> Work {
-    const auto from = std::make_shared<Bytes>(bench::picture(kSide, 48, 1, 1));
-    const auto to = std::make_shared<Bytes>(64 * kSide * 48);
-    return [=] { call(from->data(), to->data()); };
-  };
+Work on_picture(const Kernel& kernel, const Arguments& arguments) {
+  const int width = arguments.width, height = arguments.height;
+  const bool rgb = kernel.takes == kernel_list::Layout::kRgb || kernel.takes == kernel_list::Layout::kBgr;
+  const auto from = std::make_shared<Bytes>(rgb ? bench::picture(width, height, 3, 1)
+                                                : bench::nv21_picture(width, height, 1));
+  const auto to = std::make_shared<Bytes>(12 * kPixels);  // room for any result
+  return [=, call = bound(kernel, arguments)] { call(from->data(), to->data()); };
 }
 
-uint8_t* bytes(float* p) { return reinterpret_cast<uint8_t*>(p); }
+/// Where other arguments take another road.
+struct OtherRoad {
+  const char* name;
+  const Kernel& kernel;
+  Arguments arguments;
+};
+constexpr OtherRoad kOtherRoads[] = {
+    {"NV21toRGB_pad_right", named("NV21toRGB_pad"), {W, H, W + 33, H, 33, 0}},
+    {"resize_NV21_far", named("resize_NV21"), {W, H, 30, 19}},
+    {"resize_NV21_whole_step", named("resize_NV21"), {300, 200, 100, 50}},
+    {"resize_NV21_half_ratio", named("resize_NV21"), {300, 180, 200, 120}},
+    {"resize_NV21_half_ratio_2", named("resize_NV21"), {300, 180, 120, 72}},
+    {"resize_NV21_half_ratio_7", named("resize_NV21"), {300, 180, 40, 24}},
+    {"rotate_y_mirror", named("rotate_y"), {.width = W, .height = H, .mode = 1}},
+    {"rotate_y_opt_2", named("rotate_y_opt"), {.width = W, .height = H, .mode = 2}},
+    {"rotate_y_opt_half", named("rotate_y_opt"), {.width = W, .height = H, .mode = 1}},
+    {"rotate_NV21_2", named("rotate_NV21"), {.width = W, .height = H, .mode = 2}},
+    {"rotate_NV21_half", named("rotate_NV21"), {.width = W, .height = H, .mode = 1}},
+};
+
+Work normalise_input() {
+  const auto bytes = std::make_shared<Bytes>(bench::picture(W, H, 3, 1));
+  const auto floats = std::make_shared<std::vector<float>>(3 * 128 * 128);
+  return [=] { normalizeInput(bytes->data(), floats->data(), 128); };
+}
 
 Work smoothing(uint8_t* (*smooth)(uint8_t*, uint8_t*, void*, int)) {
   NETSIZE = kSide;
@@ -72,16 +103,6 @@ Work normalise_output() {
   const auto scores = std::make_shared<std::vector<float>>(bench::portrait().network_scores(kSide));
   const auto target = std::make_shared<Bytes>(5 * kCells);
   return [=] { normalizeOutput(scores->data(), target->data(), kSide); };
-}
-
-Work blur(decltype(GaussianBlur_Grid_Hori)* pass) {
-  const auto from = std::make_shared<Bytes>(bench::picture(kWidth, 64, 1, 1));
-  const auto to = std::make_shared<Bytes>(from->size());
-  const auto grid = std::make_shared<Bytes>(morvale::kBlurGridColumns * 8);
-  for (size_t i = 0; i < grid->size(); i += 2) (*grid)[i] = 1;
-  const auto weights = std::make_shared<std::vector<uint16_t>>(9);
-  GFilterCreation(1.5f, 4, 8, weights->data());
-  return [=] { pass(from->data(), to->data(), grid->data(), kWidth, 64, weights->data(), 4, 8); };
 }
 
 std::shared_ptr<Camera> front_camera() {
@@ -167,56 +188,9 @@ Work frame(int camera_type, const ScoreMap& map, int width, int height) {
   return [=] { camera->run_frame(picture->data()); };
 }
 
-constexpr int W = kWidth, H = kHeight;
-
-const std::vector<Job>& all_jobs() {
-  static const std::vector<Job> jobs = {
-      {"NV21toRGB", on_nv21([](Image s, uint8_t* d) { NV21toRGB(s, s + kPixels, d, W, H); })},
-      {"NV21toBGR", on_nv21([](Image s, uint8_t* d) { NV21toBGR(s, d, W, H); })},
-      {"NV21toBGR_planar", on_nv21([](Image s, uint8_t* d) {
-         uint8_t* const planes[3] = {d, d + 2 * kPixels, d + 4 * kPixels};
-         NV21toBGR_planar(s, planes, W, H);
-       })},
-      {"NV21toRGB_pad", on_nv21([](Image s, uint8_t* d) { NV21toRGB_pad(s, d, W, H, W, W, 0, W - H); })},
-      {"NV21toRGB_pad_right",
-       on_nv21([](Image s, uint8_t* d) { NV21toRGB_pad(s, d, W, H, W + 33, H, 33, 0); })},
-      {"NV21toBGR_pad", on_nv21([](Image s, uint8_t* d) { NV21toBGR_pad(s, d, W, H, W, W, 0, W - H); })},
-      {"NV12toRGB_pad", on_nv21([](Image s, uint8_t* d) { NV12toRGB_pad(s, d, W, H, W, W, 0, W - H); })},
-      {"NV21toBGR_pad_lsi",
-       on_nv21([](Image s, uint8_t* d) { NV21toBGR_pad_lsi(s, d, W, H, W, W, 0, W - H); })},
-      {"RGBtoNV21", on_rgb([](uint8_t* s, float* d) { RGBtoNV21(s, bytes(d), bytes(d) + kPixels, W, H); })},
-      {"BGRtoNV21", on_rgb([](uint8_t* s, float* d) { BGRtoNV21(s, bytes(d), W, H); })},
-      {"BGR2GRAY", on_rgb([](uint8_t* s, float* d) { BGR2GRAY(s, bytes(d), W, H); })},
-      {"BGR2HSV", on_rgb([](uint8_t* s, float* d) { BGR2HSV(s, d, W, H); })},
-      {"resize_NV21", on_nv21([](Image s, uint8_t* d) { resize_NV21(s, d, W, H, 100, 76); })},
-      {"resize_NV21_far", on_nv21([](Image s, uint8_t* d) { resize_NV21(s, d, W, H, 30, 19); })},
-      {"resize_NV21_whole_step", on_nv21([](Image s, uint8_t* d) { resize_NV21(s, d, 300, 200, 100, 50); })},
-      {"resize_NV21_half_ratio", on_nv21([](Image s, uint8_t* d) { resize_NV21(s, d, 300, 180, 200, 120); })},
-      {"resize_NV21_half_ratio_2",
-       on_nv21([](Image s, uint8_t* d) { resize_NV21(s, d, 300, 180, 120, 72); })},
-      {"resize_NV21_half_ratio_7", on_nv21([](Image s, uint8_t* d) { resize_NV21(s, d, 300, 180, 40, 24); })},
-      {"resize_NV21_2x_up", on_nv21([](Image s, uint8_t* d) { resize_NV21_2x_up(s, d, W, H); })},
-      {"resize_NV21_2x_down", on_nv21([](Image s, uint8_t* d) { resize_NV21_2x_down(s, d, W, H); })},
-      {"resize_NV21_3x_down", on_nv21([](Image s, uint8_t* d) { resize_NV21_3x_down(s, d, W, H); })},
-      {"resize_Y_1", on_plane([](Image s, uint8_t* d) { resize_Y_1(s, d, 32, 24, 19, 15); })},
-      {"resize_y_2x_up", on_plane([](Image s, uint8_t* d) { resize_y_2x_up(s, d, kSide, 48); })},
-      {"resize_y_4x_up", on_plane([](Image s, uint8_t* d) { resize_y_4x_up(s, d, kSide, 48); })},
-      {"resize_y_6x_up", on_plane([](Image s, uint8_t* d) { resize_y_6x_up(s, d, kSide, 48); })},
-      {"resize_y", on_plane([](Image s, uint8_t* d) { resize_y(s, d, kSide, 48, 5); })},
-      {"resize_y_8x_up_RR_hori",
-       on_plane([](Image s, uint8_t* d) { resize_y_8x_up_RR_hori(s, d, kSide, 3, 5, 40, 30, 320); })},
-      {"resize_y_8x_up_RR_vert",
-       on_plane([](Image s, uint8_t* d) { resize_y_8x_up_RR_vert(s, d, kSide, 3, 5, 40, 30, 40); })},
-      {"rotate_y_0", on_nv21([](Image s, uint8_t* d) { rotate_y(s, d, W, H, 0); })},
-      {"rotate_y_mirror", on_nv21([](Image s, uint8_t* d) { rotate_y(s, d, W, H, 1); })},
-      {"rotate_y_opt_2", on_nv21([](Image s, uint8_t* d) { rotate_y_opt(s, d, W, H, 2); })},
-      {"rotate_y_opt_half", on_nv21([](Image s, uint8_t* d) { rotate_y_opt(s, d, W, H, 1); })},
-      {"rotate_NV21_0", on_nv21([](Image s, uint8_t* d) { rotate_NV21(s, d, W, H, 0); })},
-      {"rotate_NV21_2", on_nv21([](Image s, uint8_t* d) { rotate_NV21(s, d, W, H, 2); })},
-      {"rotate_NV21_half", on_nv21([](Image s, uint8_t* d) { rotate_NV21(s, d, W, H, 1); })},
-      {"GaussianBlur_Grid_Hori", [] { return blur(GaussianBlur_Grid_Hori); }},
-      {"GaussianBlur_Grid_Vert", [] { return blur(GaussianBlur_Grid_Vert); }},
-      {"normalizeInput", on_rgb([](uint8_t* s, float* d) { normalizeInput(s, d, 128); })},
+std::vector<Job> all_jobs() {
+  std::vector<Job> jobs = {
+      {"normalizeInput", normalise_input},
       {"normalizeOutput", normalise_output},
       {"getOutputArr", scores_to_bytes},
       {"segmetationIIR_Front", [] { return smoothing(segmetationIIR_Front); }},
@@ -236,11 +210,18 @@ const std::vector<Job>& all_jobs() {
       {"back_frame", [] { return frame(bench::kBackCamera, bench::person(), 480, 270); }},
       {"back_frame_1920x1080", [] { return frame(bench::kBackCamera, bench::person(), 1920, 1080); }},
   };
+  for (const Kernel& kernel : kernel_list::kKernels)
+    jobs.push_back({kernel.name.data(), [&] { return on_picture(kernel, usual_arguments(kernel)); }});
+  for (const OtherRoad& road : kOtherRoads)
+    jobs.push_back({road.name, [&] { return on_picture(road.kernel, road.arguments); }});
   return jobs;
 }
 
 }  // namespace
 
-std::span<const Job> jobs() { return all_jobs(); }
+std::span<const Job> jobs() {
+  static const std::vector<Job> all = all_jobs();
+  return all;
+}
 
 }  // namespace probe
