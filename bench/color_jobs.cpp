@@ -1,14 +1,16 @@
 #include <memory>
 
-#include <morvale/morvale.h>
 #include "bench/floor.h"
 #include "bench/job.h"
 #include "bench/peers/libyuv_steps.h"
 #include "bench/peers/opencv_steps.h"
 #include "bench/pictures.h"
+#include "kernel_list/kernel_list.h"
 
 namespace bench {
 namespace {
+
+using kernel_list::named;
 
 /// The network input's picture: 256 x 192, mirrored down to a square.
 constexpr int kNetWidth = 256, kNetHeight = 192, kNetMargin = 64;
@@ -41,7 +43,7 @@ Job padded() {
       "nv21_rgb_pad_256x192",
       kRgbDiffers,
       {.of_fastest_peer = 0.45},
-      with([=](const uint8_t* s, uint8_t* d) { NV21toRGB_pad(s, d, w, h, w, w, 0, margin); }),
+      with(bound(named("NV21toRGB_pad"), {w, h, w, w, 0, margin})),
       {{"libyuv", with([=](const uint8_t* s, uint8_t* d) { yuv::nv21_to_rgb_padded(s, d, w, h, margin); })},
        {"opencv", with([=](const uint8_t* s, uint8_t* d) { ocv::nv21_to_rgb_padded(s, d, w, h, margin); })}},
       move_bytes(pixels(w, h) * 3 / 2, written)};
@@ -53,7 +55,7 @@ Job whole(int w, int h, double target) {
   return {"nv21_rgb_" + std::to_string(w) + "x" + std::to_string(h),
           kRgbDiffers,
           {.of_fastest_peer = target},
-          with([=](const uint8_t* s, uint8_t* d) { NV21toRGB(s, s + w * h, d, w, h); }),
+          with(bound(named("NV21toRGB"), {w, h})),
           {{"libyuv", with([=](const uint8_t* s, uint8_t* d) { yuv::nv21_to_rgb(s, d, w, h); })},
            {"opencv", with([=](const uint8_t* s, uint8_t* d) { ocv::nv21_to_rgb_padded(s, d, w, h, 0); })}},
           move_bytes(pixels(w, h) * 3 / 2, written)};
@@ -86,7 +88,7 @@ Job rgb_to_nv21() {
       "libyuv: 8-bit integer luma, chroma averaged over 2 x 2; OpenCV: studio range, planar and then merged; "
       "the rule: 24-bit float luma, chroma of one pixel in double precision",
       {.of_fastest_peer = 1.2},
-      with([=](const uint8_t* s, uint8_t* d) { RGBtoNV21(s, d, d + w * h, w, h); }),
+      with(bound(named("RGBtoNV21"), {w, h})),
       {{"libyuv",
         with([=](const uint8_t* s, uint8_t* d) { libyuv::RAWToJNV21(s, 3 * w, d, w, d + w * h, w, w, h); })},
        {"opencv", [=] { return opencv_rgb_nv21(w, h); }}},
@@ -99,19 +101,13 @@ Job bgr_to_grey() {
   return {"bgr_grey_1920x1080",
           "both: BT.601 weights, libyuv in 8 and OpenCV in 15 bits; the rule: BT.709 in 16 bits",
           {.of_fastest_peer = 0.75},
-          with([=](const uint8_t* s, uint8_t* d) { BGR2GRAY(s, d, w, h); }),
+          with(bound(named("BGR2GRAY"), {w, h})),
           {{"libyuv", with([=](const uint8_t* s, uint8_t* d) { libyuv::RGB24ToJ400(s, 3 * w, d, w, w, h); })},
            {"opencv", with([=](const uint8_t* s, uint8_t* d) {
               cv::Mat grey = ocv::over(d, h, w, CV_8UC1);
               cv::cvtColor(ocv::over(s, h, w, CV_8UC3), grey, cv::COLOR_BGR2GRAY);
             })}},
           move_bytes(3 * pixels(w, h), pixels(w, h))};
-}
-
-Work our_hsv(int w, int h) {
-  const auto source = std::make_shared<Bytes>(rgb(w, h));
-  const auto target = std::make_shared<std::vector<float>>(3 * pixels(w, h));
-  return [=] { BGR2HSV(source->data(), target->data(), w, h); };
 }
 
 Work opencv_hsv(int w, int h) {
@@ -129,7 +125,7 @@ Job bgr_to_hsv() {
   return {"bgr_hsv_float_1920x1080",
           "OpenCV: two passes (to float, then HSV), S in 0..1; libyuv has none",
           {.of_fastest_peer = 0.45},
-          [=] { return our_hsv(w, h); },
+          on(rgb, w, h, 12 * pixels(w, h), bound(named("BGR2HSV"), {w, h})),
           {{"opencv", [=] { return opencv_hsv(w, h); }}},
           move_bytes(3 * pixels(w, h), 12 * pixels(w, h))};
 }

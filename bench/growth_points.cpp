@@ -1,12 +1,12 @@
 /// How time grows with the work: colour and shrink with the frame, region finding with the regions.
 #include <memory>
 
-#include <morvale/morvale.h>
 #include "bench/analysis_jobs.h"
 #include "bench/frames.h"
 #include "bench/job.h"
 #include "bench/peers/libyuv_steps.h"
 #include "bench/shrink_jobs.h"
+#include "kernel_list/kernel_list.h"
 
 namespace bench {
 namespace {
@@ -33,8 +33,7 @@ GrowthPoint color(Size s) {
           pixels,
           pixels,
           pixels,
-          on_frame(s, [=](const uint8_t* from,
-                          uint8_t* to) { NV21toRGB(from, from + pixels, to, s.width, s.height); }),
+          on_frame(s, bound(kernel_list::named("NV21toRGB"), {s.width, s.height})),
           {"libyuv", on_frame(s, [=](const uint8_t* from, uint8_t* to) {
              yuv::nv21_to_rgb(from, to, s.width, s.height);
            })}};

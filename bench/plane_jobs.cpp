@@ -1,11 +1,11 @@
 #include <memory>
 
-#include <morvale/morvale.h>
 #include "bench/floor.h"
 #include "bench/job.h"
 #include "bench/peers/libyuv_steps.h"
 #include "bench/peers/opencv_steps.h"
 #include "bench/pictures.h"
+#include "kernel_list/kernel_list.h"
 
 namespace bench {
 namespace {
@@ -31,7 +31,7 @@ Job quadruple(int w, int h) {
   return {"plane_4x_up_" + std::to_string(w) + "x" + std::to_string(h) + "_five",
           "peers sample at pixel centres and round; the rule has quarter weights from the left and top pixel",
           {.of_fastest_peer = 0.08},
-          five_planes(w, h, [=](const uint8_t* s, uint8_t* d) { resize_y_4x_up(s, d, w, h); }),
+          five_planes(w, h, bound(kernel_list::named("resize_y_4x_up"), {w, h})),
           {{"libyuv", five_planes(w, h, [=](const uint8_t* s, uint8_t* d) { yuv::enlarge(s, w, h, d, 4); })},
            {"libyuv:2x2x",
             five_planes(w, h, [=](const uint8_t* s, uint8_t* d) { yuv::quadruple(s, w, h, *half, d); })},
@@ -54,7 +54,7 @@ Job grid() {
   return {"plane_bilinear_32x24_19x15",
           "both sample at pixel centres and round, the rule at the top-left corner, truncating",
           {.of_fastest_peer = 0.65},
-          with([=](const uint8_t* s, uint8_t* d) { resize_Y_1(s, d, w, h, dw, dh); }),
+          with(bound(kernel_list::named("resize_Y_1"), {w, h, dw, dh})),
           {{"libyuv", with([=](const uint8_t* s, uint8_t* d) {
               libyuv::ScalePlane(s, w, w, h, d, dw, dw, dh, libyuv::kFilterBilinear);
             })},

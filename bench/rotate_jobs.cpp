@@ -1,11 +1,11 @@
 #include <memory>
 
-#include <morvale/morvale.h>
 #include "bench/floor.h"
 #include "bench/job.h"
 #include "bench/peers/libyuv_steps.h"
 #include "bench/peers/opencv_steps.h"
 #include "bench/pictures.h"
+#include "kernel_list/kernel_list.h"
 
 namespace bench {
 namespace {
@@ -80,12 +80,11 @@ constexpr const char* kSame = "both give the very same bytes";
 Jobs rotate_jobs() {
   const auto quarter = cv::ROTATE_90_COUNTERCLOCKWISE, half = cv::ROTATE_180;
   const Way plane_floor = move_bytes(kLuma, kLuma), nv21_floor = move_bytes(kLuma * 3 / 2, kLuma * 3 / 2);
-  const auto our_plane = [](int mode) {
-    return with([=](const uint8_t* s, uint8_t* d) { rotate_y_opt(s, d, kWidth, kHeight, mode); });
+  const auto ours = [](const kernel_list::Kernel& kernel, int mode) {
+    return with(kernel_list::bound(kernel, {.width = kWidth, .height = kHeight, .mode = mode}));
   };
-  const auto our_nv21 = [](int mode) {
-    return with([=](const uint8_t* s, uint8_t* d) { rotate_NV21_opt(s, d, kWidth, kHeight, mode); });
-  };
+  const auto& plane = kernel_list::named("rotate_y_opt");
+  const auto& nv21 = kernel_list::named("rotate_NV21_opt");
   const auto libyuv_plane = [](libyuv::RotationMode mode) {
     return with([=](const uint8_t* s, uint8_t* d) { libyuv_luma(s, d, mode); });
   };
@@ -96,20 +95,20 @@ Jobs rotate_jobs() {
       {"plane_rotate90_1920x1080",
        kSame,
        {.of_fastest_peer = 0.38},
-       our_plane(kQuarter),
+       ours(plane, kQuarter),
        {{"libyuv", libyuv_plane(libyuv::kRotate270)}, {"opencv", opencv_plane(quarter)}},
        plane_floor},
       {"plane_rotate180_1920x1080",
        std::string(kSame) + "; ours writes a line to standard output at every call",
        {.of_fastest_peer = 1.00},
-       our_plane(kHalf),
+       ours(plane, kHalf),
        {{"libyuv", libyuv_plane(libyuv::kRotate180)}, {"opencv", opencv_plane(half)}},
        plane_floor},
       {"nv21_rotate90_1920x1080",
        std::string(kSame) + "; libyuv turns no interleaved chroma by a quarter: 16-bit pixels, or split and "
                             "merge",
        {.of_fastest_peer = 0.40},
-       our_nv21(kQuarter),
+       ours(nv21, kQuarter),
        {{"libyuv", libyuv_nv21_quarter()},
         {"libyuv:16", libyuv_nv21_quarter_16()},
         {"opencv", opencv_nv21(quarter)}},
@@ -117,7 +116,7 @@ Jobs rotate_jobs() {
       {"nv21_rotate180_1920x1080",
        kSame,
        {.of_fastest_peer = 1.00},
-       our_nv21(kHalf),
+       ours(nv21, kHalf),
        {{"libyuv", libyuv_nv21_half()}, {"opencv", opencv_nv21(half)}},
        nv21_floor}};
 }

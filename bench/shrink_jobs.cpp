@@ -3,11 +3,11 @@
 #include <cstring>
 #include <memory>
 
-#include <morvale/morvale.h>
 #include "bench/floor.h"
 #include "bench/frames.h"
 #include "bench/peers/libyuv_steps.h"
 #include "bench/peers/opencv_steps.h"
+#include "kernel_list/kernel_list.h"
 
 namespace bench {
 namespace {
@@ -40,9 +40,8 @@ std::vector<Peer> all_filters(ShrinkSize size, bool sampling_is_the_rule) {
 }  // namespace
 
 Way our_shrink(ShrinkSize s, size_t frames) {
-  return on_frames(s, frames, [=](const uint8_t* from, uint8_t* to) {
-    resize_NV21_opt(from, from + s.width * s.height, to, s.width, s.height, s.dst_width, s.dst_height);
-  });
+  const kernel_list::Arguments arguments{s.width, s.height, s.dst_width, s.dst_height};
+  return on_frames(s, frames, bound(kernel_list::named("resize_NV21_opt"), arguments));
 }
 
 Way libyuv_shrink(ShrinkSize s, size_t frames, libyuv::FilterMode filter) {
