@@ -1,0 +1,174 @@
+#!/usr/bin/python3 -B
+"""Seeds small faults into the library, one at a time, and asks whether the check names what differs.
+
+A fault is a changed constant, a moved edge (< for <=, ...), an exchanged sign, minimum or condition. All places
+where one could stand are known from the text; which of them are drawn depends on the seed and on the line alone, so
+that a change of the code elsewhere draws no others. A fault that the compiler refuses or that leaves its code as it
+was is none and another is drawn. faults_harmless.txt lists those that change no figure, and why.
+
+usage: faults.py SOURCE BUILD [COUNT] [SEED]    BUILD is a folder of its own, kept to be fast the next time
+"""
+
+import hashlib
+import pathlib
+import re
+import shutil
+import signal
+import subprocess
+import sys
+import threading
+import time
+
+FOLDERS = ("src/analysis", "src/core", "src/imgproc", "src/kernels")
+# The choice of the kernels, and memory: no arithmetic.
+LEFT_OUT = ("kernel_set.cpp", "processor.cpp", "processor.h", "scratch.cpp", "scratch.h", "variants.h")
+PATIENCE_SECONDS = 60  # without a fault it takes a few
+NO_FAULT = re.compile(r"prefetch|MORVALE_(DEBUG|INFO|ERROR)|printf|static_assert|^\s*#|^\s*//|\"")
+CHANGES = [
+    (r"(?<![\w.'])\d+(?![\w.'])", lambda m: str(int(m[0]) + 1)),
+    (r"(?<![\w.])\d+\.\d+(?=f?\b)", lambda m: m[0][:-1] + str((int(m[0][-1]) + 1) % 10)),
+    (r"(?<![\w.])0x[0-9a-fA-F]+\b", lambda m: hex(int(m[0], 16) ^ 1)),
+    (r" < ", lambda m: " <= "),
+    (r" <= ", lambda m: " < "),
+    (r" > ", lambda m: " >= "),
+    (r" >= ", lambda m: " > "),
+    (r" \+ ", lambda m: " - "),
+    (r" - ", lambda m: " + "),
+    (r" && ", lambda m: " || "),
+    (r" \|\| ", lambda m: " && "),
+    (r"std::min\b", lambda m: "std::max"),
+    (r"std::max\b", lambda m: "std::min"),
+]
+
+
+class Fault:
+    def __init__(self, path, number, line, match, change):
+        self.path, self.number, self.line = path, number, line
+        self.changed = line[: match.start()] + change(match) + line[match.end() :]
+
+    def key(self, seed):
+        text = f"{seed}|{self.path}|{self.line.strip()}|{self.changed.strip()}"
+        return hashlib.sha256(text.encode()).hexdigest()
+
+    def harmless_line(self):
+        return f"{self.path}: {self.changed.strip()}"
+
+    def __str__(self):
+        return f"{self.path}:{self.number}: {self.line.strip()}\n    -> {self.changed.strip()}"
+
+
+def possible_faults(source):
+    for folder in FOLDERS:
+        for path in sorted((source / folder).iterdir()):
+            if path.suffix not in (".cpp", ".h") or path.name in LEFT_OUT:
+                continue
+            for number, line in enumerate(path.read_text().splitlines(), 1):
+                if NO_FAULT.search(line):
+                    continue
+                code = line.split("//")[0]
+                for pattern, change in CHANGES:
+                    for match in re.finditer(pattern, code):
+                        yield Fault(path.relative_to(source).as_posix(), number, line, match, change)
+
+
+def harmless(file):
+    lines = file.read_text().splitlines() if file.exists() else []
+    return {line.strip() for line in lines if line.strip() and not line.startswith("#")}
+
+
+class Tree:
+    """A copy of the sources with a build of the check beside it."""
+
+    def __init__(self, source, folder):
+        self.copy, self.build = folder / "tree", folder / "build"
+        self.program = self.build / "tools/selfcheck/morvale_selfcheck"
+        shutil.rmtree(self.copy, ignore_errors=True)
+        names = subprocess.run(["git", "ls-files", "-co", "--exclude-standard"], cwd=source, check=True,
+                               capture_output=True, text=True).stdout.split()
+        for name in names:
+            (self.copy / name).parent.mkdir(parents=True, exist_ok=True)
+            if (source / name).exists():
+                shutil.copy(source / name, self.copy / name)  # with a new time: a former fault may stand compiled
+        subprocess.run(["cmake", "-S", self.copy, "-B", self.build, "-G", "Ninja", "-DMORVALE_TOOLS=OFF",
+                        "-DBUILD_TESTING=OFF", "-DCMAKE_CXX_FLAGS=-O1 -w", "-DCMAKE_BUILD_TYPE=None"],
+                       check=True, stdout=subprocess.DEVNULL)
+        if not self.make() or self.run()[0] != 0:
+            sys.exit("faults.py: the check does not pass without a fault")
+        self.runnable = [line.split()[0] for line in self.run()[1].splitlines()]
+        self.clean = self.code()
+
+    def make(self):
+        done = subprocess.run(["cmake", "--build", self.build, "--target", "morvale_selfcheck"], capture_output=True)
+        return done.returncode == 0
+
+    def run(self):
+        """The exit status of the check and what it printed, up to the first set of kernels that fails."""
+        said = ""
+        with subprocess.Popen([self.program], stdout=subprocess.PIPE, text=True, errors="replace") as check:
+            patience = threading.Timer(PATIENCE_SECONDS, check.send_signal, [signal.SIGALRM])  # it says where it is
+            patience.start()
+            for line in check.stdout:
+                said += line
+                if "FAILED" in line:
+                    check.kill()
+            patience.cancel()
+        return check.returncode, said
+
+    def code(self):
+        """Digests of the object files that the check can run."""
+        digests = {}
+        for file in sorted((self.build / "src").rglob("*.o")):
+            variant = re.search(r"morvale_kernels_(\w+)\.dir", file.as_posix())
+            if variant is None or variant[1] in self.runnable:
+                digests[file] = hashlib.sha256(file.read_bytes()).hexdigest()
+        return digests
+
+    def outcome(self, fault):
+        """What the check says of the fault, or None when it is none."""
+        file = self.copy / fault.path
+        text = file.read_text()
+        lines = text.splitlines(keepends=True)
+        lines[fault.number - 1] = fault.changed + "\n"
+        file.write_text("".join(lines))
+        try:
+            if not self.make() or self.code() == self.clean:
+                return None
+            status, said = self.run()
+        finally:
+            file.write_text(text)
+        if "FAILED" in said:
+            return said.split("FAILED: ")[1].splitlines()[0]
+        return "" if status == 0 else f"NOT NAMED: exit status {status}"
+
+
+def main(source, build, count=100, seed=1):
+    source, count = pathlib.Path(source).resolve(), int(count)
+    known = harmless(pathlib.Path(__file__).with_name("faults_harmless.txt"))
+    start = time.monotonic()
+    drawn = sorted(possible_faults(source), key=lambda fault: fault.key(seed))
+    if stale := known - {fault.harmless_line() for fault in drawn}:
+        sys.exit("faults.py: no longer a seed, but in faults_harmless.txt:\n" + "\n".join(sorted(stale)))
+    tree = Tree(source, pathlib.Path(build).resolve())
+    print(f"{len(drawn)} places for a fault, seed {seed}")
+    named, missed = 0, []
+    for fault in drawn:
+        if named + len(missed) == count:
+            break
+        if fault.harmless_line() in known:
+            continue
+        said = tree.outcome(fault)
+        if said is None:
+            continue
+        if said and not said.startswith("NOT NAMED"):
+            named += 1
+        else:
+            missed.append(fault)
+        print(f"{fault}\n    {said or 'NOT NAMED: the check passes'}", flush=True)
+    print(f"{named} of {named + len(missed)} faults named, {time.monotonic() - start:.0f} s")
+    return 0 if not missed else 1
+
+
+if __name__ == "__main__":
+    if len(sys.argv) < 3:
+        sys.exit(__doc__)
+    sys.exit(main(*sys.argv[1:]))
