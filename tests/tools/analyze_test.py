@@ -8,11 +8,13 @@ import json
 import os
 import pathlib
 import random
+import re
 import struct
 import subprocess
 import sys
 import tempfile
 import unittest
+import urllib.parse
 import zlib
 
 PROGRAM = os.environ.get("MORVALE_PROGRAM", "build/tools/morvale/morvale")
@@ -307,6 +309,18 @@ class WithNetwork(InFolder):
             width, height = struct.unpack(">II", runs[0][2][0][16:24])
             self.assertTrue(1000 <= width <= 1400 and height >= 600, (width, height))
             self.assertEqual([json.loads(line)["frameCount"] for line in runs[0][1].splitlines()], [1, 2, 3])
+
+    def test_many_photographs_have_an_index(self):
+        files = [self.file(name, grey_png(64, 48)) for name in ["a b#1.png", "c<i>.png"]]
+        out = self.folder / "out"
+        done = analyze("--faces", "none", "--out", out, *files, VEXA_ENGINE="fixed")
+        self.assertEqual(done.returncode, 0, done.stderr)
+        index = (out / "index.html").read_text()
+        links = re.findall(r'href="([^"]*png)"', index)
+        self.assertEqual(links, ["./a%20b%231_front.png", "./c%3Ci%3E_front.png"])
+        self.assertIn("<h2>c&lt;i&gt;.png</h2>", index)
+        for link in links:
+            self.assertTrue((out / urllib.parse.unquote(link)).exists(), link)
 
     def test_the_trace_has_every_frame(self):
         self.frames("--trace", self.folder / "trace.json", "--repeat", 2, HOPPER, ASTRONAUT)

@@ -345,6 +345,10 @@ class Outputs(Replays):
                          [("0", ", all"), ("1", ", all"), ("2", ", all"), ("3", "; 1 not"), ("4", ", all")])
         self.assertEqual(sorted(path.parent.name for path in self.folder.glob("reports/*/report.html")),
                          [f"scene{seed}" for seed in range(5)])
+        index = (self.folder / "reports/index.html").read_text()
+        self.assertEqual(re.findall(r'href="\./(scene\d/report\.html)"', index), [f"scene{seed}/report.html" for seed in range(5)])
+        self.assertEqual([index.count('<li class="bad">'), index.count("<li>"), index.count("data:image/jpeg")], [1, 4, 5])
+        self.assertIn("4 frames; 1 not as recorded, the first: frame 0", index)
         done = morvale("replay", "--jobs", 2, "--format", "csv", *scenes[:2])
         self.assertEqual([line[:6] for line in done.stdout.splitlines()].count(b"input,"), 1, "one heading for all")
         self.refused("into the same folder", scenes[0], str(scenes[0]) + "/", "--report", self.folder / "r")

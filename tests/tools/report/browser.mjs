@@ -20,7 +20,7 @@ export function launch() {
 
 // Opens a page and waits until its first frame is drawn. `complaints` gathers what must not be.
 export async function open(
-    browser, file, {width = 1280, height = 900, theme = 'light', script, hash = ''} = {}) {
+    browser, file, {width = 1280, height = 900, theme = 'light', script, hash = '', drawn = '#stage[data-frame]'} = {}) {
   const context =
       await browser.newContext({viewport: {width, height}, colorScheme: theme, reducedMotion: 'reduce'});
   const page = await context.newPage();
@@ -32,7 +32,7 @@ export async function open(
   });
   if (script) await page.addInitScript(script);
   await page.goto(pathToFileURL(file).href + hash);
-  await page.waitForSelector('#stage[data-frame]');
+  await page.waitForSelector(drawn);
   return {page, complaints, close: () => context.close()};
 }
 

@@ -1,5 +1,6 @@
 // The page in a real browser. MORVALE_REPORT_TEMPLATE names the built template (made here where it is not
-// set); MORVALE_REPORT_HTML, a list with commas, adds whole reports to the checks that hold for every report.
+// set); MORVALE_REPORT_HTML, a list with commas, adds whole reports to the checks that hold for every report;
+// MORVALE_REPORT_INDEX is an index of reports.
 import assert from 'node:assert/strict';
 import {execFileSync} from 'node:child_process';
 import {mkdtempSync, readdirSync, readFileSync, rmSync} from 'node:fs';
@@ -875,6 +876,24 @@ test('the least a run can hold: one frame, no face, no picture, nothing analysed
     if (file === idle) assert.match(await tab.textContent('.sentence'), /not analysed/);
     await close();
   }
+});
+
+test('an index leads to its reports', {skip: !process.env.MORVALE_REPORT_INDEX}, async () => {
+  const {page: tab, complaints, close} =
+      await open(browser, process.env.MORVALE_REPORT_INDEX, {width: 360, theme: 'dark', drawn: 'li img'});
+  assert.ok(await fits(tab));
+  await tab.evaluate(readFileSync(require.resolve('axe-core/axe.min.js'), 'utf8'));
+  const {violations} = await tab.evaluate('axe.run({resultTypes: ["violations"]})');
+  assert.deepEqual(violations.map(({id}) => id), []);
+  const cards = await tab.$$eval('li', list => list.map(card => card.innerText));
+  assert.match(cards[0], /front\s+40 frames, all records as recorded\.\s+40 frames, front camera, 640 × 480/);
+  assert.match(cards[1], /back\s+40 frames, all records as recorded\.\s+40 frames, back camera/);
+  assert.ok(await tab.$$eval('img', list => list.every(image => image.naturalWidth > 100)));
+  await tab.click('text=back');
+  await tab.waitForSelector('#stage[data-frame]');
+  assert.equal(await tab.textContent('h1'), 'back');
+  assert.deepEqual(complaints, []);
+  await close();
 });
 
 test(

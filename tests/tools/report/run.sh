@@ -14,5 +14,8 @@ done
 "$program" scene --out "$work/other" --people 2 --frames 38 --motion walk --light warm >/dev/null
 "$program" diff --report "$work/report_diff" "$work/front" "$work/other" >/dev/null || test $? = 1
 
+"$program" replay --jobs 2 --format none --report "$work/reports" "$work/front" "$work/back"
+export MORVALE_REPORT_INDEX=$work/reports/index.html
+
 export MORVALE_REPORT_HTML=$work/report_front/report.html,$work/report_back/report.html,$work/report_diff/report.html
 node --test "$(dirname "$0")"/*.test.mjs

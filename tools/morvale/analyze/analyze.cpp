@@ -13,6 +13,7 @@
 #include "common/name_list.h"
 #include "common/progress.h"
 #include "pictures/opencv_module.h"
+#include "report/index_page.h"
 #include "service/camera_service.h"
 #include "service/faces.h"
 #include "service/report_text.h"
@@ -74,6 +75,8 @@ class Analysis {
     for (const std::string& path : options_.inputs)
       if (const std::optional<Frame> frame = read(path)) analyze(*frame);
     if (!options_.trace.empty()) trace_.write(options_.trace);
+    if (options_.inputs.size() > 1 && !drawn_.empty())
+      write_index(options_.out, std::to_string(drawn_.size()) + " pictures", drawn_);
     if (unusable_.empty()) return failed_ ? kExitFailed : kExitDone;
     complain(std::to_string(unusable_.size()) + " of " + std::to_string(options_.inputs.size()) +
              " inputs could not be read: " + name_list(unusable_) + ".");
@@ -121,7 +124,20 @@ class Analysis {
   void draw(const Frame& frame, int index, const FrameReport& report) {
     const std::vector<uint8_t> png = opencv().annotated_png(frame, index, report);
     make_folder(options_.out);
-    write_file(picture_path(options_, frame.input, index), png);
+    const fs::path picture = picture_path(options_, frame.input, index);
+    write_file(picture, png);
+    drawn_.push_back(entry_of(picture.filename().string(), frame, report));
+  }
+
+  static IndexEntry entry_of(const std::string& picture, const Frame& frame, const FrameReport& report) {
+    const size_t boxes = report.person_boxes.size();
+    IndexEntry entry{fs::path(frame.input).filename().string(), picture, picture, /*good=*/true, {}};
+    entry.facts.push_back(std::to_string(boxes) + (boxes == 1 ? " person box" : " person boxes"));
+    entry.facts.push_back("ver " + std::to_string(report.record.ver) + ", " +
+                          std::to_string(report.record.humanRatio) + " % " +
+                          (report.camera == Camera::kFront ? "person" : "body"));
+    entry.facts.push_back(std::to_string(frame.width) + " × " + std::to_string(frame.height));
+    return entry;
   }
 
   void note_failure(const Frame& frame, int index) {
@@ -145,6 +161,7 @@ class Analysis {
   DivertedOutput data_;
   Progress progress_;
   Trace trace_;
+  std::vector<IndexEntry> drawn_;  ///< for the index of many photographs
   bool failed_ = false;
   std::vector<std::string> unusable_;
 };

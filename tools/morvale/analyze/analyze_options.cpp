@@ -17,7 +17,7 @@ constexpr const char* kExamples = R"(Examples:
   morvale analyze portrait.jpg
       One line of JSON; a cascade plays the camera's face detector.
   morvale analyze --out pictures --format table *.jpg
-      A table, and an annotated picture pictures/NAME_front.png for each photograph.
+      A table, an annotated picture pictures/NAME_front.png for each photograph, and pictures/index.html with all.
   morvale analyze --camera back --out pictures street.png
       The back camera's analysis: person box, 19 x 15 occupancy grid.
   morvale analyze dump_1920x1080_s2048.nv21
@@ -59,7 +59,8 @@ CommandLine command_line(AnalyzeOptions& options, Texts& texts) {
        {"--cascade", &options.cascade, "The cascade of --faces auto (default: frontalface_alt2)", "FILE"},
        {"--model-dir", &options.model_dir,
         "Folder of the network (default: $VEXA_MODEL_DIR, else ~/.cache/morvale/network)", "DIR"},
-       {"--out", &options.out, "Write an annotated PNG a frame into this folder", "DIR"},
+       {"--out", &options.out,
+        "Write an annotated PNG a frame into this folder; of several inputs an index.html too", "DIR"},
        {"--size", &texts.size, "A raw frame's size; photographs are resized to it", "WxH"},
        {"--crop", &texts.crop, "Cut this shape out of every frame: the library takes no other shape whole",
         "4:3|16:9"},

@@ -18,6 +18,7 @@
 #include "common/progress.h"
 #include "replay/replay_lines.h"
 #include "replay/replay_run.h"
+#include "report/index_page.h"
 
 namespace tool {
 namespace {
@@ -55,7 +56,8 @@ struct Job {
   pid_t process = -1;
   std::FILE* output = nullptr;
   std::FILE* words = nullptr;
-  int status = -1;  ///< -1: still running
+  int status = -1;   ///< -1: still running
+  std::string said;  ///< its words, once they are passed on
 };
 
 [[noreturn]] void run_child(const ReplayOptions& options, const Job& job) {
@@ -91,13 +93,42 @@ Job start(const ReplayOptions& options, const std::string& input) {
   return job;
 }
 
-void pour(std::FILE* from, std::FILE* to) {
+void pour(std::FILE* from, std::FILE* to, std::string* copy = nullptr) {
   char bytes[1 << 16];
   std::rewind(from);
-  for (size_t count; (count = std::fread(bytes, 1, sizeof bytes, from)) > 0;)
+  for (size_t count; (count = std::fread(bytes, 1, sizeof bytes, from)) > 0;) {
+    if (copy != nullptr) copy->append(bytes, count);
     if (std::fwrite(bytes, 1, count, to) != count) throw RunError("the output cannot be written.");
+  }
   std::fclose(from);
   if (std::fflush(to) != 0) throw RunError("the output cannot be written.");
+}
+
+/// The sentence in which a replay says how it went.
+std::string closing_words(const Job& job, const std::string& input) {
+  const size_t begin = job.said.rfind("morvale: " + input + ": ");
+  if (begin == std::string::npos) return job.status == kExitDone ? "" : "failed";
+  const size_t from = begin + 9 + input.size() + 2;
+  return job.said.substr(from, job.said.find('\n', from) - from);
+}
+
+/// One page that leads to all reports.
+void write_report_index(const ReplayOptions& options, const std::vector<Job>& jobs) {
+  constexpr size_t kPictures = 12'000'000;  // bytes; behind many reports the last have none here
+  std::vector<IndexEntry> entries;
+  size_t taken = 0;
+  for (size_t at = 0; at < jobs.size(); ++at) {
+    IndexEntry entry = entry_of_report(options.report, base_name(options.inputs[at]));
+    entry.good = jobs[at].status == kExitDone;
+    const std::string words = closing_words(jobs[at], options.inputs[at]);
+    taken += entry.picture.size();
+    if (taken > kPictures) entry.picture.clear();
+    if (!words.empty()) entry.facts.insert(entry.facts.begin(), words);
+    entries.push_back(std::move(entry));
+  }
+  if (!fs::is_directory(options.report)) return;  // not one of them came to a frame
+  write_index(options.report, std::to_string(entries.size()) + " reports", entries);
+  std::fprintf(stderr, "morvale: the index is %s.\n", (fs::path(options.report) / "index.html").c_str());
 }
 
 /// Waits for any of them to end. Asked to stop, it passes the wish on: a terminal's Ctrl-C reaches all of
@@ -146,12 +177,13 @@ int replay_many(const ReplayOptions& options) {
     wait_for_one(jobs);
     for (; poured < jobs.size() && jobs[poured].status >= 0; ++poured) {
       progress.clear();
-      pour(jobs[poured].words, stderr);
+      pour(jobs[poured].words, stderr, &jobs[poured].said);
       pour(jobs[poured].output, stdout);
       highest = std::max(highest, jobs[poured].status);
       if (jobs[poured].status != kExitDone) failed.push_back(options.inputs[poured]);
     }
   }
+  if (!options.report.empty()) write_report_index(options, jobs);
   if (!failed.empty())
     complain(std::to_string(failed.size()) + " of " + std::to_string(options.inputs.size()) +
              " inputs did not end well: " + name_list(failed) + ".");
