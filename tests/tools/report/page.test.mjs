@@ -306,6 +306,7 @@ test('a click on a chart goes to that frame, a drag zooms all charts', async () 
   assert.deepEqual(await places(), whole.map(() => 'out'), 'frame 10 is outside of every chart');
   const network = '.chart:has-text("Network time")';
   assert.match(await tab.textContent('#range'), /Frames 1\d\d to 1\d\d; /);
+  assert.match(await tab.getAttribute('.plot', 'aria-label'), /humanRatio 4[01] % to (49|50) %, mean 4\d/);
   assert.match(await tab.textContent(`${network} .chart-note`), /max 1[23]\.\d+ ms over 1\d frames/, 'of the range');
   await tab.click('text=Whole run');
   await tab.waitForSelector('text=Whole run', {state: 'hidden'});
