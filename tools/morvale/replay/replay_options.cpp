@@ -28,7 +28,8 @@ Examples:
   morvale replay --pan portrait.jpg --record pan --report pan_report
       A camera that pans and zooms over a photograph for 120 frames, recorded and shown.
   morvale replay --jobs 4 --report out --format none recordings/*
-      Every recording in a process of its own, four at a time; reports in out/NAME/.
+      Every recording in a process of its own, four at a time; reports in out/NAME/, and out/index.html
+      leads to them.
   morvale replay --trace trace.json session-0001
       The stages of each frame, for https://ui.perfetto.dev.
 

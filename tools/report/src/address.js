@@ -3,7 +3,7 @@
 import {copy} from './clipboard.js';
 import {h, icon} from './dom.js';
 
-const kRest = 200;      // ms: browsers refuse a page that rewrites its address at every frame of a film
+const kRest = 350;      // ms: some browsers take a hundred addresses in 30 s, and refuse the next
 const kToldFor = 1500;  // ms
 
 export class Address {
