@@ -10,7 +10,8 @@ set(CMAKE_CXX_COMPILER_TARGET aarch64-linux-android30)
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
 set(CMAKE_CXX_FLAGS_INIT
   "-nostdinc++ -isystem /usr/lib/llvm-14/include/c++/v1 -isystem /usr/aarch64-linux-gnu/include")
-set(CMAKE_SHARED_LINKER_FLAGS_INIT "-nostdlib -fuse-ld=lld")
+# (Of that folder only the empty libdl.a is taken.)
+set(CMAKE_SHARED_LINKER_FLAGS_INIT "-nostdlib -fuse-ld=lld -L/usr/aarch64-linux-gnu/lib")
 
 set(MORVALE_ARM64_LIBCXX "$ENV{MORVALE_ARM64_LIBCXX}" CACHE PATH "Folder of libc++.so.1 for 64-bit Arm")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "--target=aarch64-linux-gnu -fuse-ld=lld -nostdlib++ -L${MORVALE_ARM64_LIBCXX} \
