@@ -126,12 +126,12 @@ TEST_F(RuntimeTest, OutputLivesUntilTheNextRunAndASecondRunSeesItsOwnInput) {
 
 TEST_F(RuntimeTest, OpenRefusesModelsThatDoNotFit) {
   const std::vector<std::pair<std::string, std::string>> cases{
-      {"absent", "no model file"},        {"garbage", "not an ONNX model"},
-      {"longest", "larger than 256 MiB"}, {"oblong_input", "1x128x256x3"},
-      {"batch_of_two", "2x128x128x3"},    {"small", "1x8x8x3, not 1x256x256x3 or"},
-      {"giant", "1x33920x33920x3"},       {"coarse_output", "1x16x16x5"},
-      {"six_labels", "1x32x32x6"},        {"untrue_output", "1x16x16x5"},
-      {"cut_off", "not an ONNX model"},   {"input_name", "no tensor MobilenetV2"},
+      {"absent", "no model file"},         {"garbage", "not an ONNX model"},
+      {"longest", "larger than 256 MiB"},  {"oblong_input", "1x128x256x3"},
+      {"batch_of_two", "2x128x128x3"},     {"small", "1x8x8x3, not 1x256x256x3 or"},
+      {"giant", "1x33920x33920x3"},        {"coarse_output", "1x16x16x5"},
+      {"six_labels", "1x32x32x6"},         {"untrue_output", "1x16x16x5"},
+      {"cut_off", "not an ONNX model"},    {"input_name", "no tensor MobilenetV2"},
       {"output_name", "no tensor logits"}, {"named_256_wrongly", "takes 1x128x128x3 and not"}};
   for (const auto& [model, reason] : cases) {
     EXPECT_EQ(open(model), 1) << model;

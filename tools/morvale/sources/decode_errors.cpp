@@ -31,8 +31,8 @@ bool is_decoder(void* speaker) {
 }
 
 /// What is heard in the reader's own thread is about the frame it waits for. Beside it several decoders work
-/// on frames in turn, each on its next one only after all others had theirs: within that time it speaks of the
-/// same frame.
+/// on frames in turn, each on its next one only after all others had theirs: within that time it speaks of
+/// the same frame.
 void hear(void* speaker, int level, const char*, va_list) {
   if (level > kErrorLevel || !is_decoder(speaker)) return;
   const std::lock_guard lock(guard);
