@@ -10,8 +10,9 @@ set(CMAKE_CXX_COMPILER_TARGET aarch64-linux-android30)
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
 set(CMAKE_CXX_FLAGS_INIT
   "-nostdinc++ -isystem /usr/lib/llvm-14/include/c++/v1 -isystem /usr/aarch64-linux-gnu/include")
-# (Of that folder only the empty libdl.a is taken.)
-set(CMAKE_SHARED_LINKER_FLAGS_INIT "-nostdlib -fuse-ld=lld -L/usr/aarch64-linux-gnu/lib")
+set(CMAKE_SHARED_LINKER_FLAGS_INIT "-nostdlib -fuse-ld=lld")
+# For the empty libdl.a. Not among the flags above: a build folder would keep those that it was first made with.
+add_link_options(-L/usr/aarch64-linux-gnu/lib)
 
 set(MORVALE_ARM64_LIBCXX "$ENV{MORVALE_ARM64_LIBCXX}" CACHE PATH "Folder of libc++.so.1 for 64-bit Arm")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "--target=aarch64-linux-gnu -fuse-ld=lld -nostdlib++ -L${MORVALE_ARM64_LIBCXX} \
