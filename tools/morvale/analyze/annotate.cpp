@@ -25,7 +25,7 @@ constexpr double kPanelWidth = 400;
 constexpr double kPictureRoomWidth = 760, kPictureRoomHeight = 780;
 constexpr double kSmallestPictureColumn = 560;  ///< leaves room for the legend below a narrow picture
 
-const Color kPaper(250, 251, 251), kInk(48, 40, 36), kQuiet(128, 118, 112);
+const Color kPaper(250, 251, 251);
 const Color kCameraFace(255, 255, 255), kFoundFace(66, 228, 240), kPersonBox(0, 94, 213),
     kGridLine(255, 255, 255), kNotAnalysed(190, 190, 190);
 

@@ -9,6 +9,8 @@ namespace tool {
 
 using Color = cv::Scalar;  ///< B, G, R
 
+const Color kInk(48, 40, 36), kQuiet(128, 118, 112);
+
 /// Of "#rrggbb".
 Color color_of(const std::string& hex);
 

@@ -12,8 +12,7 @@
 namespace tool {
 namespace {
 
-const Color kInk(48, 40, 36), kQuiet(128, 118, 112), kRule(218, 213, 210), kBar(178, 114, 0),
-    kGridEmpty(236, 232, 230);
+const Color kRule(218, 213, 210), kBar(178, 114, 0), kGridEmpty(236, 232, 230);
 
 std::string number(double value) {
   char text[32];

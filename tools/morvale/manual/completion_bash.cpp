@@ -3,7 +3,7 @@
 namespace tool {
 namespace {
 
-constexpr const char* kHead = R"bash(# Completes morvale in bash. Made by `morvale completion bash`.
+constexpr const char* kBashHead = R"bash(# Completes morvale in bash. Made by `morvale completion bash`.
 )bash";
 
 /// The script is this and three tables in front of it. It needs no other package: bash-completion's helpers
@@ -135,7 +135,7 @@ std::string bash_completion(const std::vector<CommandHelp>& commands) {
     values += value_entries(command);
     places += place_entries(command);
   }
-  return kHead +
+  return kBashHead +
          function("_morvale_commands", "What may stand first, where $1 stands now.", "$1",
                   entry("-*", "--help --version") + entry("*", joined(names))) +
          function("_morvale_flags", "The flags of the command $1.", "$1", flags) +

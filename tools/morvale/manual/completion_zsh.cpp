@@ -3,7 +3,7 @@
 namespace tool {
 namespace {
 
-constexpr const char* kHead = R"zsh(#compdef morvale
+constexpr const char* kZshHead = R"zsh(#compdef morvale
 # Completes morvale in zsh. Made by `morvale completion zsh`.
 
 _morvale_words_or_files() {
@@ -106,7 +106,7 @@ std::string zsh_completion(const std::vector<CommandHelp>& commands) {
     list += "    " + shell_quoted(escaped(command.name) + ":" + escaped(command.summary)) + "\n";
     cases += command_case(command);
   }
-  return kHead + list + kCommands + cases + kTail;
+  return kZshHead + list + kCommands + cases + kTail;
 }
 
 }  // namespace tool

@@ -7,7 +7,6 @@
 namespace tool {
 namespace {
 
-constexpr int kMeasuredBlocks = 3;  ///< only the first three blocks of a front record carry a face
 constexpr const char* kChannels[] = {"hue, degrees", "saturation, 0 to 255", "value, 0 to 255"};
 
 std::string indexed(const std::string& name, int index) { return name + "[" + std::to_string(index) + "]"; }

@@ -18,6 +18,8 @@ struct RecordField {
   const std::string& meaning(Camera camera) const { return camera == Camera::kFront ? front : back; }
 };
 
+constexpr int kMeasuredBlocks = 3;  ///< only the first three blocks of a front record carry a face
+
 constexpr size_t kRecordWords = sizeof(PersonWholeMeta) / sizeof(int32_t);
 
 /// In the order of the record's bytes, one for each of its 72 words.

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "service/record_fields.h"
 #include "service/shape_notes.h"
 #include "session/json.h"
 #include "session/printable.h"
@@ -11,11 +12,8 @@
 namespace tool {
 namespace {
 
-using morvale::session::printable;
-
 using morvale::session::Json;
-
-constexpr int kMeasuredBlocks = 3;  ///< only the first three blocks of a front record carry a face
+using morvale::session::printable;
 
 Json json_of(const FaceRect& box) { return {{"x", box.x}, {"y", box.y}, {"w", box.w}, {"h", box.h}}; }
 
