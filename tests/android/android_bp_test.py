@@ -83,7 +83,8 @@ def compiled(source, commands, wanted):
     files = set()
     for command in commands:
         target = re.search(r" -o \S*?(\w+)\.dir/", command["command"])
-        if target and target[1] == wanted:
+        precompiled = command["file"].endswith("cmake_pch.hxx.cxx")  # CMake's own
+        if target and target[1] == wanted and not precompiled:
             files.add(pathlib.Path(command["file"]).relative_to(source).as_posix())
     return files
 
