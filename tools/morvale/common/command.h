@@ -26,6 +26,7 @@ constexpr ExitMeaning kExitMeanings[] = {
     {kExitDone, "done"},
     {kExitFailed, "failed (compare and diff: different)"},
     {kExitUsage, "the command line or a file cannot be used"},
+    {kExitInterrupted, "stopped by Ctrl-C"},
 };
 
 /// A subcommand as main finds it. Completion and manual take theirs from the same list.
