@@ -84,7 +84,7 @@ TEST_F(SmallInput, AFaceListHasALengthAndWholeNumbers) {
       {file("twice.json", R"([{"x": 1, "x": 2, "w": 3, "h": 4}])"), "holds \"x\" twice"},
   };
   for (const auto& [path, words] : cases) {
-    const auto read = [&] { return refusal([&] { make_face_source(path, "", {"a.png"}); }); };
+    const auto read = [file = path] { return refusal([&] { make_face_source(file, "", {"a.png"}); }); };
     EXPECT_NE(read().find(words), std::string::npos) << path << ": " << read();
     EXPECT_LT(peak_mib(read), kSmall) << path;
   }
