@@ -10,8 +10,8 @@
 #include "common/atomic_file.h"
 #include "common/command.h"
 #include "common/diverted_output.h"
-#include "common/name_list.h"
 #include "common/progress.h"
+#include "common/words.h"
 #include "pictures/opencv_module.h"
 #include "report/index_page.h"
 #include "service/camera_service.h"
@@ -130,9 +130,8 @@ class Analysis {
   }
 
   static IndexEntry entry_of(const std::string& picture, const Frame& frame, const FrameReport& report) {
-    const size_t boxes = report.person_boxes.size();
     IndexEntry entry{fs::path(frame.input).filename().string(), picture, picture, /*good=*/true, {}};
-    entry.facts.push_back(std::to_string(boxes) + (boxes == 1 ? " person box" : " person boxes"));
+    entry.facts.push_back(counted(report.person_boxes.size(), "person box", "person boxes"));
     entry.facts.push_back("ver " + std::to_string(report.record.ver) + ", " +
                           std::to_string(report.record.humanRatio) + " % " +
                           (report.camera == Camera::kFront ? "person" : "body"));

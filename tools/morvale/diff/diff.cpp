@@ -8,6 +8,7 @@
 #include "common/command.h"
 #include "common/command_line.h"
 #include "common/options.h"
+#include "common/words.h"
 #include "diff/diff_page.h"
 #include "diff/diff_records.h"
 #include "diff/diff_session.h"
@@ -130,13 +131,9 @@ std::string extra_frames_text(const RecordSource& a, const RecordSource& b) {
   return "only " + name + " has frames " + std::to_string(fewer) + " to " + last + "\n";
 }
 
-std::string plural(int count, const char* noun) {
-  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
-}
-
 std::string side_text(const char* name, const RecordSource& source) {
   std::string text = std::string(name) + "  " + morvale::session::printable(source.name) + ": " +
-                     plural(source.frame_count(), "frame");
+                     counted(source.records.size(), "frame");
   if (const auto camera = source.camera())
     text += *camera == Camera::kFront ? ", front camera" : ", back camera";
   if (source.bundle && !source.bundle->warning().empty()) text += " (" + source.bundle->warning() + ")";
@@ -146,7 +143,7 @@ std::string side_text(const char* name, const RecordSource& source) {
 std::string records_text(const Difference& difference) {
   const RecordsDiff& records = difference.records;
   const std::string text = extra_frames_text(difference.a, difference.b);
-  const std::string compared = plural(records.compared, "record");
+  const std::string compared = counted(static_cast<size_t>(records.compared), "record");
   if (records.first) {
     return text + first_text(*records.first) + std::to_string(records.differing_frames) + " of " + compared +
            (records.differing_frames == 1 ? " differs:\n" : " differ:\n") + field_table(records.fields);

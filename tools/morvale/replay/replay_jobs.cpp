@@ -14,11 +14,12 @@
 #include "common/command.h"
 #include "common/command_line.h"
 #include "common/interrupt.h"
-#include "common/name_list.h"
 #include "common/progress.h"
+#include "common/words.h"
 #include "replay/replay_lines.h"
 #include "replay/replay_run.h"
 #include "report/index_page.h"
+#include "session/printable.h"
 
 namespace tool {
 namespace {
@@ -106,9 +107,10 @@ void pour(std::FILE* from, std::FILE* to, std::string* copy = nullptr) {
 
 /// The sentence in which a replay says how it went.
 std::string closing_words(const Job& job, const std::string& input) {
-  const size_t begin = job.said.rfind("morvale: " + input + ": ");
+  const std::string opening = "morvale: " + morvale::session::printable(input) + ": ";
+  const size_t begin = job.said.rfind(opening);
   if (begin == std::string::npos) return job.status == kExitDone ? "" : "failed";
-  const size_t from = begin + 9 + input.size() + 2;
+  const size_t from = begin + opening.size();
   return job.said.substr(from, job.said.find('\n', from) - from);
 }
 
@@ -128,7 +130,7 @@ void write_report_index(const ReplayOptions& options, const std::vector<Job>& jo
   }
   if (!fs::is_directory(options.report)) return;  // not one of them came to a frame
   write_index(options.report, std::to_string(entries.size()) + " reports", entries);
-  std::fprintf(stderr, "morvale: the index is %s.\n", (fs::path(options.report) / "index.html").c_str());
+  complain("the index is " + (fs::path(options.report) / "index.html").string() + ".");
 }
 
 /// Waits for any of them to end. Asked to stop, it passes the wish on: a terminal's Ctrl-C reaches all of

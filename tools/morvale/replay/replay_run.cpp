@@ -11,8 +11,8 @@
 #include "common/command.h"
 #include "common/diverted_output.h"
 #include "common/interrupt.h"
-#include "common/name_list.h"
 #include "common/progress.h"
+#include "common/words.h"
 #include "pictures/opencv_module.h"
 #include "replay/replay_outputs.h"
 #include "service/faces.h"
@@ -254,7 +254,7 @@ class Replay {
 
   /// The closing words on standard error, and the exit status.
   int sum_up(int frames) const {
-    const std::string count = std::to_string(frames) + (frames == 1 ? " frame" : " frames");
+    const std::string count = counted(static_cast<size_t>(frames), "frame");
     std::string text = plan_.input + ": " + count;
     int status = kExitDone;
     if (comparison_ && comparison_->first()) {

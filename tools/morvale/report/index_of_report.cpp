@@ -3,6 +3,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "common/words.h"
 #include "report/index_page.h"
 #include "session/json.h"
 
@@ -19,10 +20,6 @@ Json data_of(const std::filesystem::path& file) {
   const std::string html = std::move(text).str();
   const size_t begin = html.find('>', html.find("id=\"report-data\"")) + 1;
   return morvale::session::parse_json(std::string_view(html).substr(begin, html.find('<', begin) - begin));
-}
-
-std::string count_of(size_t count, const std::string& what) {
-  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
 std::string events_text(const Json& data) {
@@ -48,7 +45,7 @@ std::string people_text(const Json& frames) {
     known = true;
     most = std::max(most, boxes.elements().size());
   }
-  return known ? std::to_string(most) + (most == 1 ? " person box" : " person boxes") + " at most" : "";
+  return known ? counted(most, "person box", "person boxes") + " at most" : "";
 }
 
 /// The picture in the middle of the run.
@@ -68,7 +65,7 @@ IndexEntry entry_of_report(const std::filesystem::path& folder, const std::strin
     const Json data = data_of(folder / link);
     const Json& frames = data.at("frames");
     const Json& shape = data.at("geometries").elements().at(0);
-    entry.facts.push_back(count_of(frames.at("number").elements().size(), "frame") + ", " +
+    entry.facts.push_back(counted(frames.at("number").elements().size(), "frame") + ", " +
                           data.at("camera").text() + " camera, " + std::to_string(shape.at("width").int32()) +
                           " × " + std::to_string(shape.at("height").int32()));
     for (const std::string& fact : {people_text(frames), events_text(data)})

@@ -190,8 +190,7 @@ struct ReportPage::Content {
 
   /// As many pictures and scores as the page has room for beside everything else.
   void put_files(Json& data) {
-    constexpr size_t kPlaces =
-        40;  ///< a frame's numbers of its picture and its scores, quotes and padding around them
+    constexpr size_t kPlaces = 40;  ///< a frame's numbers of its files, quotes and padding around them
     const size_t taken =
         report_template().size() + script_text(data).size() + kPlaces * number.elements().size();
     const size_t room =
@@ -203,17 +202,19 @@ struct ReportPage::Content {
     const size_t sides = baseline_pictures.files().empty() ? 1 : 2;
     baseline_pictures.fit(left / sides * (sides - 1));
     pictures.fit(left / sides);
-    put_files(data["frames"], data, "picture", pictures);
-    put_files(data["frames"], data, "scores", scores);
-    if (sides == 2) put_files(data["baseline"], data["baseline"], "picture", baseline_pictures);
+    put_files(data["frames"], "picture", data, "pictures", pictures);
+    put_files(data["frames"], "scores", data, "scores", scores);
+    if (sides == 2) put_files(data["baseline"], "picture", data["baseline"], "pictures", baseline_pictures);
   }
 
-  static void put_files(Json& frames, Json& data, const std::string& name, const ThinnedFiles& files) {
+  /// The files under `list` of `all`, and for each frame which of them is its own.
+  static void put_files(Json& frames, const char* place_name, Json& all, const char* list,
+                        const ThinnedFiles& files) {
     Json places = Json::array(), texts = Json::array();
     for (const auto& place : files.places()) places.push_back(place ? Json(*place) : Json(nullptr));
     for (const Bytes& file : files.files()) texts.push_back(base64(file));
-    frames[name] = places;
-    data[name == "picture" ? "pictures" : name] = texts;
+    frames[place_name] = places;
+    all[list] = texts;
   }
 
   Json data() {

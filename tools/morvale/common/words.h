@@ -1,10 +1,16 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <string>
 #include <vector>
 
 namespace tool {
+
+/// "1 frame", "2 frames"; `many` where an s does not do.
+inline std::string counted(size_t count, const std::string& one, const std::string& many = "") {
+  return std::to_string(count) + " " + (count == 1 ? one : many.empty() ? one + "s" : many);
+}
 
 /// "a.png, b.png and 7 more".
 inline std::string name_list(const std::vector<std::string>& names) {
