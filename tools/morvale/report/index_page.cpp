@@ -87,8 +87,8 @@ std::string html_of(const IndexEntry& entry) {
 void write_index(const std::filesystem::path& folder, const std::string& heading,
                  const std::vector<IndexEntry>& entries) {
   const std::string title = html_text(heading);
-  std::string page = std::string(kHead) + "<title>" + title + "</title>\n</head>\n<body>\n<main>\n<h1>" +
-                     title + "</h1>\n<ul>\n";
+  std::string page(kHead);
+  page += "<title>" + title + "</title>\n</head>\n<body>\n<main>\n<h1>" + title + "</h1>\n<ul>\n";
   for (const IndexEntry& entry : entries) page += html_of(entry);
   page += "</ul>\n</main>\n</body>\n</html>\n";
   write_file(folder / "index.html", {page.begin(), page.end()});
