@@ -42,8 +42,9 @@ int64_t classify(const uint8_t* const* planes, uint8_t* foreground, const BitRow
 
 /// The mask's summed-area table (F. C. Crow, "Summed-area tables for texture mapping", 1984), which nothing
 /// here needs but tools look at. A row is the row above plus the pixels so far. Eight at a time: bits become
-/// bytes of 0 and 1, and their product with eight ones holds the running sums.
-void sum_areas(const BitRows& mask, int32_t* table) {
+/// bytes of 0 and 1, and their product with eight ones holds the running sums: what passes the word's top is
+/// of no byte.
+MORVALE_WRAPS void sum_areas(const BitRows& mask, int32_t* table) {
   constexpr uint64_t kOnes = 0x0101010101010101, kDiagonal = 0x8040201008040201;
   for (int y = 0; y < mask.height; ++y) {
     int32_t* row = table + static_cast<ptrdiff_t>(y) * mask.width;

@@ -107,9 +107,8 @@ def main(source, commands):
     for _, module in blueprint.modules:
         for folder in module.get("local_include_dirs", []) + module.get("export_include_dirs", []):
             expand(source, [folder + "/*"])
-        for file in [module.get("version_script"), module.get("sanitize", {}).get("blocklist")]:
-            if file:
-                expand(source, [file])
+        if "version_script" in module:
+            expand(source, [module["version_script"]])
     return status
 
 
