@@ -15,6 +15,9 @@ if(MORVALE_SANITIZE)
   add_compile_options(${sanitizers})
   add_link_options(${sanitizers})
 endif()
+if(MORVALE_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link,float-cast-overflow)
+endif()
 
 # Headers that most files of a target include, read once: two thirds of a small file's compilation are its headers.
 # ccache keeps nothing that is compiled with them, so not with ccache; a build with it also proves that no file leans on
