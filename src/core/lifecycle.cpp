@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
+#include <utility>
 #include <vector>
 
 #include <morvale/core/globals.h>
@@ -131,7 +132,7 @@ int MorvaleCore::Morvale_core_setModel(int cameraType) {
 
   const Model& model = cameraType == kFrontCamera ? kFrontModel : kBackModel;
   MORVALE_DEBUG("[Morvale] cameraType  %d in %s", cameraType, model.side);
-  const vexa::VexaOptionsV2 options = open_options(model);
+  vexa::VexaOptionsV2 options = open_options(model);
   // Until the new model is open no frame may run, and no analysis on a map of the former model's size: also
   // when one of the allocations below fails.
   status = -1;
@@ -151,7 +152,7 @@ int MorvaleCore::Morvale_core_setModel(int cameraType) {
   input.shape = {1, PADSIZE, PADSIZE, 3};
   input.tail0 = 0;
   input.tail1 = 1;
-  status = open_session(options);
+  status = open_session(std::move(options));  // a copy could fail with a session half open
 
   // The time is taken afresh for each message; callers read both.
   MORVALE_DEBUG("[MORVALE] qc x7 capture Model init Time %lld  status %d ", elapsed(), status);

@@ -1,5 +1,7 @@
 #include "core/session.h"
 
+#include <utility>
+
 #include <morvale/core/globals.h>
 #include "core/scores.h"
 #include "platform/clock.h"
@@ -32,10 +34,10 @@ void empty_lists() {
 
 }  // namespace
 
-MORVALE_CALLS_RUNTIME int32_t open_session(const vexa::VexaOptionsV2& options) {
+MORVALE_CALLS_RUNTIME int32_t open_session(vexa::VexaOptionsV2 options) {
   session_ = CreateVexaSession();
   destroyed = nullptr;  // the runtime may have given the same address again
-  return session_ != nullptr ? session_->open(options) : kOpenFailed;
+  return session_ != nullptr ? session_->open(std::move(options)) : kOpenFailed;
 }
 
 MORVALE_CALLS_RUNTIME const float* run_session(float* pixels) {

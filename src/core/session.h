@@ -11,7 +11,7 @@ namespace morvale {
 
 /// Creates a session and opens it. Returns what open returned, kOpenFailed when there is no session.
 constexpr int32_t kOpenFailed = 1;
-int32_t open_session(const vexa::VexaOptionsV2& options);
+int32_t open_session(vexa::VexaOptionsV2 options);
 
 /// Runs the session on `pixels`. Returns the scores of all NETSIZE x NETSIZE cells, or null when the run
 /// failed, left no scores or too few. The scores are the runtime's memory and outlive the descriptors.

@@ -1,8 +1,11 @@
 /// How often the library allocates: once in Morvale_process in the steady state, for the copy of the input's
-/// shape. An executable of its own, since it replaces operator new.
+/// shape. And what becomes of each allocation that fails. An executable of its own, since it replaces
+/// operator new.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <cstring>
+#include <functional>
 #include <new>
 #include <vector>
 
@@ -12,6 +15,9 @@ namespace {
 
 bool counting = false;
 int allocations = 0;
+int to_fail = 0;  ///< which of the counted allocations fails; 0: none
+long living = 0;  ///< blocks of the whole process
+int sessions = 0;
 
 /// Its own allocations are the runtime's business and not counted.
 class QuietSession final : public vexa::VexaSession {
@@ -26,7 +32,10 @@ class QuietSession final : public vexa::VexaSession {
   int32_t execute(std::vector<vexa::DataBuffer>&, std::vector<vexa::DataBuffer>& outputs) override {
     const bool was_counting = counting;
     counting = false;
-    scores_.resize(64 * 64 * 5, 1.0f);
+    scores_.resize(64 * 64 * 5, -10.0f);
+    for (int y = 8; y < 20; ++y) {  // a face
+      for (int x = 8; x < 20; ++x) scores_[static_cast<size_t>((y * NETSIZE + x) * 5 + 2)] = 10.0f;
+    }
     outputs.push_back({scores_.data(), {1, NETSIZE, NETSIZE, 5}});
     counting = was_counting;
     return 0;
@@ -61,25 +70,122 @@ TEST(Allocation, ProcessAllocatesOnlyTheCopyOfTheInputShape) {
   }
 }
 
+/// A session of every entry point that may allocate, and what it leaves.
+class Session {
+ public:
+  explicit Session(int camera) : frame_(640 * 480 * 3 / 2, 90) {
+    record_.cameraType = camera;
+    record_.width = 640;
+    record_.height = 480;
+    record_.yPlane = record_.uvPlane = frame_.data();
+    record_.faceCount = 1;
+    record_.faces[0] = {60, 50, 200, 200};
+    calls_ = {[&] { return core_.Morvale_core_init(&record_); },
+              [&] { return core_.Morvale_core_setModel(record_.cameraType); }};
+    for (int i = 0; i < 4; ++i) {
+      calls_.emplace_back([&] { return core_.Morvale_process(); });
+      calls_.emplace_back([&] { return core_.Morvale_core_afterProcss(); });
+    }
+    calls_.emplace_back([&] { return core_.Morvale_core_getresult(&left.result), human_boxes(); });
+    calls_.emplace_back([&] { return core_.Morvale_core_deinit(); });
+  }
+
+  /// Makes all calls, one that throws once more. Returns how many threw.
+  int run() {
+    int thrown = 0;
+    for (const auto& call : calls_) {
+      const auto make = [&] {
+        counting = true;
+        const int status = call();
+        counting = false;
+        left.statuses.push_back(status);
+      };
+      try {
+        make();
+      } catch (const std::bad_alloc&) {
+        counting = false;
+        ++thrown;
+        make();
+      }
+    }
+    return thrown;
+  }
+
+  struct Left {
+    std::vector<int> statuses;
+    PersonWholeMeta result{};
+    FaceRect box{};
+    bool operator==(const Left& other) const {
+      return statuses == other.statuses && std::memcmp(&result, &other.result, sizeof result) == 0 &&
+             std::memcmp(&box, &other.box, sizeof box) == 0;
+    }
+  } left;
+
+ private:
+  /// The one allocating call that no camera makes.
+  int human_boxes() {
+    uint8_t* p = frame_.data();
+    core_.DL_Human_Calc(p, p + 4096, p, p + 4096, p, p, nullptr, nullptr, mask_, 64, 48, 1);
+    left.box = core_.personBoxes[0];
+    return core_.personCount;
+  }
+
+  std::vector<uint8_t> frame_;
+  uint8_t mask_[64 * 48] = {};
+  MorvaleData_t record_{};
+  MorvaleCore core_;
+  std::vector<std::function<int()>> calls_;
+};
+
+/// A call that throws has changed nothing for the next one: made again it does what it would have done, and
+/// the session ends with the same words, no block and no runtime session left behind.
+TEST(Allocation, AfterEachOneThatFailsTheSessionGoesOn) {
+  for (const int camera : {16, 0}) {
+    Session warm(camera);
+    EXPECT_EQ(warm.run(), 0);
+    for (to_fail = 1;; ++to_fail) {
+      const long before = living;
+      int thrown = 0;
+      {
+        Session session(camera);
+        allocations = 0;
+        thrown = session.run();
+        EXPECT_TRUE(session.left == warm.left) << "allocation " << to_fail << ", camera " << camera;
+      }
+      EXPECT_EQ(living, before) << "allocation " << to_fail << ", camera " << camera;
+      EXPECT_EQ(sessions, 0) << "allocation " << to_fail << ", camera " << camera;
+      sessions = 0;
+      if (thrown == 0) break;
+    }
+    EXPECT_GT(to_fail, 10);
+    to_fail = 0;
+  }
+}
+
 }  // namespace
 
 // Not inlined: GCC would see malloc behind new and free behind delete, and take the pair for a mistake.
 #define MORVALE_REPLACED __attribute__((noinline))
 MORVALE_REPLACED void* operator new(std::size_t size) {
   allocations += counting;
-  if (void* memory = std::malloc(size)) return memory;
+  const bool fails = counting && allocations == to_fail;
+  if (void* memory = fails ? nullptr : std::malloc(size)) return ++living, memory;
   throw std::bad_alloc();
 }
 MORVALE_REPLACED void* operator new[](std::size_t size) { return operator new(size); }
-MORVALE_REPLACED void operator delete(void* memory) noexcept { std::free(memory); }
-MORVALE_REPLACED void operator delete[](void* memory) noexcept { std::free(memory); }
-MORVALE_REPLACED void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-MORVALE_REPLACED void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+MORVALE_REPLACED void operator delete(void* memory) noexcept {
+  living -= memory != nullptr;
+  std::free(memory);
+}
+MORVALE_REPLACED void operator delete[](void* memory) noexcept { operator delete(memory); }
+MORVALE_REPLACED void operator delete(void* memory, std::size_t) noexcept { operator delete(memory); }
+MORVALE_REPLACED void operator delete[](void* memory, std::size_t) noexcept { operator delete(memory); }
 
 extern "C" {
 vexa::VexaSession* CreateVexaSession() {
   static QuietSession session;
+  ++sessions;
   return &session;
 }
-void DestroyVexaSession(vexa::VexaSession*) {}
+void DestroyVexaSession(vexa::VexaSession*) { --sessions; }
 }
