@@ -1,5 +1,9 @@
 /// The runtime session: what is handed to a run, what its answers come to, and its end.
 #include <climits>
+#include <cstring>
+#include <functional>
+#include <limits>
+#include <optional>
 
 #include "fakes/core_fixture.h"
 
@@ -115,6 +119,62 @@ TEST_F(Session, ARunOf31MillisecondsIsReportedButCounts) {
     EXPECT_EQ(core_.frameCount, 1u);
     EXPECT_EQ(core_.status, 0);
     EXPECT_EQ(front_slot(1)[0], 255);
+  }
+}
+
+/// One answer in a session of 60 frames goes wrong, at every place: that frame fails, or counts with what it
+/// got, and the last one's record is as if nothing had been.
+TEST_F(Session, AFaultAtAnyFrameIsThatFramesAlone) {
+  constexpr int kFrames = 60;
+  const float kNan = std::numeric_limits<float>::quiet_NaN(),
+              kInfinity = std::numeric_limits<float>::infinity();
+  struct Fault {
+    const char* why;
+    int result;
+    std::function<void(fakes::Platform&)> set;
+  };
+  const Fault faults[] = {{"none", 0, [](auto&) {}},
+                          {"a failure", -1, [](auto& p) { p.execute_result = 1; }},
+                          {"a negative failure", -1, [](auto& p) { p.execute_result = INT_MIN; }},
+                          {"no output", -1, [](auto& p) { p.output = fakes::Output::kNone; }},
+                          {"no data", -1, [](auto& p) { p.output = fakes::Output::kNullData; }},
+                          {"a short answer", -1,
+                           [](auto& p) {
+                             p.shape = {1, NETSIZE, NETSIZE, 4};
+                           }},
+                          {"another shape", 0,
+                           [](auto& p) {
+                             p.shape = {5, NETSIZE * NETSIZE};
+                           }},
+                          {"31 ms", 0, [](auto& p) { p.execute_us = 31'000; }},
+                          {"no numbers", 0, [=](auto& p) { std::ranges::fill(p.logits, kNan); }},
+                          {"infinity", 0, [=](auto& p) { std::ranges::fill(p.logits, kInfinity); }},
+                          {"minus infinity", 0, [=](auto& p) { std::ranges::fill(p.logits, -kInfinity); }}};
+  for (const int camera : {0, 16}) {
+    std::optional<PersonWholeMeta> expected;
+    for (const Fault& fault : faults) {
+      for (int faulty = 0; faulty < kFrames; faulty += camera == 0 ? 1 : 7) {
+        SCOPED_TRACE(testing::Message() << fault.why << " at frame " << faulty << ", camera " << camera);
+        platform() = {};
+        start(camera);
+        set_frame(64, 48, 100);
+        answer(ScoreMap(NETSIZE, NETSIZE, {255, 0, 0, 0, 0}).paint(8, 4, 12, 12, {0, 0, 255, 0, 0}));
+        const fakes::Platform steady = platform();
+        for (int frame = 0; frame < kFrames; ++frame) {
+          if (frame == faulty) fault.set(platform());
+          const uint32_t counted = core_.frameCount;
+          const int result = core_.Morvale_process();
+          ASSERT_EQ(result, frame == faulty ? fault.result : 0) << "frame " << frame;
+          ASSERT_EQ(core_.frameCount, counted + (result == 0 ? 1 : 0)) << "frame " << frame;
+          core_.Morvale_core_afterProcss();
+          if (frame == faulty) platform() = steady;
+        }
+        if (!expected) expected = core_.result;
+        const bool settled = faulty < kFrames - 20;
+        ASSERT_TRUE(!settled || std::memcmp(&core_.result, &*expected, sizeof *expected) == 0);
+        core_.Morvale_core_deinit();
+      }
+    }
   }
 }
 
