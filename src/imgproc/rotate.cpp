@@ -15,33 +15,6 @@ struct Size {
   int width, height;
 };
 
-/// A pixel's place in the destination.
-struct Place {
-  int column, row;
-};
-
-Size turned(Size s, Turn turn) {
-  const bool upright = turn == Turn::kMirror || turn == Turn::kHalf;
-  return upright ? s : Size{s.height, s.width};
-}
-
-Place destination(int x, int y, Size s, Turn turn) {
-  const int right = s.width - 1 - x, up = s.height - 1 - y;
-  switch (turn) {
-    case Turn::kClockwise:
-      return {up, x};
-    case Turn::kClockwiseMirrored:
-      return {up, right};
-    case Turn::kCounterClockwise:
-      return {y, right};
-    case Turn::kMirror:
-      return {x, up};
-    case Turn::kHalf:
-      break;
-  }
-  return {right, up};
-}
-
 /// A quarter turn is a transposition with the rows of one side or both taken from the last one up.
 void turn_quarter(const uint8_t* src, uint8_t* dst, Size size, int sample, Turn turn) {
   ptrdiff_t src_stride = ptrdiff_t{size.width} * sample, dst_stride = ptrdiff_t{size.height} * sample;
@@ -78,10 +51,23 @@ void turn_plane(const uint8_t* src, uint8_t* dst, Size size, Turn turn) {
   turn_samples(src, dst, size, 1, turn);
 }
 
+/// A pixel's place in the destination.
+struct Place {
+  int column, row;
+};
+
+/// The three ways in which a whole picture is turned.
+Place destination(int x, int y, Size s, Turn turn) {
+  const int right = s.width - 1 - x, up = s.height - 1 - y;
+  if (turn == Turn::kClockwise) return {up, x};
+  if (turn == Turn::kCounterClockwise) return {y, right};
+  return {right, up};
+}
+
 /// Copies the chroma pair of every luma pixel, row by row. With odd sizes a pair is reached from several
 /// source pairs, and this order decides which of them stays.
 void turn_odd_chroma(const uint8_t* src, uint8_t* dst, Size size, Turn turn) {
-  const ptrdiff_t stride = turned(size, turn).width;
+  const ptrdiff_t stride = turn == Turn::kHalf ? size.width : size.height;
   for (int y = 0; y < size.height; ++y) {
     const uint8_t* row = src + static_cast<ptrdiff_t>(y / 2) * size.width;
     for (int x = 0; x < size.width; ++x) {
