@@ -198,9 +198,20 @@ TEST_F(Segmentation, DumpImageWritesExactlyItsBytes) {
   EXPECT_TRUE(fakes::platform().log.empty());
 }
 
-TEST(SegmentationDeathTest, AMissingInputFileEndsTheProcess) {
-  uint8_t buffer[16];
-  EXPECT_EXIT(loadInputData(buffer, 16), testing::ExitedWithCode(1), "");
+TEST_F(Segmentation, TheInputFileIsReadWholeOrTheProcessEnds) {
+  const std::string path = testing::TempDir() + "morvale_inarray_test.raw";
+  const auto ends = testing::ExitedWithCode(1);
+  uint8_t buffer[16] = {};
+  fakes::platform().input_file = path;
+  EXPECT_EXIT(loadInputData(buffer, 16), ends, "") << "no file";
+  std::ofstream(path, std::ios::binary).flush();
+  EXPECT_EXIT(loadInputData(buffer, 16), ends, "") << "an empty file";
+  std::ofstream(path, std::ios::binary) << "abc";
+  EXPECT_EQ(loadInputData(buffer, 1), 0) << "the size is ignored";
+  EXPECT_EQ(std::string(reinterpret_cast<char*>(buffer), 5), std::string("abc\0", 5));
+  std::remove(path.c_str());
+  fakes::platform().input_file = "/";
+  EXPECT_EXIT(loadInputData(buffer, 16), ends, "") << "a folder, which has a length and cannot be read";
 }
 
 }  // namespace

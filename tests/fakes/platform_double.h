@@ -39,6 +39,9 @@ struct Platform {
   // The clock stands still unless a script moves it.
   int64_t clock_us = 1'700'000'000'000'000;
 
+  // Opened in place of /data/vendor/camera/inarray.raw.
+  std::string input_file;
+
   // The sections of the system trace, "+" and their names where they begin, "-" where one ends.
   std::vector<std::string> trace;
 

@@ -51,6 +51,7 @@ TEST(Regions, FoundAsByPixels) {
       if (HasFatalFailure()) break;
     }
   }
+  EXPECT_FALSE(use_kernels("none"));
   use_kernels(used);
 }
 
