@@ -18,6 +18,10 @@ endif()
 if(MORVALE_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link,float-cast-overflow)
 endif()
+if(MORVALE_COVERAGE)
+  add_compile_options(-fprofile-instr-generate -fcoverage-mapping)
+  add_link_options(-fprofile-instr-generate)
+endif()
 
 # Headers that most files of a target include, read once: two thirds of a small file's compilation are its headers.
 # ccache keeps nothing that is compiled with them, so not with ccache; a build with it also proves that no file leans on

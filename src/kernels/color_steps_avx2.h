@@ -15,6 +15,7 @@ constexpr uint8_t kNone = 0x80;  // the shuffle's index for a zero byte
 struct alignas(32) Index {
   uint8_t of[32];
 };
+// never run: made while compiling
 constexpr Index both_halves(const uint8_t (&half)[16]) {
   Index index{};
   for (int i = 0; i < 32; ++i) index.of[i] = half[i % 16];
@@ -148,7 +149,7 @@ inline void settle() { _mm_sfence(); }
 /// last one is shifted into place, so that nothing behind the pixels is read.
 template <int kWindow>
 inline __m256i window(const uint8_t* pixels) {
-  if constexpr (kWindow == 3) return _mm256_bsrli_epi128(load_halves(pixels + 32, pixels + 80), 4);
+  if (kWindow == 3) return _mm256_bsrli_epi128(load_halves(pixels + 32, pixels + 80), 4);
   return load_halves(pixels + 12 * kWindow, pixels + 48 + 12 * kWindow);
 }
 

@@ -71,6 +71,7 @@ struct ChannelTables {
       uint8_t from[3][2][16] = {};  ///< channel, second and third vector: 255 in the columns taken from it
   alignas(16) uint8_t order[3][16] = {};  ///< channel: the column of each pixel
 };
+// never run: made while compiling
 constexpr ChannelTables channel_tables() {
   ChannelTables tables;
   for (int k = 0; k < 3; ++k) {

@@ -74,6 +74,7 @@ class Windows {
   struct Layout {
     uint8_t base[16], odd[16];
   };
+  // never run: made while compiling
   static constexpr Layout layout() {
     Layout result{};
     for (int i = 0; i < 16; ++i) {

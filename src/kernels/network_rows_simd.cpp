@@ -232,6 +232,7 @@ struct SplitTables {
   alignas(16) uint8_t order[5][16] = {};    ///< plane: the column of each cell
 };
 
+// never run: made while compiling
 constexpr SplitTables split_tables() {
   SplitTables tables;
   for (int k = 0; k < 5; ++k) {

@@ -12,6 +12,7 @@ std::vector<std::string_view> find_runnable() {
 #if defined(__x86_64__)
   if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma")) names.push_back("avx2");
   // Byte permutations over two registers are what this set is for; the rest of it is the AVX2 text.
+  // never run: on a processor without these
   if (names.size() > 1 && __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512bw") &&
       __builtin_cpu_supports("avx512vbmi")) {
     names.push_back("avx512");

@@ -49,7 +49,7 @@ struct WindowPick {
 /// 16 bytes in a row; or 8, and 8 that begin `gap` bytes behind the first.
 template <bool kSplit>
 inline __m128i window(const uint8_t* p, ptrdiff_t gap) {
-  if constexpr (!kSplit) return load_half(p);
+  if (!kSplit) return load_half(p);
   const __m128i front = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
   return _mm_unpacklo_epi64(front, _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + gap)));
 }
