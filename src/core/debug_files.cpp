@@ -15,6 +15,7 @@ int loadInputData(uint8_t* buffer, int /*size*/) {
   return std::fclose(file);
 }
 
+// The callers' binaries hold the path by value. NOLINTNEXTLINE(performance-unnecessary-value-param)
 void MorvaleCore::dumpImage(const uint8_t* data, std::string path, int size) {
   std::FILE* file = std::fopen(path.c_str(), "wb");
   if (file == nullptr) return;

@@ -6,5 +6,5 @@
 constexpr int kPropertyValueMax = 92;
 
 /// Copies the value of a property and its terminating zero into `value`; returns its length, 0 when it is
-/// unset.
+/// unset. The name is the platform's. NOLINTNEXTLINE(*-reserved-identifier, cert-dcl*)
 extern "C" int __system_property_get(const char* name, char* value);

@@ -62,7 +62,7 @@ int main(int argc, char** argv) {
     return 2;
   }
   try {
-    run(argv[1], read_input(argv[3], std::atoi(argv[2])), argv[4], argv[5]);
+    run(argv[1], read_input(argv[3], std::stoi(argv[2])), argv[4], argv[5]);
   } catch (const std::exception& error) {
     std::cerr << "vexa_run: " << error.what() << '\n';
     return 1;

@@ -77,7 +77,7 @@ std::string string_at(const Json& json, const char* key) {
 /// A bundle from elsewhere must not make its reader open files outside it.
 std::string file_at(const Json& json, const char* key, std::string_view folder) {
   if (json.find(key) == nullptr) return {};
-  const std::string name = string_at(json, key);
+  std::string name = string_at(json, key);
   const bool inside = name.size() > folder.size() && name.starts_with(folder) &&
                       name.find('/', folder.size()) == std::string::npos &&
                       name.find('\0') == std::string::npos;

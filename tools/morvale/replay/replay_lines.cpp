@@ -23,7 +23,7 @@ morvale::session::Json json_time(std::optional<double> time) {
 /// RFC 4180, for names, which go to terminals too: a text with commas, quotes or line ends stands in quotes,
 /// its quotes twice.
 std::string csv_text(const std::string& name) {
-  const std::string text = morvale::session::printable(name);
+  std::string text = morvale::session::printable(name);
   if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
   std::string quoted = "\"";
   for (const char c : text) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);

@@ -73,6 +73,7 @@ class Y4mSource final : public FrameSource {
   /// "30000:1001" frames a second; 0 where the stream does not tell.
   static double rate(const std::string& text) {
     int frames = 0, seconds = 0;
+    // Nine digits fit. NOLINTNEXTLINE(cert-err34-c)
     const bool read = std::sscanf(text.c_str(), "%9d:%9d", &frames, &seconds) == 2;
     return read && frames > 0 && seconds > 0 ? double(frames) / seconds : 0;
   }
