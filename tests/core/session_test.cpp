@@ -153,7 +153,7 @@ TEST_F(Session, AFaultAtAnyFrameIsThatFramesAlone) {
   for (const int camera : {0, 16}) {
     std::optional<PersonWholeMeta> expected;
     for (const Fault& fault : faults) {
-      for (int faulty = 0; faulty < kFrames; faulty += camera == 0 ? 1 : 7) {
+      for (int faulty = 0; faulty < kFrames; faulty += camera == 0 ? 1 : 13) {
         SCOPED_TRACE(testing::Message() << fault.why << " at frame " << faulty << ", camera " << camera);
         platform() = {};
         start(camera);

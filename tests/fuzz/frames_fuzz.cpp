@@ -12,7 +12,8 @@ uint8_t* const kSlots[] = {
     N_segResult_Front, N_segResult_Front + kSlotBytes, N_segResult_Front + 2 * kSlotBytes,
     N_segResult_Back,  N_segResult_Back + kSlotBytes,  N_segResult_Back + 2 * kSlotBytes};
 
-std::vector<uint8_t> words_of(Draws draws, const morvale::KernelSet& set) {
+/// What the session leaves, if that is to be compared.
+std::vector<uint8_t> words_of(Draws draws, const morvale::KernelSet& set, bool compared) {
   morvale::use_kernels(set.name);
   fakes::platform() = {};
   fakes::platform().logits.assign(kMapBytes, -10.0f);
@@ -23,6 +24,7 @@ std::vector<uint8_t> words_of(Draws draws, const morvale::KernelSet& set) {
   session.core->Morvale_core_setModel(session.frame.record.cameraType);
   for (int calls = 0; calls < 6 && !draws.done(); ++calls) session.call(draws);
   session.core->Morvale_core_deinit();
+  if (!compared) return {};
   for (const auto& plane : {session.frame.luma, session.frame.chroma})
     session.note(plane.data(), plane.size());
   for (const uint8_t* slot : kSlots) session.note(slot, kMapBytes);
@@ -36,7 +38,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const auto sets = morvale::runnable_kernels();
   Draws draws(data, size);
   const size_t other = draws.byte() % 32;
-  const std::vector<uint8_t> words = words_of(draws, *sets.back());
-  HOLDS(other + 1 >= sets.size() || words_of(draws, *sets[other]) == words);
+  const bool compared = other + 1 < sets.size();
+  const std::vector<uint8_t> words = words_of(draws, *sets.back(), compared);
+  HOLDS(!compared || words_of(draws, *sets[other], true) == words);
   return 0;
 }
