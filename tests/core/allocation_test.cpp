@@ -3,8 +3,12 @@
 /// operator new.
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <functional>
 #include <new>
 #include <vector>
@@ -159,6 +163,56 @@ TEST(Allocation, AfterEachOneThatFailsTheSessionGoesOn) {
     }
     EXPECT_GT(to_fail, 10);
     to_fail = 0;
+  }
+}
+
+/// Pages of the process that are in memory, in KiB.
+long resident_kib() {
+  long all = 0, resident = 0;
+  std::ifstream("/proc/self/statm") >> all >> resident;
+  return resident * (sysconf(_SC_PAGESIZE) / 1024);
+}
+
+/// Short sessions of small frames, front and back in turn: MORVALE_SOAK_FRAMES of them, a line of
+/// MORVALE_SOAK_LOG for every 200th part. After the first thousand nothing grows.
+TEST(Allocation, MemoryIsFlatOverManySessions) {
+  constexpr int kSession = 250, kSettled = 1000, kGrowth = 256;
+  const char* wish = std::getenv("MORVALE_SOAK_FRAMES");
+  const char* log_name = std::getenv("MORVALE_SOAK_LOG");
+  const int frames = wish != nullptr ? std::atoi(wish) : 5000;
+  std::ofstream log(log_name != nullptr ? log_name : "/dev/null");
+  std::vector<uint8_t> frame(64 * 48 * 3 / 2, 90);
+  MorvaleData_t record{};
+  record.width = 64;
+  record.height = 48;
+  record.yPlane = record.uvPlane = frame.data();
+  long settled = 0, blocks = 0;
+  for (int done = 0; done < frames; done += kSession) {
+    record.cameraType = done / kSession % 2 == 0 ? 16 : 0;
+    MorvaleCore core;
+    core.Morvale_core_init(&record);
+    core.Morvale_core_setModel(record.cameraType);
+    for (int i = 0; i < kSession; ++i) {
+      frame[static_cast<size_t>(i)] ^= 1;
+      allocations = 0;
+      counting = true;
+      const int result = core.Morvale_process();
+      core.Morvale_core_afterProcss();
+      counting = false;
+      ASSERT_EQ(result, 0);
+      ASSERT_TRUE(i == 0 || allocations == 1) << allocations << " in frame " << done + i;
+    }
+    core.Morvale_core_deinit();
+    if (done < kSettled) {
+      settled = resident_kib();
+      blocks = living;
+    }
+#if !defined(SANITIZED)  // which keeps what was freed
+    ASSERT_LE(resident_kib() - settled, kGrowth) << "KiB more after " << done << " frames";
+#endif
+    ASSERT_EQ(living, blocks) << "blocks after " << done << " frames";
+    if (done / kSession % std::max(1, frames / kSession / 200) == 0)
+      log << done << "," << resident_kib() << "\n";
   }
 }
 
