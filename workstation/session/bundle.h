@@ -1,5 +1,5 @@
-/// The session bundle: a folder that holds a recording, frame by frame, so that it replays bit for bit.
-/// docs/session-bundle.md describes the files for readers in other languages.
+/// The session bundle: a recording, frame by frame, so that it replays bit for bit. A folder, or a packed
+/// file (a tar) of the same files. docs/session-bundle.md describes them for readers in other languages.
 ///
 ///   session.json      what the session was: version, camera type, model geometry, how it was made
 ///   metadata.jsonl    one line a frame: every field of the caller's record that the library reads, and the
@@ -82,12 +82,15 @@ struct FrameOutput {
   std::optional<double> network_ms;  ///< how long execute took; not compared in a replay
 };
 
-/// Writes a bundle. Every frame has left the process before add() returns, its line in metadata.jsonl last: a
-/// crash loses at most the frame that was being written.
+/// Writes a bundle. In a folder, every frame has left the process before add() returns, its line in
+/// metadata.jsonl last: a crash loses at most the frame that was being written. A packed file is there, all
+/// of it, when finish() returns.
 class BundleWriter {
  public:
-  /// Makes the folder, which must not exist or be empty. Throws BundleError, and then leaves none.
-  BundleWriter(const std::filesystem::path& folder, const SessionInfo& info);
+  /// A name that ends in ".morvale" is a packed file, which must not exist; any other a folder, which must
+  /// not exist or be empty. Throws BundleError, and then leaves nothing.
+  BundleWriter(const std::filesystem::path& bundle, const SessionInfo& info);
+  /// Without finish() no packed file is left; a folder is.
   ~BundleWriter();
   BundleWriter(const BundleWriter&) = delete;
   BundleWriter& operator=(const BundleWriter&) = delete;
@@ -96,9 +99,12 @@ class BundleWriter {
   /// since the frame is then half-written; a reader leaves it out.
   void add(const FrameInput& input, const FrameOutput& output);
 
+  /// Throws BundleError. Nothing may be added behind it.
+  void finish();
+
  private:
-  struct Files;
-  std::unique_ptr<Files> files_;
+  struct State;
+  std::unique_ptr<State> state_;
 };
 
 struct FrameLine;
@@ -107,7 +113,7 @@ struct FrameLine;
 /// half-written last frame is left out and told of in `warning()`.
 class BundleReader {
  public:
-  explicit BundleReader(const std::filesystem::path& folder);
+  explicit BundleReader(const std::filesystem::path& bundle);
   ~BundleReader();
   BundleReader(const BundleReader&) = delete;
   BundleReader& operator=(const BundleReader&) = delete;
@@ -120,9 +126,10 @@ class BundleReader {
   FrameInput input(int index) const;
   FrameOutput output(int index) const;
 
-  /// What is known of frame `index` without reading a file: input() without its pixels, whether the bundle
-  /// has these, and what execute returned (absent: the network was not asked).
+  /// What is known of frame `index` without reading a file: input() without its pixels, its record, whether
+  /// the bundle has its pixels, and what execute returned (absent: the network was not asked).
   const FrameInput& metadata(int index) const;
+  const PersonWholeMeta& record(int index) const;
   const FrameLine& line(int index) const;  ///< session/metadata.h
   bool has_pixels(int index) const;
   std::optional<int32_t> execute_result(int index) const;
@@ -132,13 +139,11 @@ class BundleReader {
   std::unique_ptr<Files> files_;
 };
 
-/// Reads and writes a float32 .npy array (NumPy format 1.0, little-endian, C order). Throw BundleError.
+/// Reads a float32 .npy array (NumPy format 1.0, little-endian, C order). Throws BundleError.
 struct NpyArray {
   std::vector<int32_t> shape;
   std::vector<float> values;
 };
 NpyArray read_npy(const std::filesystem::path& file);
-void write_npy(const std::filesystem::path& file, std::span<const int32_t> shape,
-               std::span<const float> values);
 
 }  // namespace morvale::session

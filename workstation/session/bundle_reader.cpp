@@ -1,11 +1,11 @@
 #include <algorithm>
 #include <cstdlib>
-#include <system_error>
+#include <utility>
 
-#include "session/file.h"
 #include "session/frame_files.h"
 #include "session/metadata.h"
 #include "session/npy.h"
+#include "session/parts.h"
 
 namespace morvale::session {
 namespace {
@@ -16,13 +16,13 @@ constexpr size_t kRecordBytes = sizeof(PersonWholeMeta);
 
 std::string frame_name(size_t index) { return "frame " + std::to_string(index); }
 
-SessionInfo read_session(const fs::path& file) {
+SessionInfo read_session(const FilePart& file) {
   constexpr uintmax_t kMostBytes = 4 << 20;  // made_by may hold a command line, of which systems take 2 MB
   const std::string text = read_text(file, kMostBytes);
   try {
     return parse_session(text);
   } catch (const std::runtime_error& error) {
-    throw BundleError(file.string() + ": " + error.what());
+    throw BundleError(file.name + ": " + error.what());
   }
 }
 
@@ -31,29 +31,26 @@ struct Metadata {
   bool cut = false;  ///< the file ends within a line
 };
 
-Metadata read_metadata(const fs::path& file) {
+Metadata read_metadata(const FilePart& file) {
   Metadata metadata;
   metadata.cut = read_lines(file, [&](const std::string& line) {
     const size_t index = metadata.frames.size();
     try {
       metadata.frames.push_back(parse_frame(static_cast<int>(index), line));
     } catch (const std::runtime_error& error) {
-      throw BundleError(file.string() + ": " + frame_name(index) + ": " + error.what());
+      throw BundleError(file.name + ": " + frame_name(index) + ": " + error.what());
     }
   });
   return metadata;
 }
 
-/// Whether a file of frame `first` or a later one lies in `folder`.
-bool holds_frames_from(const fs::path& folder, size_t first) {
-  std::error_code error;
-  for (const fs::directory_entry& entry : fs::directory_iterator(folder, error)) {
-    const std::string name = entry.path().filename().string();
+/// Whether one of these names of files is that of frame `first` or a later one.
+bool holds_frames_from(const std::vector<std::string>& names, size_t first) {
+  return std::any_of(names.begin(), names.end(), [&](const std::string& name) {
     char* end = nullptr;
     const unsigned long long number = std::strtoull(name.c_str(), &end, 10);
-    if (end != name.c_str() && number >= first) return true;
-  }
-  return false;
+    return end != name.c_str() && number >= first;
+  });
 }
 
 /// Runs `action`; its BundleError names the file already and gets the frame.
@@ -69,21 +66,23 @@ auto about(size_t index, Action action) {
 }  // namespace
 
 struct BundleReader::Files {
-  fs::path folder;
+  std::string name;
+  std::unique_ptr<Parts> parts;
   SessionInfo info;
   std::vector<FrameLine> frames;
   std::vector<PersonWholeMeta> records;
   std::string warning;
 
-  explicit Files(const fs::path& path) : folder(path), info(read_session(path_inside(folder, kSessionFile))) {
-    Metadata metadata = read_metadata(path_inside(folder, kMetadataFile));
+  explicit Files(const fs::path& bundle)
+      : name(bundle.string()), parts(open_parts(bundle)), info(read_session(parts->find(kSessionFile))) {
+    Metadata metadata = read_metadata(parts->find(kMetadataFile));
     frames = std::move(metadata.frames);
     const bool extra_record = read_records();
     for (size_t i = 0; i < frames.size(); ++i) check_frame(i);
     const size_t next = frames.size();
-    if (metadata.cut || extra_record || holds_frames_from(folder / "frames", next) ||
-        holds_frames_from(folder / "logits", next) || holds_frames_from(folder / "labels", next)) {
-      warning = (folder / kMetadataFile).string() + ": " + frame_name(next) +
+    const auto begun = [&](const char* folder) { return holds_frames_from(parts->names(folder), next); };
+    if (metadata.cut || extra_record || begun("frames") || begun("logits") || begun("labels")) {
+      warning = parts->path(kMetadataFile) + ": " + frame_name(next) +
                 " was still being written when the recording ended; it is left out";
     }
   }
@@ -91,15 +90,15 @@ struct BundleReader::Files {
   /// Returns whether the file goes on behind the last frame. A crash leaves at most one record there, since
   /// each is followed by its line; more mean that lines were lost.
   bool read_records() {
-    const fs::path file = path_inside(folder, kRecordsFile);
-    const uintmax_t size = size_of_file(file), count = frames.size();
+    const FilePart file = parts->find(kRecordsFile);
+    const uintmax_t size = file.size, count = frames.size();
     if (size < count * kRecordBytes) {
-      throw BundleError(file.string() + ": " + frame_name(size / kRecordBytes) + ": the file ends here, " +
+      throw BundleError(file.name + ": " + frame_name(size / kRecordBytes) + ": the file ends here, " +
                         kMetadataFile + " goes on");
     }
     if (size > (count + 1) * kRecordBytes) {
-      throw BundleError((folder / kMetadataFile).string() + ": " + frame_name(count) +
-                        ": the file ends here, " + kRecordsFile + " goes on");
+      throw BundleError(parts->path(kMetadataFile) + ": " + frame_name(count) + ": the file ends here, " +
+                        kRecordsFile + " goes on");
     }
     records.resize(count);
     if (count > 0) read_bytes(file, 0, records.data(), count * kRecordBytes);
@@ -117,47 +116,53 @@ struct BundleReader::Files {
     if (line.logits.empty()) return;
     if (line.execute_result.value_or(1) != 0)
       refuse(index, kMetadataFile, "has scores of a run that gave none");
-    const NpyHead head = about(index, [&] { return read_npy_head(path_inside(folder, line.logits)); });
+    const NpyHead head = about(index, [&] {
+      const FilePart file = parts->find(line.logits);
+      return read_npy_head(file.name, file.size, [&](uintmax_t offset, void* data, size_t size) {
+        read_bytes(file, offset, data, size);
+      });
+    });
     if (head.shape != std::vector<int32_t>{info.net_size, info.net_size, morvale::kLabels}) {
       refuse(index, line.logits, "the scores are not those of the session's model");
     }
   }
 
-  void expect_size(size_t index, const std::string& name, uint64_t expected) const {
-    const uintmax_t size = sized(index, name);
+  void expect_size(size_t index, const std::string& file, uint64_t expected) const {
+    const uintmax_t size = sized(index, file);
     if (size != expected || expected == 0) {
-      refuse(index, name, "holds " + std::to_string(size) + " bytes, not " + std::to_string(expected));
+      refuse(index, file, "holds " + std::to_string(size) + " bytes, not " + std::to_string(expected));
     }
   }
 
-  uintmax_t sized(size_t index, const std::string& name) const {
-    return about(index, [&] { return size_of_file(path_inside(folder, name)); });
+  uintmax_t sized(size_t index, const std::string& file) const {
+    return about(index, [&] { return parts->find(file).size; });
   }
 
-  [[noreturn]] void refuse(size_t index, const std::string& name, const std::string& what) const {
-    throw BundleError((folder / name).string() + ": " + frame_name(index) + ": " + what);
+  [[noreturn]] void refuse(size_t index, const std::string& file, const std::string& what) const {
+    throw BundleError(parts->path(file) + ": " + frame_name(index) + ": " + what);
   }
 
   size_t checked(int index) const {
     if (index < 0 || static_cast<size_t>(index) >= frames.size()) {
-      throw BundleError(folder.string() + ": there is no frame " + std::to_string(index) + " among " +
+      throw BundleError(name + ": there is no frame " + std::to_string(index) + " among " +
                         std::to_string(frames.size()));
     }
     return static_cast<size_t>(index);
   }
 
-  std::vector<uint8_t> bytes(size_t index, const std::string& name) const {
-    if (name.empty()) return {};
-    return about(index, [&] {
-      const fs::path file = path_inside(folder, name);
-      std::vector<uint8_t> content(size_of_file(file));
-      read_bytes(file, 0, content.data(), content.size());
-      return content;
-    });
+  std::vector<uint8_t> bytes(size_t index, const std::string& file) const {
+    if (file.empty()) return {};
+    return about(index, [&] { return read_all(parts->find(file)); });
+  }
+
+  std::vector<float> scores(size_t index) const {
+    const std::string& file = frames[index].logits;
+    if (file.empty()) return {};
+    return about(index, [&] { return parse_npy(parts->path(file), read_all(parts->find(file))).values; });
   }
 };
 
-BundleReader::BundleReader(const fs::path& folder) : files_(std::make_unique<Files>(folder)) {}
+BundleReader::BundleReader(const fs::path& bundle) : files_(std::make_unique<Files>(bundle)) {}
 
 BundleReader::~BundleReader() = default;
 
@@ -166,6 +171,9 @@ int BundleReader::frame_count() const { return static_cast<int>(files_->frames.s
 const std::string& BundleReader::warning() const { return files_->warning; }
 const FrameLine& BundleReader::line(int index) const { return files_->frames[files_->checked(index)]; }
 const FrameInput& BundleReader::metadata(int index) const { return line(index).input; }
+const PersonWholeMeta& BundleReader::record(int index) const {
+  return files_->records[files_->checked(index)];
+}
 bool BundleReader::has_pixels(int index) const { return !line(index).pixels.empty(); }
 std::optional<int32_t> BundleReader::execute_result(int index) const { return line(index).execute_result; }
 
@@ -185,9 +193,7 @@ FrameOutput BundleReader::output(int index) const {
   output.result = files_->records[i];
   output.labels = files_->bytes(i, line.labels);
   output.network_ms = line.network_ms;
-  if (!line.logits.empty()) {
-    output.logits = about(i, [&] { return read_npy(path_inside(files_->folder, line.logits)).values; });
-  }
+  output.logits = files_->scores(i);
   return output;
 }
 

@@ -39,41 +39,62 @@ void OutputFile::close() {
   if (std::fclose(file_.release()) != 0) fail(path_, "cannot be written");
 }
 
-void read_bytes(const std::filesystem::path& path, uintmax_t offset, void* data, size_t size) {
+FilePart::FilePart(const std::filesystem::path& path)
+    : FilePart(path, 0, size_of_file(path), path.string()) {}
+
+namespace {
+
+std::ifstream opened(const FilePart& part) {
   errno = 0;
-  std::ifstream file(path, std::ios::binary);
-  if (!file) fail(path, "cannot be opened");
-  file.seekg(static_cast<std::streamoff>(offset));
-  if (!file.read(static_cast<char*>(data), static_cast<std::streamsize>(size))) fail(path, "ends too early");
+  std::ifstream file(part.file, std::ios::binary);
+  if (!file) fail(part.file, "cannot be opened");
+  return file;
 }
 
-std::string read_text(const std::filesystem::path& path, uintmax_t most) {
-  const uintmax_t size = size_of_file(path);
-  if (size > most)
-    throw BundleError(path.string() + ": holds " + std::to_string(size) + " bytes; at most " +
+}  // namespace
+
+void read_bytes(const FilePart& part, uintmax_t offset, void* data, size_t size) {
+  std::ifstream file = opened(part);
+  file.seekg(static_cast<std::streamoff>(part.offset + offset));
+  const bool inside = offset <= part.size && size <= part.size - offset;
+  if (!inside || !file.read(static_cast<char*>(data), static_cast<std::streamsize>(size)))
+    fail(part.name, "ends too early");
+}
+
+std::vector<uint8_t> read_all(const FilePart& part) {
+  std::vector<uint8_t> bytes(part.size);
+  read_bytes(part, 0, bytes.data(), bytes.size());
+  return bytes;
+}
+
+std::string read_text(const FilePart& part, uintmax_t most) {
+  if (part.size > most)
+    throw BundleError(part.name + ": holds " + std::to_string(part.size) + " bytes; at most " +
                       std::to_string(most) + " are read");
-  std::string text(size, '\0');
-  read_bytes(path, 0, text.data(), text.size());
+  std::string text(part.size, '\0');
+  read_bytes(part, 0, text.data(), text.size());
   return text;
 }
 
-bool read_lines(const std::filesystem::path& path, const std::function<void(const std::string&)>& take) {
-  size_of_file(path);
-  errno = 0;
-  std::ifstream file(path, std::ios::binary);
-  if (!file) fail(path, "cannot be opened");
+bool read_lines(const FilePart& part, const std::function<void(const std::string&)>& take) {
+  std::ifstream file = opened(part);
+  file.seekg(static_cast<std::streamoff>(part.offset));
   std::string line;
-  for (;;) {
-    line.resize(kLongestLine + 1);
-    file.getline(line.data(), std::ssize(line));
-    if (file.eof()) return file.gcount() > 0;
-    if (file.bad()) fail(path, "cannot be read");
+  for (uintmax_t left = part.size; left > 0;) {
+    const auto most = static_cast<std::streamsize>(std::min<uintmax_t>(kLongestLine, left));
+    line.resize(static_cast<size_t>(most) + 1);
+    file.getline(line.data(), most + 1);
+    const auto taken = static_cast<uintmax_t>(file.gcount());  // with the newline
+    if (file.bad()) fail(part.name, "cannot be read");
+    if (file.eof() || taken > left) return true;
+    if (file.fail() && left <= kLongestLine) return true;
     if (file.fail())
-      throw BundleError(path.string() + ": holds a line of more than " + std::to_string(kLongestLine) +
-                        " bytes");
-    line.resize(static_cast<size_t>(file.gcount()) - 1);
+      throw BundleError(part.name + ": holds a line of more than " + std::to_string(kLongestLine) + " bytes");
+    left -= taken;
+    line.resize(taken - 1);
     take(line);
   }
+  return false;
 }
 
 std::filesystem::path path_inside(const std::filesystem::path& folder, const std::string& name) {

@@ -8,6 +8,8 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace morvale::session {
 
@@ -31,17 +33,32 @@ class OutputFile {
   std::unique_ptr<std::FILE, Closer> file_;
 };
 
-/// Reads `size` bytes at `offset` into `data`; a shorter file is a BundleError.
-void read_bytes(const std::filesystem::path& path, uintmax_t offset, void* data, size_t size);
+/// Where some bytes lie on the disk: a file, or a piece of one.
+struct FilePart {
+  /// All of a file. Throws BundleError when there is no such regular file.
+  FilePart(const std::filesystem::path& path);
+  FilePart(std::filesystem::path in, uintmax_t begin, uintmax_t bytes, std::string called)
+      : file(std::move(in)), offset(begin), size(bytes), name(std::move(called)) {}
 
-/// The whole file. One of more than `most` bytes is a BundleError: a file that claims any size must not take
-/// as much memory.
-std::string read_text(const std::filesystem::path& path, uintmax_t most);
+  std::filesystem::path file;
+  uintmax_t offset, size;
+  std::string name;  ///< for people
+};
 
-/// Calls `take` for every line, without its end, and returns whether the file ends within a line. A line of
+/// Reads `size` bytes at `offset` of the part into `data`; a shorter one is a BundleError.
+void read_bytes(const FilePart& part, uintmax_t offset, void* data, size_t size);
+
+/// All of it.
+std::vector<uint8_t> read_all(const FilePart& part);
+
+/// All of it as text. More than `most` bytes are a BundleError: a file that claims any size must not take as
+/// much memory.
+std::string read_text(const FilePart& part, uintmax_t most);
+
+/// Calls `take` for every line, without its end, and returns whether the part ends within a line. A line of
 /// more than kLongestLine bytes is a BundleError.
 constexpr size_t kLongestLine = 64 * 1024;
-bool read_lines(const std::filesystem::path& path, const std::function<void(const std::string&)>& take);
+bool read_lines(const FilePart& part, const std::function<void(const std::string&)>& take);
 
 /// `name` in `folder`. A link that leads out of the folder is a BundleError: a bundle from elsewhere must not
 /// make its reader open other files.

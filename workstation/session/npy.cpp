@@ -2,10 +2,13 @@
 /// with spaces to a multiple of 64 bytes and ended by a newline), the values.
 #include "session/npy.h"
 
+#include <algorithm>
 #include <bit>
 #include <charconv>
+#include <cstring>
 #include <limits>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -50,8 +53,8 @@ std::optional<std::vector<int32_t>> parse_shape(std::string_view text) {
   return shape;
 }
 
-[[noreturn]] void fail(const std::filesystem::path& file, const std::string& what) {
-  throw BundleError(file.string() + ": " + what);
+[[noreturn]] void fail(const std::string& file, const std::string& what) {
+  throw BundleError(file + ": " + what);
 }
 
 /// The number of values of `shape`, as long as it is below `limit`.
@@ -66,17 +69,16 @@ std::optional<size_t> count_below(const std::vector<int32_t>& shape, uintmax_t l
 
 }  // namespace
 
-NpyHead read_npy_head(const std::filesystem::path& file) {
-  const uintmax_t size = size_of_file(file);
+NpyHead read_npy_head(const std::string& file, uintmax_t size, const ReadAt& read) {
   char prefix[kPrefix];
   if (size < kPrefix) fail(file, "ends within the head");
-  read_bytes(file, 0, prefix, kPrefix);
+  read(0, prefix, kPrefix);
   if (std::string_view(prefix, kMagic.size()) != kMagic) fail(file, "is no .npy file of version 1.0");
   const auto byte = [&](size_t i) { return static_cast<size_t>(static_cast<uint8_t>(prefix[i])); };
   std::string head(byte(8) + 256 * byte(9), '\0');
   NpyHead result{{}, kPrefix + head.size(), 0};
   if (size < result.data_offset) fail(file, "ends within the head");
-  read_bytes(file, kPrefix, head.data(), head.size());
+  read(kPrefix, head.data(), head.size());
 
   if (!value_of(head, "'descr'").starts_with("'<f4'")) fail(file, "holds no little-endian float32 values");
   if (!value_of(head, "'fortran_order'").starts_with("False")) fail(file, "is not in C order");
@@ -92,20 +94,23 @@ NpyHead read_npy_head(const std::filesystem::path& file) {
   return result;
 }
 
-NpyArray read_npy(const std::filesystem::path& file) {
-  const NpyHead head = read_npy_head(file);
+NpyArray parse_npy(const std::string& file, std::span<const uint8_t> bytes) {
+  const auto read = [&](uintmax_t offset, void* data, size_t size) {
+    if (size > 0) std::memcpy(data, bytes.data() + offset, size);
+  };
+  const NpyHead head = read_npy_head(file, bytes.size(), read);
   NpyArray array{head.shape, std::vector<float>(head.count)};
-  read_bytes(file, head.data_offset, array.values.data(), head.count * sizeof(float));
+  read(head.data_offset, array.values.data(), head.count * sizeof(float));
   return array;
 }
 
-void write_npy(const std::filesystem::path& file, std::span<const int32_t> shape,
-               std::span<const float> values) {
+NpyArray read_npy(const std::filesystem::path& file) { return parse_npy(file.string(), read_all(file)); }
+
+std::vector<uint8_t> npy_bytes(std::span<const int32_t> shape, std::span<const float> values) {
   size_t count = 1;
   for (const int32_t side : shape) count *= static_cast<size_t>(side);
-  if (count != values.size()) {
-    fail(file, std::to_string(values.size()) + " values are not of shape " + shape_text(shape));
-  }
+  if (count != values.size())
+    throw std::runtime_error(std::to_string(values.size()) + " values are not of shape " + shape_text(shape));
   std::string head = "{'descr': '<f4', 'fortran_order': False, 'shape': " + shape_text(shape) + ", }";
   constexpr size_t kAlignment = 64;
   const size_t used = kPrefix + head.size() + 1;
@@ -113,11 +118,11 @@ void write_npy(const std::filesystem::path& file, std::span<const int32_t> shape
   head += '\n';
   const std::string length{static_cast<char>(head.size() % 256), static_cast<char>(head.size() / 256)};
 
-  OutputFile output(file);
-  head = std::string(kMagic) + length + head;
-  output.write(head.data(), head.size());
-  output.write(values.data(), values.size_bytes());
-  output.close();
+  const std::string start = std::string(kMagic) + length + head;
+  std::vector<uint8_t> file(start.size() + values.size_bytes());
+  std::copy(start.begin(), start.end(), file.begin());
+  if (!values.empty()) std::memcpy(file.data() + start.size(), values.data(), values.size_bytes());
+  return file;
 }
 
 }  // namespace morvale::session

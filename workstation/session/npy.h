@@ -2,8 +2,12 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
+#include <functional>
+#include <span>
+#include <string>
 #include <vector>
+
+#include "session/bundle.h"
 
 namespace morvale::session {
 
@@ -13,7 +17,17 @@ struct NpyHead {
   size_t count;           ///< how many there are; the file holds exactly these
 };
 
-/// Throws BundleError when the file is not what read_npy reads.
-NpyHead read_npy_head(const std::filesystem::path& file);
+/// Reads `size` bytes at `offset` of a file into `data`.
+using ReadAt = std::function<void(uintmax_t offset, void* data, size_t size)>;
+
+/// The head of a file of `size` bytes. Throws BundleError, which begins with `name`, when it is not what
+/// read_npy reads.
+NpyHead read_npy_head(const std::string& name, uintmax_t size, const ReadAt& read);
+
+/// The same of a file in memory, with its values.
+NpyArray parse_npy(const std::string& name, std::span<const uint8_t> bytes);
+
+/// A file's bytes. Throws std::runtime_error when the values are not of this shape.
+std::vector<uint8_t> npy_bytes(std::span<const int32_t> shape, std::span<const float> values);
 
 }  // namespace morvale::session

@@ -9,8 +9,7 @@
 #include <vector>
 
 #include "common/command.h"
-#include "session/file.h"
-#include "session/frame_files.h"
+#include "session/parts.h"
 
 namespace tool {
 namespace {
@@ -22,22 +21,14 @@ using morvale::session::FrameLine;
 
 constexpr size_t kRecordBytes = sizeof(PersonWholeMeta);
 
-/// The records without pixels and scores, which may be gigabytes.
-std::vector<PersonWholeMeta> read_records(const fs::path& folder, int count) {
-  std::vector<PersonWholeMeta> records(static_cast<size_t>(count));
-  if (count > 0)
-    morvale::session::read_bytes(folder / morvale::session::kRecordsFile, 0, records.data(),
-                                 records.size() * kRecordBytes);
-  return records;
-}
-
 RecordSource open_bundle(const std::string& path) {
   RecordSource source;
   source.name = path;
   source.bundle = std::make_unique<BundleReader>(path);
-  for (int frame = 0; frame < source.bundle->frame_count(); ++frame)
+  for (int frame = 0; frame < source.bundle->frame_count(); ++frame) {
     source.lines.push_back(source.bundle->line(frame));
-  source.records = read_records(path, source.bundle->frame_count());
+    source.records.push_back(source.bundle->record(frame));
+  }
   return source;
 }
 
@@ -88,7 +79,8 @@ Camera RecordSource::camera_at(int index, Camera otherwise) const {
 
 RecordSource open_records(const std::string& path) {
   std::error_code error;
-  if (!fs::is_directory(path, error)) return open_bare_records(path);
+  const bool packed = fs::path(path).extension() == morvale::session::kPackedExtension;
+  if (!packed && !fs::is_directory(path, error)) return open_bare_records(path);
   try {
     return open_bundle(path);
   } catch (const BundleError& failure) {

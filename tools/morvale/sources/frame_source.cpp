@@ -4,6 +4,7 @@
 
 #include "common/command.h"
 #include "pictures/opencv_module.h"
+#include "session/parts.h"
 
 namespace tool {
 
@@ -32,6 +33,7 @@ SourceKind kind_of_input(const std::string& input) {
     throw UsageError(input + ": there is no such file or folder; check the name.");
   if (fs::is_directory(path, error))
     return fs::exists(path / "session.json", error) ? SourceKind::kBundle : SourceKind::kPictures;
+  if (path.extension() == morvale::session::kPackedExtension) return SourceKind::kBundle;
   const bool picture = path.extension() == ".nv21" || opencv().is_picture(input);
   return picture ? SourceKind::kPictures : SourceKind::kVideo;
 }
