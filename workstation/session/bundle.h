@@ -4,7 +4,8 @@
 ///   session.json      what the session was: version, camera type, model geometry, how it was made
 ///   metadata.jsonl    one line a frame: every field of the caller's record that the library reads, and the
 ///                     names of the frame's files below
-///   frames/           NV21, the name carries size and stride (optional, per frame)
+///   frames/           NV21, whole or what the library reads of it; the name carries size and stride
+///                     (optional, per frame)
 ///   logits/           the network's output as NumPy .npy, float32 NETSIZE x NETSIZE x 5 (absent for a
 ///                     frame that the network gave none for)
 ///   records.bin       288 bytes a frame
@@ -21,11 +22,12 @@
 #include <vector>
 
 #include <morvale/core/records.h>
+#include "session/thin.h"
 
 namespace morvale::session {
 
 /// The version that is written. Older ones are read: they lack keys that may be absent here too.
-constexpr int kBundleVersion = 2;
+constexpr int kBundleVersion = 3;
 
 /// Something in a bundle cannot be used. The text names file and frame.
 struct BundleError : std::runtime_error {
@@ -66,6 +68,9 @@ struct FrameInput {
   /// Luma rows, then chroma rows, of record.stride bytes each (docs/session-bundle.md for strides that are no
   /// row length); empty: not kept.
   std::vector<uint8_t> nv21;
+  /// For the writer, in place of nv21: the samples of it that are kept. A reader gives nv21 with the samples
+  /// of a thin frame in it and their neighbours' values between them.
+  std::optional<ThinFrame> thin;
 
   /// The camera whose analysis wrote the frame's record.
   int32_t analysed_camera_type() const { return later ? later->camera_type : record.cameraType; }
@@ -125,6 +130,8 @@ class BundleReader {
   /// All of frame `index`, pixels, scores and labels included where the bundle has them. Throws BundleError.
   FrameInput input(int index) const;
   FrameOutput output(int index) const;
+  /// The samples of a frame that is_thin.
+  ThinFrame thin_frame(int index) const;
 
   /// What is known of frame `index` without reading a file: input() without its pixels, its record, whether
   /// the bundle has its pixels, and what execute returned (absent: the network was not asked).
@@ -132,6 +139,7 @@ class BundleReader {
   const PersonWholeMeta& record(int index) const;
   const FrameLine& line(int index) const;  ///< session/metadata.h
   bool has_pixels(int index) const;
+  bool is_thin(int index) const;  ///< it has them, and some samples only
   std::optional<int32_t> execute_result(int index) const;
 
  private:

@@ -108,6 +108,13 @@ struct BundleReader::Files {
   void check_frame(size_t index) {
     FrameLine& line = frames[index];
     if (!line.pixels.empty()) expect_size(index, line.pixels, pixel_bytes(line.input));
+    if (!line.thin.empty()) {
+      const uint64_t whole = pixel_bytes(line.input);
+      if (whole == 0 || whole > kMostUnpackedPixels)
+        refuse(index, line.thin, "a picture of " + std::to_string(whole) + " bytes is not taken from it");
+      if (sized(index, line.thin) > kMostThinBytes)
+        refuse(index, line.thin, "holds more than samples that the library reads");
+    }
     if (!line.labels.empty()) {
       const uintmax_t size = sized(index, line.labels);
       if (!is_label_map(info, size))
@@ -155,6 +162,21 @@ struct BundleReader::Files {
     return about(index, [&] { return read_all(parts->find(file)); });
   }
 
+  ThinFrame thin_frame(size_t index) const {
+    const FrameLine& line = frames[index];
+    try {
+      return parse_thin(bytes(index, line.thin), pixel_bytes(line.input));
+    } catch (const std::runtime_error& error) {
+      refuse(index, line.thin, error.what());
+    }
+  }
+
+  std::vector<uint8_t> pixels(size_t index) const {
+    const FrameLine& line = frames[index];
+    return line.thin.empty() ? bytes(index, line.pixels)
+                             : thick_pixels(thin_frame(index), pixel_bytes(line.input));
+  }
+
   std::vector<float> scores(size_t index) const {
     const std::string& file = frames[index].logits;
     if (file.empty()) return {};
@@ -174,13 +196,15 @@ const FrameInput& BundleReader::metadata(int index) const { return line(index).i
 const PersonWholeMeta& BundleReader::record(int index) const {
   return files_->records[files_->checked(index)];
 }
-bool BundleReader::has_pixels(int index) const { return !line(index).pixels.empty(); }
+bool BundleReader::has_pixels(int index) const { return !line(index).pixels.empty() || is_thin(index); }
+bool BundleReader::is_thin(int index) const { return !line(index).thin.empty(); }
+ThinFrame BundleReader::thin_frame(int index) const { return files_->thin_frame(files_->checked(index)); }
 std::optional<int32_t> BundleReader::execute_result(int index) const { return line(index).execute_result; }
 
 FrameInput BundleReader::input(int index) const {
   const size_t i = files_->checked(index);
   FrameInput input = files_->frames[i].input;
-  input.nv21 = files_->bytes(i, files_->frames[i].pixels);
+  input.nv21 = files_->pixels(i);
   return input;
 }
 

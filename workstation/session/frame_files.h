@@ -47,6 +47,14 @@ inline uint64_t pixel_bytes(const FrameInput& input) {
   return static_cast<uint64_t>(bytes);  // all factors are below 2^32, and luma_bytes bounds the height
 }
 
+/// The most bytes of pixels that a thin or compressed frame may stand for: a small file must not take all
+/// memory.
+inline constexpr uint64_t kMostUnpackedPixels = uint64_t{512} << 20;
+
+/// The most bytes of a thin frame: all four neighbours of each pixel of the largest input that a label-map
+/// ring has room for, and their places.
+inline constexpr uint64_t kMostThinBytes = uint64_t{16} << 20;
+
 /// Scores of one network run.
 inline size_t logit_count(const SessionInfo& info) {
   return static_cast<size_t>(info.net_size) * static_cast<size_t>(info.net_size) * morvale::kLabels;

@@ -42,7 +42,7 @@ std::string shape_text(const SessionInfo& info, size_t label_bytes) {
 
 FrameLine line_of(const FrameInput& input, const FrameOutput& output) {
   FrameLine line;
-  line.input = {input.record, input.chroma, input.has_planes, input.after_process, input.later, {}};
+  line.input = {input.record, input.chroma, input.has_planes, input.after_process, input.later, {}, {}};
   line.process_result = output.process_result;
   line.execute_result = output.execute_result;
   if (!output.logits.empty() && !line.execute_result) line.execute_result = 0;
@@ -66,8 +66,11 @@ FrameParts::FrameParts(int index, const SessionInfo& info, const FrameInput& fra
   check(info, frame, output);
   FrameLine line = line_of(frame, output);
   const std::string number = six_digits(index);
-  if (!frame.nv21.empty())
-    store(line.pixels, "frames/" + number + shape_text(frame.record) + ".nv21", frame.nv21);
+  const std::string picture = "frames/" + number + shape_text(frame.record);
+  if (frame.thin)
+    store(line.thin, picture + ".thin", keep(thin_bytes(*frame.thin)));
+  else if (!frame.nv21.empty())
+    store(line.pixels, picture + ".nv21", frame.nv21);
   if (!output.logits.empty()) {
     const std::vector<int32_t> shape{info.net_size, info.net_size, morvale::kLabels};
     store(line.logits, "logits/" + number + ".npy", keep(npy_bytes(shape, output.logits)));

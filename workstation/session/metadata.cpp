@@ -195,6 +195,7 @@ std::string frame_text(int index, const FrameLine& line) {
   if (line.execute_result) json["execute"] = *line.execute_result;
   if (line.network_ms) json["network_ms"] = *line.network_ms;
   if (!line.pixels.empty()) json["nv21"] = line.pixels;
+  if (!line.thin.empty()) json["thin"] = line.thin;
   if (!line.logits.empty()) json["logits"] = line.logits;
   if (!line.labels.empty()) json["labels"] = line.labels;
   return json.dump() + "\n";
@@ -225,6 +226,8 @@ FrameLine parse_frame(int index, const std::string& text) {
     line.network_ms = network_ms->number();
   }
   line.pixels = file_at(json, "nv21", "frames/");
+  line.thin = file_at(json, "thin", "frames/");
+  if (!line.pixels.empty() && !line.thin.empty()) refuse("has both \"nv21\" and \"thin\"");
   line.logits = file_at(json, "logits", "logits/");
   line.labels = file_at(json, "labels", "labels/");
   return line;

@@ -9,14 +9,13 @@
 
 namespace morvale::session {
 
-/// One line of metadata.jsonl. The file names are relative to the bundle's folder; empty: the frame has no
-/// such file.
+/// One line of metadata.jsonl. The file names are those in the bundle; empty: the frame has no such file.
 struct FrameLine {
   FrameInput input;  ///< without pixels
   int32_t process_result = 0;
   std::optional<int32_t> execute_result;
   std::optional<double> network_ms;
-  std::string pixels, logits, labels;
+  std::string pixels, thin, logits, labels;  ///< not both of the first two
 };
 
 /// Both texts end with a newline; the frame's has no other.

@@ -4,11 +4,13 @@
 #include <cstring>
 #include <string_view>
 
+#include "session/frame_files.h"
 #include "session/json.h"
 
 namespace tool {
 namespace {
 
+using morvale::session::BundleReader;
 using morvale::session::FrameLine;
 using morvale::session::FrameOutput;
 using morvale::session::Json;
@@ -64,6 +66,30 @@ bool same_bytes(const std::vector<T>& a, const std::vector<T>& b) {
   return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(T)) == 0;
 }
 
+/// Whether two frames have the same pixels; where one keeps some samples only, the same in their places.
+bool same_pixels(const BundleReader& a, const BundleReader& b, int frame) {
+  if (a.is_thin(frame) == b.is_thin(frame)) return a.input(frame).nv21 == b.input(frame).nv21;
+  const BundleReader &thin = a.is_thin(frame) ? a : b, &whole = a.is_thin(frame) ? b : a;
+  const morvale::session::ThinFrame kept = thin.thin_frame(frame);
+  const std::vector<uint8_t> pixels = whole.input(frame).nv21;
+  const uint64_t size = pixel_bytes(thin.metadata(frame));
+  if (pixels.size() != size) return false;
+  morvale::session::ThinFrame taken = kept;
+  take_samples(taken, pixels.data() + kept.luma.offset, pixels.data() + kept.chroma.offset);
+  return taken.samples == kept.samples;
+}
+
+SessionNote compare_pixels(const RecordSource& a, const RecordSource& b) {
+  SessionNote note{"pixels", 0, -1, {}};
+  const int shared = static_cast<int>(std::min(a.lines.size(), b.lines.size()));
+  for (int frame = 0; frame < shared && note.first_frame < 0; ++frame) {
+    if (!a.bundle->has_pixels(frame) || !b.bundle->has_pixels(frame)) continue;
+    ++note.compared;
+    if (!same_pixels(*a.bundle, *b.bundle, frame)) note.first_frame = frame;
+  }
+  return note;
+}
+
 /// Compares what `name` of a line says the frame has, as `read` gives it for a bundle and a frame.
 template <class Name, class Read>
 SessionNote compare_files(const char* what, const RecordSource& a, const RecordSource& b, Name name,
@@ -82,8 +108,6 @@ SessionNote compare_files(const char* what, const RecordSource& a, const RecordS
 }  // namespace
 
 std::vector<SessionNote> compare_sessions(const RecordSource& a, const RecordSource& b) {
-  using morvale::session::BundleReader;
-  const auto pixels = [](const BundleReader& bundle, int frame) { return bundle.input(frame).nv21; };
   const auto scores = [](const BundleReader& bundle, int frame) { return bundle.output(frame).logits; };
   const auto labels = [](const BundleReader& bundle, int frame) { return bundle.output(frame).labels; };
   const size_t frames = std::min(a.lines.size(), b.lines.size());
@@ -92,7 +116,7 @@ std::vector<SessionNote> compare_sessions(const RecordSource& a, const RecordSou
                         {"camera_type", "width", "height", "stride", "gate_level", "face_count", "faces",
                          "qerm_hint", "is_udc", "has_planes", "chroma", "after_process", "later"}),
           compare_lines("calls", a, b, {"process", "execute"}),
-          compare_files("pixels", a, b, &FrameLine::pixels, pixels),
+          compare_pixels(a, b),
           compare_files("scores", a, b, &FrameLine::logits, scores),
           compare_files("label maps", a, b, &FrameLine::labels, labels)};
 }

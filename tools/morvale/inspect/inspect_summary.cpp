@@ -154,7 +154,7 @@ BundleSummary summary_of(const std::vector<FrameLine>& lines) {
     summary.failed += line.process_result != 0;
     summary.gated += is_gated(line);
     summary.without_network += !line.execute_result.has_value();
-    summary.with_pixels += !line.pixels.empty();
+    summary.with_pixels += !line.pixels.empty() || !line.thin.empty();
     summary.with_scores += !line.logits.empty();
     summary.with_labels += !line.labels.empty();
     summary.camera_faces.add(std::clamp(record.faceCount, 0, morvale::kMaxFaces));
