@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 using namespace morvale::session;
 
 inline void write_bundle(const fs::path& folder) {
-  BundleWriter writer(folder, {morvale::kFrontCamera, 16, 4, 0, "bundle_fuzz"});
+  BundleWriter writer(folder, {morvale::kFrontCamera, 16, 4, 0, 0, "bundle_fuzz"});
   FrameInput input;
   input.record.cameraType = morvale::kFrontCamera;
   input.record.width = input.record.stride = 4;

@@ -70,7 +70,7 @@ class RecordTest : public testing::Test {
   /// The setting of an engine whose answers differ from run to run: a head and a body that walk to the right.
   std::string walking_engine(int32_t side) {
     const fs::path bundle = folder_ / ("walk" + std::to_string(side));
-    morvale::session::BundleWriter writer(bundle, {morvale::kFrontCamera, 4 * side, side, 0, "test"});
+    morvale::session::BundleWriter writer(bundle, {morvale::kFrontCamera, 4 * side, side, 0, 0, "test"});
     for (int frame = 0; frame < kFrames; ++frame) {
       morvale::session::FrameOutput output;
       for (int32_t y = 0; y < side; ++y) {
@@ -174,6 +174,29 @@ TEST_F(RecordTest, DebugDrawingsDoNotReachTheRecordedPixels) {
     EXPECT_EQ(plain.input(frame).nv21, drawn.input(frame).nv21) << frame;
 }
 
+TEST_F(RecordTest, AThinRecordingReplaysAsAWholeOne) {
+  for (const std::string which : {"front", "back"}) {
+    const std::string engine = walking_engine(which == "front" ? 64 : 32),
+                      plain = camera(engine, "film", which);
+    EXPECT_TRUE(same(recorded(engine + "VEXA_RECORD_FRAMES=thin", "film", which), plain));
+    const fs::path thin = session(which == "front" ? 1 : 2);
+    EXPECT_TRUE(same(replayed(thin), plain)) << errors_;
+    EXPECT_EQ(replayed_by_the_program(thin), 0) << errors_;
+    const BundleReader bundle(thin);
+    for (const int frame : {0, 3, 5, 9, 12, 13, 14}) EXPECT_TRUE(bundle.is_thin(frame)) << frame;
+    for (const int frame : {4, 6}) EXPECT_FALSE(bundle.has_pixels(frame)) << frame;
+  }
+}
+
+TEST_F(RecordTest, FramesThatTheLibraryDrawsIntoAreKeptWhole) {
+  recorded("VEXA_RECORD_FRAMES=thin PERSIST_MORVALE_CAPTURE_DEBUG=1 MORVALE_LOG=F", "film", "front");
+  recorded("", "film", "front");
+  const BundleReader drawn(session(1)), whole(session(2));
+  EXPECT_EQ(drawn.info().debug_level, 1);
+  EXPECT_FALSE(drawn.is_thin(0));
+  EXPECT_EQ(drawn.input(0).nv21, whole.input(0).nv21);
+}
+
 TEST_F(RecordTest, FramesAndLabelsAreKeptAsAsked) {
   recorded("VEXA_RECORD_FRAMES=0", "film", "back");
   const BundleReader bundle(session(1));
@@ -221,7 +244,7 @@ TEST_F(RecordTest, EachSessionHasItsOwnBundle) {
 }
 
 TEST_F(RecordTest, NoPixelIsReadThatTheLibraryDoesNotRead) {
-  { morvale::session::BundleWriter(folder_ / "sluggish", {morvale::kFrontCamera, 256, 64, 2, "test"}); }
+  { morvale::session::BundleWriter(folder_ / "sluggish", {morvale::kFrontCamera, 256, 64, 2, 0, "test"}); }
   const std::string sluggish = "VEXA_ENGINE=recorded VEXA_BUNDLE=" + (folder_ / "sluggish").string();
   const std::pair<std::string, std::string> sessions[] = {
       {"", "unloaded"}, {"VEXA_ENGINE=onnx VEXA_MODEL_DIR=/none", "unread"}, {sluggish, "unread"}};
@@ -328,7 +351,7 @@ class RecordedEngineTest : public RecordTest {
 
   /// Frame i has the score i in every cell; frames 1 and 3 were not run, the run of frame 4 failed.
   void make_bundle(int32_t open_result) {
-    morvale::session::SessionInfo info{morvale::kFrontCamera, 16, 4, open_result, "test"};
+    morvale::session::SessionInfo info{morvale::kFrontCamera, 16, 4, open_result, 0, "test"};
     morvale::session::BundleWriter writer(folder_ / "bundle", info);
     for (int i = 0; i < 6; ++i) {
       morvale::session::FrameOutput output;

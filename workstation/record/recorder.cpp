@@ -15,6 +15,7 @@
 #include "core/frame.h"
 #include "record/file_limit.h"
 #include "record/next_symbol.h"
+#include "record/thin_frame.h"
 #include "session/frame_files.h"
 
 namespace morvale::record {
@@ -115,7 +116,8 @@ void Recorder::session_begins(const MorvaleCore& core) noexcept {
   owner_ = getpid();
   guarded([&] {
     if (setting("VEXA_RECORD_DIR").empty()) throw BundleError("VEXA_RECORD_DIR is not set");
-    keep_pixels_ = setting("VEXA_RECORD_FRAMES") != "0";
+    const std::string_view frames = setting("VEXA_RECORD_FRAMES");
+    pixels_ = frames == "0" ? Pixels::kNone : frames == "thin" ? Pixels::kThin : Pixels::kAll;
     keep_labels_ = setting("VEXA_RECORD_LABELS") == "1";
   });
 }
@@ -142,11 +144,13 @@ void Recorder::take_frame(const MorvaleCore& core) {
   input_.chroma = chroma_place(record);
   input_.after_process = false;
   input_.later.reset();
-  const std::optional<Frame> frame = usable_frame(record);
-  if (keep_pixels_ && frame && will_be_read(core, record)) {
+  input_.thin.reset();
+  input_.nv21.clear();
+  if (pixels_ == Pixels::kNone || !will_be_read(core, record)) return;
+  if (pixels_ == Pixels::kThin && library_int("VISUALDEBUG") < 1) {
+    input_.thin = thin_frame(record, input_, library_int("PADSIZE"));
+  } else if (const std::optional<Frame> frame = usable_frame(record)) {
     copy_pixels(*frame, input_);
-  } else {
-    input_.nv21.clear();
   }
 }
 
@@ -214,6 +218,7 @@ void Recorder::open_bundle(const MorvaleCore& core) {
   info.pad_size = library_int("PADSIZE");
   info.net_size = library_int("NETSIZE");
   info.open_result = core.status;
+  info.debug_level = library_int("VISUALDEBUG");
   info.made_by = "libvexa_record " MORVALE_VERSION;
   writer_ = std::make_unique<session::BundleWriter>(new_session_folder(), info);
 }

@@ -1,8 +1,9 @@
 /// Collects what passes between the caller, the library and the runtime, and writes it as session bundles.
 ///
-///   VEXA_RECORD_DIR       where: each init ... deinit gets a folder session-0001, session-0002, ... in it
-///   VEXA_RECORD_FRAMES=0  leaves out the pixels
-///   VEXA_RECORD_LABELS=1  keeps the label maps
+///   VEXA_RECORD_DIR          where: each init ... deinit gets a folder session-0001, session-0002, ... in it
+///   VEXA_RECORD_FRAMES=0     leaves out the pixels
+///   VEXA_RECORD_FRAMES=thin  keeps those that the library reads; all of them where it draws into the frames
+///   VEXA_RECORD_LABELS=1     keeps the label maps
 ///
 /// Nothing here throws or changes what the library does. When something cannot be recorded, one line on
 /// standard error says so and the session's recording ends; the bundle stays as far as it got. A session
@@ -42,7 +43,9 @@ class Recorder {
   bool frame_open_ = false;
   pid_t owner_ = 0;    ///< the process that the session belongs to
   bool told_ = false;  ///< the one line has been written
-  bool keep_pixels_ = true, keep_labels_ = false;
+  enum class Pixels { kNone, kThin, kAll };
+  Pixels pixels_ = Pixels::kAll;
+  bool keep_labels_ = false;
   session::FrameInput input_;  ///< kept from frame to frame for its memory
   session::FrameOutput output_;
   std::unique_ptr<session::BundleWriter> writer_;  ///< from the first completed frame on

@@ -38,6 +38,7 @@ struct SessionInfo {
   int32_t camera_type = morvale::kFrontCamera;
   int32_t pad_size = 256, net_size = 64;
   int32_t open_result = 0;  ///< what the runtime's open returned; -1: no model was loaded
+  int32_t debug_level = 0;  ///< the library's; from 1 on it drew into the frames
   std::string made_by;      ///< program, version and how, for people
 };
 
