@@ -3,6 +3,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <tuple>
 #include <utility>
 
 #include "workstation/bundle_frames.h"
@@ -91,6 +92,52 @@ TEST_F(PackedTest, WhatNoRecordingHoldsIsRefused) {
   std::string whole = content(packed("whole.morvale"));
   whole[512 * 2 + 124] ^= 1;  // within the second head's size
   EXPECT_NE(complaint(with("sum.morvale", whole)).find("is damaged at byte"), std::string::npos);
+}
+
+/// The two in one: files that Debian's zstd reads, in a tar.
+TEST_F(PackedTest, CompressedFilesAreZstandards) {
+  {
+    BundleWriter writer(folder_ / "c.morvale", kInfo, 3);
+    for (int i = 0; i < 3; ++i) writer.add(frame_input(i), frame_output(i));
+    writer.finish();
+  }
+  expect_three_frames(folder_ / "c.morvale");
+  run("mkdir c && tar xf c.morvale -C c");
+  EXPECT_TRUE(fs::exists(folder_ / "c/frames/000001_6x5_s8.nv21.zst"));
+  if (std::system("zstd --version >/dev/null 2>&1") == 0)
+    run("zstd -dqc c/labels/000002_4x3x5.bin.zst | wc -c | grep -qx 60");
+}
+
+TEST_F(PackedTest, ACompressedFileIsHeldToItsSize) {
+  if (std::system("zstd --version >/dev/null 2>&1") != 0) GTEST_SKIP() << "no zstd";
+  const std::tuple<const char*, const char*, const char*> files[] = {
+      {"head -c 1000000 /dev/zero | zstd -q --stream-size=1000000", "labels/000001_4x3x5.bin.zst",
+       "holds 1000000 bytes, more than the 80 that it may"},
+      {"head -c 55 /dev/zero | zstd -q --stream-size=55", "frames/000001_6x5_s8.nv21.zst",
+       "holds 55 bytes, not 56"},
+      {"head -c 56 /dev/zero | zstd -q --no-content-size", "frames/000001_6x5_s8.nv21.zst", "names its size"},
+      {"head -c 56 /dev/zero", "frames/000001_6x5_s8.nv21.zst", "is no compressed file"},
+      {"head -c 56 /dev/urandom | zstd -q --stream-size=56 | head -c 40", "frames/000001_6x5_s8.nv21.zst",
+       "is damaged"},
+      {"head -c 400 /dev/zero | zstd -q --stream-size=400", "logits/000001.npy.zst", "is no .npy file"}};
+  for (const auto& [command, file, says] : files) {
+    const fs::path path = folder_ / "bundle";
+    {
+      BundleWriter writer(path, kInfo, 3);
+      for (int i = 0; i < 3; ++i) writer.add(frame_input(i), frame_output(i));
+    }
+    run(std::string(command) + " >bundle/" + file);
+    const BundleReader bundle(path);
+    std::string told;
+    try {
+      bundle.input(1), bundle.output(1);
+    } catch (const BundleError& error) {
+      told = error.what();
+    }
+    EXPECT_NE(told.find(says), std::string::npos) << command << ": " << told;
+    EXPECT_NE(told.find("frame 1"), std::string::npos) << told;
+    fs::remove_all(path);
+  }
 }
 
 }  // namespace

@@ -220,7 +220,9 @@ void Recorder::open_bundle(const MorvaleCore& core) {
   info.open_result = core.status;
   info.debug_level = library_int("VISUALDEBUG");
   info.made_by = "libvexa_record " MORVALE_VERSION;
-  writer_ = std::make_unique<session::BundleWriter>(new_session_folder(), info);
+  // What is to fit on a phone is also compressed there, at the level that costs least.
+  const int compression = pixels_ == Pixels::kThin ? 1 : 0;
+  writer_ = std::make_unique<session::BundleWriter>(new_session_folder(), info, compression);
 }
 
 }  // namespace morvale::record

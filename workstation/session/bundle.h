@@ -94,8 +94,9 @@ struct FrameOutput {
 class BundleWriter {
  public:
   /// A name that ends in ".morvale" is a packed file, which must not exist; any other a folder, which must
-  /// not exist or be empty. Throws BundleError, and then leaves nothing.
-  BundleWriter(const std::filesystem::path& bundle, const SessionInfo& info);
+  /// not exist or be empty. `compression` is a level of Zstandard for the frames' files; 0, and a build
+  /// without it, leave them plain. Throws BundleError, and then leaves nothing.
+  BundleWriter(const std::filesystem::path& bundle, const SessionInfo& info, int compression = 0);
   /// Without finish() no packed file is left; a folder is.
   ~BundleWriter();
   BundleWriter(const BundleWriter&) = delete;

@@ -2,6 +2,7 @@
 #include <cstdlib>
 #include <utility>
 
+#include "session/compression.h"
 #include "session/frame_files.h"
 #include "session/metadata.h"
 #include "session/npy.h"
@@ -107,38 +108,65 @@ struct BundleReader::Files {
 
   void check_frame(size_t index) {
     FrameLine& line = frames[index];
-    if (!line.pixels.empty()) expect_size(index, line.pixels, pixel_bytes(line.input));
-    if (!line.thin.empty()) {
-      const uint64_t whole = pixel_bytes(line.input);
-      if (whole == 0 || whole > kMostUnpackedPixels)
-        refuse(index, line.thin, "a picture of " + std::to_string(whole) + " bytes is not taken from it");
-      if (sized(index, line.thin) > kMostThinBytes)
-        refuse(index, line.thin, "holds more than samples that the library reads");
-    }
-    if (!line.labels.empty()) {
-      const uintmax_t size = sized(index, line.labels);
-      if (!is_label_map(info, size))
-        refuse(index, line.labels, std::to_string(size) + " bytes are no label map");
-    }
+    if (is_plain(line.pixels))
+      expect_size(index, line.pixels, pixel_bytes(line.input));
+    else if (!line.pixels.empty())
+      check_unpacked(index, line.pixels);
+    if (!line.thin.empty()) check_unpacked(index, line.thin);
+    if (is_plain(line.labels)) check_label_map(index, sized(index, line.labels));
+    for (const std::string* file : {&line.labels, &line.logits})
+      if (!file->empty()) check_packed(index, *file, 2 * most_npy_bytes(logit_count(info)));
     if (line.logits.empty()) return;
     if (line.execute_result.value_or(1) != 0)
       refuse(index, kMetadataFile, "has scores of a run that gave none");
+    if (!is_plain(line.logits)) return;
     const NpyHead head = about(index, [&] {
       const FilePart file = parts->find(line.logits);
       return read_npy_head(file.name, file.size, [&](uintmax_t offset, void* data, size_t size) {
         read_bytes(file, offset, data, size);
       });
     });
-    if (head.shape != std::vector<int32_t>{info.net_size, info.net_size, morvale::kLabels}) {
-      refuse(index, line.logits, "the scores are not those of the session's model");
-    }
+    check_shape(index, head.shape);
+  }
+
+  /// Whether a frame has a file, and it holds what it stands for as it is.
+  static bool is_plain(const std::string& file) {
+    return !file.empty() && !file.ends_with(kCompressedEnding);
+  }
+
+  /// A small file must not stand for a picture that takes all memory, nor a large one for few samples.
+  void check_unpacked(size_t index, const std::string& file) const {
+    const uint64_t whole = pixel_bytes(frames[index].input);
+    if (whole == 0 || whole > kMostUnpackedPixels)
+      refuse(index, file, "a picture of " + std::to_string(whole) + " bytes is not taken from it");
+    check_packed(index, file, 2 * std::max(whole, kMostThinBytes));
+  }
+
+  /// Nobody's compression makes twice as much of anything.
+  void check_packed(size_t index, const std::string& file, uint64_t most) const {
+    const uintmax_t size = sized(index, file);
+    if (size > most)
+      refuse(index, file, "holds " + std::to_string(size) + " bytes, which no such file needs");
+  }
+
+  void check_shape(size_t index, const std::vector<int32_t>& shape) const {
+    if (shape != std::vector<int32_t>{info.net_size, info.net_size, morvale::kLabels})
+      refuse(index, frames[index].logits, "the scores are not those of the session's model");
+  }
+
+  void check_label_map(size_t index, uintmax_t size) const {
+    if (!is_label_map(info, size))
+      refuse(index, frames[index].labels, std::to_string(size) + " bytes are no label map");
   }
 
   void expect_size(size_t index, const std::string& file, uint64_t expected) const {
     const uintmax_t size = sized(index, file);
-    if (size != expected || expected == 0) {
-      refuse(index, file, "holds " + std::to_string(size) + " bytes, not " + std::to_string(expected));
-    }
+    if (size != expected || expected == 0) refuse_size(index, file, size, expected);
+  }
+
+  [[noreturn]] void refuse_size(size_t index, const std::string& file, uintmax_t size,
+                                uint64_t expected) const {
+    refuse(index, file, "holds " + std::to_string(size) + " bytes, not " + std::to_string(expected));
   }
 
   uintmax_t sized(size_t index, const std::string& file) const {
@@ -157,15 +185,23 @@ struct BundleReader::Files {
     return static_cast<size_t>(index);
   }
 
-  std::vector<uint8_t> bytes(size_t index, const std::string& file) const {
+  /// What a file stands for: at most `most` bytes.
+  std::vector<uint8_t> bytes(size_t index, const std::string& file, uint64_t most) const {
     if (file.empty()) return {};
-    return about(index, [&] { return read_all(parts->find(file)); });
+    std::vector<uint8_t> stored = about(index, [&] { return read_all(parts->find(file)); });
+    if (is_plain(file)) return stored;
+    try {
+      return decompress(stored, most);
+    } catch (const std::runtime_error& error) {
+      refuse(index, file, error.what());
+    }
   }
 
   ThinFrame thin_frame(size_t index) const {
     const FrameLine& line = frames[index];
+    const std::vector<uint8_t> content = bytes(index, line.thin, kMostThinBytes);
     try {
-      return parse_thin(bytes(index, line.thin), pixel_bytes(line.input));
+      return parse_thin(content, pixel_bytes(line.input));
     } catch (const std::runtime_error& error) {
       refuse(index, line.thin, error.what());
     }
@@ -173,14 +209,26 @@ struct BundleReader::Files {
 
   std::vector<uint8_t> pixels(size_t index) const {
     const FrameLine& line = frames[index];
-    return line.thin.empty() ? bytes(index, line.pixels)
-                             : thick_pixels(thin_frame(index), pixel_bytes(line.input));
+    const uint64_t whole = pixel_bytes(line.input);
+    if (!line.thin.empty()) return thick_pixels(thin_frame(index), whole);
+    std::vector<uint8_t> pixels = bytes(index, line.pixels, whole);
+    if (!line.pixels.empty() && pixels.size() != whole) refuse_size(index, line.pixels, pixels.size(), whole);
+    return pixels;
   }
 
   std::vector<float> scores(size_t index) const {
     const std::string& file = frames[index].logits;
     if (file.empty()) return {};
-    return about(index, [&] { return parse_npy(parts->path(file), read_all(parts->find(file))).values; });
+    const std::vector<uint8_t> content = bytes(index, file, most_npy_bytes(logit_count(info)));
+    NpyArray array = about(index, [&] { return parse_npy(parts->path(file), content); });
+    check_shape(index, array.shape);
+    return std::move(array.values);
+  }
+
+  std::vector<uint8_t> label_map(size_t index) const {
+    std::vector<uint8_t> map = bytes(index, frames[index].labels, logit_count(info));
+    if (!frames[index].labels.empty()) check_label_map(index, map.size());
+    return map;
   }
 };
 
@@ -215,7 +263,7 @@ FrameOutput BundleReader::output(int index) const {
   output.process_result = line.process_result;
   output.execute_result = line.execute_result;
   output.result = files_->records[i];
-  output.labels = files_->bytes(i, line.labels);
+  output.labels = files_->label_map(i);
   output.network_ms = line.network_ms;
   output.logits = files_->scores(i);
   return output;

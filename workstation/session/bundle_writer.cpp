@@ -29,19 +29,21 @@ auto naming(const fs::path& bundle, Step step) {
 struct BundleWriter::State {
   fs::path path;
   SessionInfo info;
+  std::optional<Compressor> compressor;
   std::unique_ptr<Destination> destination;
   int count = 0;
   bool whole = true;  ///< no frame is half-written
 
-  State(const fs::path& bundle, const SessionInfo& session) : path(bundle), info(session) {
+  State(const fs::path& bundle, const SessionInfo& session, int compression) : path(bundle), info(session) {
+    if (compression > 0 && Compressor::available()) compressor.emplace(compression);
     const std::string text = session_text(info);
     parse_session(text);
     destination = new_destination(path, text);
   }
 };
 
-BundleWriter::BundleWriter(const fs::path& bundle, const SessionInfo& info)
-    : state_(naming(bundle, [&] { return std::make_unique<State>(bundle, info); })) {}
+BundleWriter::BundleWriter(const fs::path& bundle, const SessionInfo& info, int compression)
+    : state_(naming(bundle, [&] { return std::make_unique<State>(bundle, info, compression); })) {}
 
 BundleWriter::~BundleWriter() = default;
 
@@ -50,7 +52,7 @@ void BundleWriter::add(const FrameInput& input, const FrameOutput& output) {
   if (!state.whole) throw BundleError(state.path.string() + ": an earlier frame could not be written");
   std::optional<FrameParts> frame;
   try {
-    frame.emplace(state.count, state.info, input, output);
+    frame.emplace(state.count, state.info, input, output, state.compressor ? &*state.compressor : nullptr);
   } catch (const std::runtime_error& error) {
     throw BundleError(state.path.string() + ": frame " + std::to_string(state.count) + ": " + error.what());
   }

@@ -57,12 +57,16 @@ std::span<const uint8_t> FrameParts::keep(std::vector<uint8_t> bytes) {
 }
 
 void FrameParts::store(std::string& name_in_line, const std::string& name, std::span<const uint8_t> bytes) {
-  parts_.push_back({name, bytes});
-  name_in_line = name;
+  if (compressor_ != nullptr)
+    parts_.push_back({name + kCompressedEnding, keep(compressor_->compress(bytes))});
+  else
+    parts_.push_back({name, bytes});
+  name_in_line = parts_.back().name;
 }
 
-FrameParts::FrameParts(int index, const SessionInfo& info, const FrameInput& frame,
-                       const FrameOutput& output) {
+FrameParts::FrameParts(int index, const SessionInfo& info, const FrameInput& frame, const FrameOutput& output,
+                       Compressor* compressor)
+    : compressor_(compressor) {
   check(info, frame, output);
   FrameLine line = line_of(frame, output);
   const std::string number = six_digits(index);

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "session/bundle.h"
+#include "session/compression.h"
 
 namespace morvale::session {
 
@@ -21,7 +22,8 @@ class FrameParts {
  public:
   /// Frame `index` of a session. The frame must outlive the parts. Throws std::runtime_error when its sizes
   /// do not fit.
-  FrameParts(int index, const SessionInfo& info, const FrameInput& frame, const FrameOutput& output);
+  FrameParts(int index, const SessionInfo& info, const FrameInput& frame, const FrameOutput& output,
+             Compressor* compressor);
   FrameParts(const FrameParts&) = delete;
   FrameParts& operator=(const FrameParts&) = delete;
 
@@ -32,6 +34,7 @@ class FrameParts {
   void store(std::string& name_in_line, const std::string& name, std::span<const uint8_t> bytes);
   std::span<const uint8_t> keep(std::vector<uint8_t> bytes);
 
+  Compressor* compressor_;
   std::list<std::vector<uint8_t>> memory_;  ///< of parts that are not the frame's own bytes
   std::vector<NewPart> parts_;
   std::string line_;

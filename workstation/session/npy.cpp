@@ -104,6 +104,11 @@ NpyArray parse_npy(const std::string& file, std::span<const uint8_t> bytes) {
   return array;
 }
 
+uintmax_t most_npy_bytes(size_t values) {
+  constexpr uintmax_t kLongestHead = 0xffff;
+  return kPrefix + kLongestHead + values * sizeof(float);
+}
+
 NpyArray read_npy(const std::filesystem::path& file) { return parse_npy(file.string(), read_all(file)); }
 
 std::vector<uint8_t> npy_bytes(std::span<const int32_t> shape, std::span<const float> values) {

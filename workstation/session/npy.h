@@ -27,6 +27,9 @@ NpyHead read_npy_head(const std::string& name, uintmax_t size, const ReadAt& rea
 /// The same of a file in memory, with its values.
 NpyArray parse_npy(const std::string& name, std::span<const uint8_t> bytes);
 
+/// The most bytes that a file of so many values may have.
+uintmax_t most_npy_bytes(size_t values);
+
 /// A file's bytes. Throws std::runtime_error when the values are not of this shape.
 std::vector<uint8_t> npy_bytes(std::span<const int32_t> shape, std::span<const float> values);
 
