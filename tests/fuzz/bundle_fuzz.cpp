@@ -15,7 +15,8 @@ std::string content(const fs::path& folder) {
   std::string all = session_text(bundle.info());
   for (int i = 0; i < bundle.frame_count(); ++i) {
     FrameLine line = bundle.line(i);
-    line.pixels = line.logits = line.labels = "";
+    line.pixels = line.thin = line.logits = line.labels = line.preview = "";
+    line.hashes = {};
     all += frame_text(i, line);
     const FrameInput input = bundle.input(i);
     const FrameOutput output = bundle.output(i);

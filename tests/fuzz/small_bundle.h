@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <string>
 
 #include "fuzz/draws.h"
@@ -12,6 +13,14 @@ namespace small_bundle {
 
 namespace fs = std::filesystem;
 using namespace morvale::session;
+
+/// Makes it a recording of a version without hashes: what is changed in it is then read, and not refused.
+inline void forget_hashes(const fs::path& folder) {
+  std::ifstream file(folder / "metadata.jsonl");
+  std::string lines;
+  for (std::string line; std::getline(file, line);) lines += line.substr(0, line.find(",\"hashes\"")) + "}\n";
+  std::ofstream(folder / "metadata.jsonl") << lines;
+}
 
 inline void write_bundle(const fs::path& folder) {
   BundleWriter writer(folder, {morvale::kFrontCamera, 16, 4, 0, 0, "bundle_fuzz"});
@@ -37,6 +46,7 @@ struct Folder {
     std::string pattern = (fs::temp_directory_path() / "bundle_fuzz_XXXXXX").string();
     root = mkdtemp(pattern.data());
     write_bundle(sound = root / "sound");
+    forget_hashes(sound);
     for (const char* file : kFiles) HOLDS(fs::exists(sound / file));
   }
   ~Folder() { fs::remove_all(root); }

@@ -11,6 +11,8 @@ import subprocess
 import tempfile
 import unittest
 
+from bundles import forget_hashes
+
 PROGRAM = pathlib.Path(os.environ.get("MORVALE_PROGRAM", "build/tools/morvale/morvale"))
 PAGE = pathlib.Path(__file__).resolve().parents[2] / "docs/at-scale.md"
 
@@ -33,6 +35,7 @@ class AtScale(unittest.TestCase):
 
     def damage(self, offset):
         path = self.folder / "recordings/phone/session-0002/records.bin"
+        forget_hashes(path.parent)
         records = bytearray(path.read_bytes())
         records[offset] ^= 1
         path.write_bytes(records)

@@ -13,6 +13,8 @@ import subprocess
 import tempfile
 import unittest
 
+from bundles import forget_hashes
+
 PROGRAM = os.environ.get("MORVALE_PROGRAM", "build/tools/morvale/morvale")
 RECORD = 288
 
@@ -83,6 +85,7 @@ class Bundles(InFolder):
         done = morvale("scene", "--out", self.folder / name, "--size", "320x240", "--frames", self.FRAMES,
                        "--camera", camera)
         self.assertEqual(done.returncode, 0, done.stderr)
+        forget_hashes(self.folder / name)
         return self.folder / name
 
     def copy(self, bundle, name):

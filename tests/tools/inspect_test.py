@@ -11,6 +11,8 @@ import subprocess
 import tempfile
 import unittest
 
+from bundles import forget_hashes
+
 PROGRAM = os.environ.get("MORVALE_PROGRAM", "build/tools/morvale/morvale")
 
 
@@ -67,6 +69,7 @@ class Bundles(unittest.TestCase):
 
     def change(self, frame, **keys):
         """Sets keys of a frame's line; None takes one away."""
+        forget_hashes(self.bundle)
         path = self.bundle / "metadata.jsonl"
         lines = [json.loads(line) for line in path.read_text().splitlines()]
         lines[frame].update(keys)
@@ -96,6 +99,27 @@ class Bundles(unittest.TestCase):
                          "frame 2, front camera, 320x240, 1 camera face, gated\n",
                          "frame 3, front camera, 320x240, 0 camera faces, failed\n"]:
             self.assertIn(fragment, text)
+
+    def verify(self, path):
+        done = morvale("inspect", "--verify", path)
+        self.assertEqual(done.stderr, b"")
+        return done.returncode, done.stdout.decode().splitlines()
+
+    def test_verify_names_the_frames_that_changed(self):
+        whole = f"{self.bundle}: 4 frames, all as recorded."
+        self.assertEqual(self.verify(self.bundle), (0, [whole]))
+        pixels = next(self.bundle.glob("frames/000002*"))
+        data = pixels.read_bytes()
+        pixels.write_bytes(data[:1000] + bytes([data[1000] ^ 1]) + data[1001:])
+        records = (self.bundle / "records.bin").read_bytes()
+        (self.bundle / "records.bin").write_bytes(records[:-1] + bytes([records[-1] ^ 128]))
+        self.assertEqual(self.verify(self.bundle), (1, [
+            f"{pixels}: frame 2: the bytes are not those that were recorded",
+            f"{self.bundle}/records.bin: frame 3: the record is not the one that was recorded",
+            f"{self.bundle}: 4 frames, 2 damaged."]))
+        forget_hashes(self.bundle)
+        self.assertIn("4 of an older version have no hashes", self.verify(self.bundle)[1][0])
+        self.assertEqual(morvale("inspect", "--verify", self.folder / "none").returncode, 2)
 
     def test_a_bundle_without_frames(self):
         for name in ["metadata.jsonl", "records.bin"]:

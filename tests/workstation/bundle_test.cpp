@@ -8,7 +8,6 @@
 #include <cstring>
 #include <fstream>
 #include <functional>
-#include <iterator>
 #include <limits>
 #include <tuple>
 
@@ -200,13 +199,52 @@ TEST_F(BundleTest, LinesFromElsewhereAreRefusedByFrame) {
   int number = 0;
   for (const auto& [from, to] : edits) {
     const fs::path bundle = three_frames("edit" + std::to_string(number++));
-    std::ifstream stream(bundle / "metadata.jsonl");
-    std::string text(std::istreambuf_iterator<char>(stream), {});
+    forget_hashes(bundle);
+    std::string text = content(bundle / "metadata.jsonl");
     const size_t at = text.find(from, text.find('\n'));
     ASSERT_NE(at, std::string::npos) << from;
     std::ofstream(bundle / "metadata.jsonl") << text.replace(at, std::strlen(from), to);
     EXPECT_NE(complaint(bundle).find("frame 1"), std::string::npos) << to << ": " << complaint(bundle);
   }
+}
+
+/// A changed byte anywhere is told of with its frame, and only with that.
+TEST_F(BundleTest, AChangedByteIsNamedWithItsFrame) {
+  const fs::path path = three_frames("bundle");
+  const std::string lines = content(path / "metadata.jsonl");
+  const std::tuple<const char*, size_t, int> changes[] = {
+      {"frames/000000_6x5_s6.nv21", 3, 0},
+      {"logits/000001.npy", 300, 1},
+      {"labels/000002_4x3x5.bin", 59, 2},
+      {"records.bin", 288 + 7, 1},
+      {"metadata.jsonl", lines.find("\"width\":6") + 8, 0},
+      {"metadata.jsonl", lines.rfind("0"), 2}};
+  for (const auto& [file, at, frame] : changes) {
+    SCOPED_TRACE(file);
+    const std::string whole = content(path / file);
+    std::string changed = whole;
+    changed[at] ^= 1;
+    std::ofstream(path / file, std::ios::binary) << changed;
+    const BundleReader bundle(path, Damage::kTell);
+    ASSERT_EQ(bundle.frame_count(), 3);
+    for (int i = 0; i < 3; ++i) {
+      const std::string damage = bundle.damage(i).value_or("none");
+      EXPECT_EQ(damage.find("frame " + std::to_string(i)) != std::string::npos, i == frame) << i << damage;
+    }
+    const auto read_strictly = [&, refused = frame] {
+      const BundleReader strict(path);
+      strict.input(refused);
+      strict.output(refused);
+    };
+    EXPECT_THROW(read_strictly(), BundleError);
+    std::ofstream(path / file, std::ios::binary) << whole;
+  }
+  EXPECT_EQ(BundleReader(path).damage(1), std::nullopt);
+  std::string session = content(path / "session.json");
+  session[session.find("16")] = '9';
+  std::ofstream(path / "session.json") << session;
+  EXPECT_NE(complaint(path).find("session.json: is not as it was written"), std::string::npos)
+      << complaint(path);
 }
 
 TEST_F(BundleTest, TextsHaveAStatedLength) {

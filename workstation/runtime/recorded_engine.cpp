@@ -17,7 +17,8 @@ namespace {
 
 class RecordedEngine final : public Engine {
  public:
-  explicit RecordedEngine(const std::filesystem::path& folder) : name_(folder.string()), bundle_(folder) {
+  explicit RecordedEngine(const std::filesystem::path& folder)
+      : name_(folder.string()), bundle_(folder, session::Damage::kTell) {
     if (!bundle_.warning().empty()) std::cerr << "vexa_vndk: " + session::printable(bundle_.warning()) + "\n";
   }
 

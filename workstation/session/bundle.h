@@ -116,11 +116,15 @@ class BundleWriter {
 
 struct FrameLine;
 
+/// What a reader does, when the bundle is opened, about frames that are damaged.
+enum class Damage { kRefuse, kTell };
+
 /// Reads a bundle. The constructor checks everything that can be checked without reading pixels and scores; a
-/// half-written last frame is left out and told of in `warning()`.
+/// half-written last frame is left out and told of in `warning()`. What is read is held to its hash.
 class BundleReader {
  public:
-  explicit BundleReader(const std::filesystem::path& bundle);
+  /// Throws BundleError; with Damage::kTell not for what concerns one frame alone, which damage() tells.
+  explicit BundleReader(const std::filesystem::path& bundle, Damage damage = Damage::kRefuse);
   ~BundleReader();
   BundleReader(const BundleReader&) = delete;
   BundleReader& operator=(const BundleReader&) = delete;
@@ -143,6 +147,10 @@ class BundleReader {
   bool has_pixels(int index) const;
   bool is_thin(int index) const;  ///< it has them, and some samples only
   std::optional<int32_t> execute_result(int index) const;
+
+  /// Reads all of frame `index` and says what of it is damaged; nothing where it is as it was recorded. A
+  /// frame without hashes, as older versions wrote it, is held to its sizes alone.
+  std::optional<std::string> damage(int index) const;
 
  private:
   struct Files;

@@ -4,6 +4,7 @@
 
 #include "session/compression.h"
 #include "session/frame_files.h"
+#include "session/hash.h"
 #include "session/metadata.h"
 #include "session/npy.h"
 #include "session/parts.h"
@@ -27,19 +28,27 @@ SessionInfo read_session(const FilePart& file) {
   }
 }
 
+/// One frame as metadata.jsonl has it.
+struct ListedFrame {
+  FrameLine line;
+  std::string damage;  ///< why it cannot be used; empty: it can
+};
+
 struct Metadata {
-  std::vector<FrameLine> frames;
+  std::vector<ListedFrame> frames;
   bool cut = false;  ///< the file ends within a line
 };
 
-Metadata read_metadata(const FilePart& file) {
+Metadata read_metadata(const FilePart& file, Damage damage) {
   Metadata metadata;
   metadata.cut = read_lines(file, [&](const std::string& line) {
     const size_t index = metadata.frames.size();
+    ListedFrame& frame = metadata.frames.emplace_back();
     try {
-      metadata.frames.push_back(parse_frame(static_cast<int>(index), line));
+      frame.line = parse_frame(static_cast<int>(index), line);
     } catch (const std::runtime_error& error) {
-      throw BundleError(file.name + ": " + frame_name(index) + ": " + error.what());
+      frame.damage = file.name + ": " + frame_name(index) + ": " + error.what();
+      if (damage == Damage::kRefuse) throw BundleError(frame.damage);
     }
   });
   return metadata;
@@ -70,16 +79,16 @@ struct BundleReader::Files {
   std::string name;
   std::unique_ptr<Parts> parts;
   SessionInfo info;
-  std::vector<FrameLine> frames;
+  std::vector<ListedFrame> frames;
   std::vector<PersonWholeMeta> records;
   std::string warning;
 
-  explicit Files(const fs::path& bundle)
+  Files(const fs::path& bundle, Damage damage)
       : name(bundle.string()), parts(open_parts(bundle)), info(read_session(parts->find(kSessionFile))) {
-    Metadata metadata = read_metadata(parts->find(kMetadataFile));
+    Metadata metadata = read_metadata(parts->find(kMetadataFile), damage);
     frames = std::move(metadata.frames);
     const bool extra_record = read_records();
-    for (size_t i = 0; i < frames.size(); ++i) check_frame(i);
+    for (size_t i = 0; i < frames.size(); ++i) check_frame(i, damage);
     const size_t next = frames.size();
     const auto begun = [&](const char* folder) { return holds_frames_from(parts->names(folder), next); };
     if (metadata.cut || extra_record || begun("frames") || begun("logits") || begun("labels")) {
@@ -106,8 +115,27 @@ struct BundleReader::Files {
     return size > count * kRecordBytes;
   }
 
-  void check_frame(size_t index) {
-    FrameLine& line = frames[index];
+  void check_frame(size_t index, Damage damage) {
+    ListedFrame& frame = frames[index];
+    if (!frame.damage.empty()) return;
+    try {
+      check_record(index);
+      check_files(index);
+    } catch (const BundleError& error) {
+      if (damage == Damage::kRefuse) throw;
+      frame.damage = error.what();
+    }
+  }
+
+  void check_record(size_t index) const {
+    const std::string& hash = frames[index].line.hashes.record;
+    if (!hash.empty() && hash_text(&records[index], kRecordBytes) != hash)
+      refuse(index, kRecordsFile, "the record is not the one that was recorded");
+  }
+
+  /// All that can be said without reading pixels and scores.
+  void check_files(size_t index) const {
+    const FrameLine& line = frames[index].line;
     if (is_plain(line.pixels))
       expect_size(index, line.pixels, pixel_bytes(line.input));
     else if (!line.pixels.empty())
@@ -136,7 +164,7 @@ struct BundleReader::Files {
 
   /// A small file must not stand for a picture that takes all memory, nor a large one for few samples.
   void check_unpacked(size_t index, const std::string& file) const {
-    const uint64_t whole = pixel_bytes(frames[index].input);
+    const uint64_t whole = pixel_bytes(frames[index].line.input);
     if (whole == 0 || whole > kMostUnpackedPixels)
       refuse(index, file, "a picture of " + std::to_string(whole) + " bytes is not taken from it");
     check_packed(index, file, 2 * std::max(whole, kMostThinBytes));
@@ -151,12 +179,12 @@ struct BundleReader::Files {
 
   void check_shape(size_t index, const std::vector<int32_t>& shape) const {
     if (shape != std::vector<int32_t>{info.net_size, info.net_size, morvale::kLabels})
-      refuse(index, frames[index].logits, "the scores are not those of the session's model");
+      refuse(index, frames[index].line.logits, "the scores are not those of the session's model");
   }
 
   void check_label_map(size_t index, uintmax_t size) const {
     if (!is_label_map(info, size))
-      refuse(index, frames[index].labels, std::to_string(size) + " bytes are no label map");
+      refuse(index, frames[index].line.labels, std::to_string(size) + " bytes are no label map");
   }
 
   void expect_size(size_t index, const std::string& file, uint64_t expected) const {
@@ -185,11 +213,20 @@ struct BundleReader::Files {
     return static_cast<size_t>(index);
   }
 
-  /// What a file stands for: at most `most` bytes.
-  std::vector<uint8_t> bytes(size_t index, const std::string& file, uint64_t most) const {
+  /// A file's bytes as they are stored, held to their hash.
+  std::vector<uint8_t> stored_bytes(size_t index, const std::string& file, const std::string& hash) const {
     if (file.empty()) return {};
     std::vector<uint8_t> stored = about(index, [&] { return read_all(parts->find(file)); });
-    if (is_plain(file)) return stored;
+    if (!hash.empty() && hash_text(stored.data(), stored.size()) != hash)
+      refuse(index, file, "the bytes are not those that were recorded");
+    return stored;
+  }
+
+  /// What a file stands for: at most `most` bytes.
+  std::vector<uint8_t> bytes(size_t index, const std::string& file, const std::string& hash,
+                             uint64_t most) const {
+    std::vector<uint8_t> stored = stored_bytes(index, file, hash);
+    if (file.empty() || is_plain(file)) return stored;
     try {
       return decompress(stored, most);
     } catch (const std::runtime_error& error) {
@@ -197,9 +234,14 @@ struct BundleReader::Files {
     }
   }
 
+  const FrameLine& usable(size_t index) const {
+    if (!frames[index].damage.empty()) throw BundleError(frames[index].damage);
+    return frames[index].line;
+  }
+
   ThinFrame thin_frame(size_t index) const {
-    const FrameLine& line = frames[index];
-    const std::vector<uint8_t> content = bytes(index, line.thin, kMostThinBytes);
+    const FrameLine& line = frames[index].line;
+    const std::vector<uint8_t> content = bytes(index, line.thin, line.hashes.thin, kMostThinBytes);
     try {
       return parse_thin(content, pixel_bytes(line.input));
     } catch (const std::runtime_error& error) {
@@ -208,38 +250,41 @@ struct BundleReader::Files {
   }
 
   std::vector<uint8_t> pixels(size_t index) const {
-    const FrameLine& line = frames[index];
+    const FrameLine& line = frames[index].line;
     const uint64_t whole = pixel_bytes(line.input);
     if (!line.thin.empty()) return thick_pixels(thin_frame(index), whole);
-    std::vector<uint8_t> pixels = bytes(index, line.pixels, whole);
+    std::vector<uint8_t> pixels = bytes(index, line.pixels, line.hashes.pixels, whole);
     if (!line.pixels.empty() && pixels.size() != whole) refuse_size(index, line.pixels, pixels.size(), whole);
     return pixels;
   }
 
   std::vector<float> scores(size_t index) const {
-    const std::string& file = frames[index].logits;
+    const std::string& file = frames[index].line.logits;
     if (file.empty()) return {};
-    const std::vector<uint8_t> content = bytes(index, file, most_npy_bytes(logit_count(info)));
+    const std::vector<uint8_t> content =
+        bytes(index, file, frames[index].line.hashes.logits, most_npy_bytes(logit_count(info)));
     NpyArray array = about(index, [&] { return parse_npy(parts->path(file), content); });
     check_shape(index, array.shape);
     return std::move(array.values);
   }
 
   std::vector<uint8_t> label_map(size_t index) const {
-    std::vector<uint8_t> map = bytes(index, frames[index].labels, logit_count(info));
-    if (!frames[index].labels.empty()) check_label_map(index, map.size());
+    std::vector<uint8_t> map =
+        bytes(index, frames[index].line.labels, frames[index].line.hashes.labels, logit_count(info));
+    if (!frames[index].line.labels.empty()) check_label_map(index, map.size());
     return map;
   }
 };
 
-BundleReader::BundleReader(const fs::path& bundle) : files_(std::make_unique<Files>(bundle)) {}
+BundleReader::BundleReader(const fs::path& bundle, Damage damage)
+    : files_(std::make_unique<Files>(bundle, damage)) {}
 
 BundleReader::~BundleReader() = default;
 
 const SessionInfo& BundleReader::info() const { return files_->info; }
 int BundleReader::frame_count() const { return static_cast<int>(files_->frames.size()); }
 const std::string& BundleReader::warning() const { return files_->warning; }
-const FrameLine& BundleReader::line(int index) const { return files_->frames[files_->checked(index)]; }
+const FrameLine& BundleReader::line(int index) const { return files_->frames[files_->checked(index)].line; }
 const FrameInput& BundleReader::metadata(int index) const { return line(index).input; }
 const PersonWholeMeta& BundleReader::record(int index) const {
   return files_->records[files_->checked(index)];
@@ -251,14 +296,14 @@ std::optional<int32_t> BundleReader::execute_result(int index) const { return li
 
 FrameInput BundleReader::input(int index) const {
   const size_t i = files_->checked(index);
-  FrameInput input = files_->frames[i].input;
+  FrameInput input = files_->usable(i).input;
   input.nv21 = files_->pixels(i);
   return input;
 }
 
 FrameOutput BundleReader::output(int index) const {
   const size_t i = files_->checked(index);
-  const FrameLine& line = files_->frames[i];
+  const FrameLine& line = files_->usable(i);
   FrameOutput output;
   output.process_result = line.process_result;
   output.execute_result = line.execute_result;
@@ -267,6 +312,18 @@ FrameOutput BundleReader::output(int index) const {
   output.network_ms = line.network_ms;
   output.logits = files_->scores(i);
   return output;
+}
+
+std::optional<std::string> BundleReader::damage(int index) const {
+  const size_t i = files_->checked(index);
+  try {
+    input(index);
+    output(index);
+    files_->stored_bytes(i, line(index).preview, line(index).hashes.preview);
+    return std::nullopt;
+  } catch (const BundleError& error) {
+    return error.what();
+  }
 }
 
 }  // namespace morvale::session

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "session/frame_files.h"
+#include "session/hash.h"
 #include "session/metadata.h"
 #include "session/npy.h"
 
@@ -47,6 +48,7 @@ FrameLine line_of(const FrameInput& input, const FrameOutput& output) {
   line.execute_result = output.execute_result;
   if (!output.logits.empty() && !line.execute_result) line.execute_result = 0;
   if (output.network_ms && std::isfinite(*output.network_ms)) line.network_ms = output.network_ms;
+  line.hashes.record = hash_text(&output.result, sizeof output.result);
   return line;
 }
 
@@ -56,12 +58,14 @@ std::span<const uint8_t> FrameParts::keep(std::vector<uint8_t> bytes) {
   return memory_.emplace_back(std::move(bytes));
 }
 
-void FrameParts::store(std::string& name_in_line, const std::string& name, std::span<const uint8_t> bytes) {
+void FrameParts::store(const std::string& name, std::span<const uint8_t> bytes, std::string& name_in_line,
+                       std::string& hash_in_line) {
   if (compressor_ != nullptr)
     parts_.push_back({name + kCompressedEnding, keep(compressor_->compress(bytes))});
   else
     parts_.push_back({name, bytes});
   name_in_line = parts_.back().name;
+  hash_in_line = hash_text(parts_.back().bytes.data(), parts_.back().bytes.size());
 }
 
 FrameParts::FrameParts(int index, const SessionInfo& info, const FrameInput& frame, const FrameOutput& output,
@@ -72,15 +76,17 @@ FrameParts::FrameParts(int index, const SessionInfo& info, const FrameInput& fra
   const std::string number = six_digits(index);
   const std::string picture = "frames/" + number + shape_text(frame.record);
   if (frame.thin)
-    store(line.thin, picture + ".thin", keep(thin_bytes(*frame.thin)));
+    store(picture + ".thin", keep(thin_bytes(*frame.thin)), line.thin, line.hashes.thin);
   else if (!frame.nv21.empty())
-    store(line.pixels, picture + ".nv21", frame.nv21);
+    store(picture + ".nv21", frame.nv21, line.pixels, line.hashes.pixels);
   if (!output.logits.empty()) {
     const std::vector<int32_t> shape{info.net_size, info.net_size, morvale::kLabels};
-    store(line.logits, "logits/" + number + ".npy", keep(npy_bytes(shape, output.logits)));
+    store("logits/" + number + ".npy", keep(npy_bytes(shape, output.logits)), line.logits,
+          line.hashes.logits);
   }
   if (!output.labels.empty())
-    store(line.labels, "labels/" + number + shape_text(info, output.labels.size()) + ".bin", output.labels);
+    store("labels/" + number + shape_text(info, output.labels.size()) + ".bin", output.labels, line.labels,
+          line.hashes.labels);
   line_ = frame_text(index, line);
 }
 

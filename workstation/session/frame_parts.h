@@ -31,7 +31,8 @@ class FrameParts {
   const std::string& line() const { return line_; }  ///< for metadata.jsonl
 
  private:
-  void store(std::string& name_in_line, const std::string& name, std::span<const uint8_t> bytes);
+  void store(const std::string& name, std::span<const uint8_t> bytes, std::string& name_in_line,
+             std::string& hash_in_line);
   std::span<const uint8_t> keep(std::vector<uint8_t> bytes);
 
   Compressor* compressor_;

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <utility>
 
+#include "session/hash.h"
 #include "session/json.h"
 
 namespace morvale::session {
@@ -110,6 +111,20 @@ void read_faces(const Json& faces, MorvaleData_t& record) {
   }
 }
 
+/// The files of a frame: their keys, and where the line has their names and hashes.
+struct FileKey {
+  const char* key;
+  std::string_view folder;
+  std::string FrameLine::*name;
+  std::string FrameHashes::*hash;
+};
+constexpr FileKey kFiles[] = {{"nv21", "frames/", &FrameLine::pixels, &FrameHashes::pixels},
+                              {"thin", "frames/", &FrameLine::thin, &FrameHashes::thin},
+                              {"logits", "logits/", &FrameLine::logits, &FrameHashes::logits},
+                              {"labels", "labels/", &FrameLine::labels, &FrameHashes::labels},
+                              {"preview", "previews/", &FrameLine::preview, &FrameHashes::preview}};
+constexpr const char* kRecordHash = "record";
+
 constexpr std::pair<ChromaPlace, const char*> kChromaPlaces[] = {
     {ChromaPlace::kFound, "found"}, {ChromaPlace::kBehind, "behind"}, {ChromaPlace::kApart, "apart"}};
 
@@ -144,6 +159,23 @@ LaterRecord read_later(const Json& json) {
           int32_at(json, "stride"), bool_at(json, "has_luma")};
 }
 
+Json hashes_json(const FrameHashes& hashes) {
+  Json json = {{kRecordHash, hashes.record}};
+  for (const FileKey& file : kFiles)
+    if (!(hashes.*file.hash).empty()) json[file.key] = hashes.*file.hash;
+  return json;
+}
+
+FrameHashes read_hashes(const Json& json) {
+  FrameHashes hashes;
+  const Json* object = json.find("hashes");
+  if (object == nullptr) return hashes;
+  hashes.record = string_at(*object, kRecordHash);
+  for (const FileKey& file : kFiles)
+    if (object->find(file.key) != nullptr) hashes.*file.hash = string_at(*object, file.key);
+  return hashes;
+}
+
 }  // namespace
 
 std::string session_text(const SessionInfo& info) {
@@ -155,11 +187,12 @@ std::string session_text(const SessionInfo& info) {
                   {"open_result", info.open_result},
                   {"debug_level", info.debug_level},
                   {"made_by", info.made_by}};
-  return json.dump(2) + "\n";
+  return sealed(json.dump(2) + "\n");
 }
 
 SessionInfo parse_session(const std::string& text) {
   const Json json = parse_object(text);
+  if (!is_intact(text)) refuse("is not as it was written");
   if (string_at(json, "format") != kFormat) refuse("describes no session");
   const int32_t version = int32_at(json, "version");
   if (version < 1 || version > kBundleVersion) {
@@ -200,15 +233,15 @@ std::string frame_text(int index, const FrameLine& line) {
   if (line.input.later) json["later"] = later_json(*line.input.later);
   if (line.execute_result) json["execute"] = *line.execute_result;
   if (line.network_ms) json["network_ms"] = *line.network_ms;
-  if (!line.pixels.empty()) json["nv21"] = line.pixels;
-  if (!line.thin.empty()) json["thin"] = line.thin;
-  if (!line.logits.empty()) json["logits"] = line.logits;
-  if (!line.labels.empty()) json["labels"] = line.labels;
-  return json.dump() + "\n";
+  for (const FileKey& file : kFiles)
+    if (!(line.*file.name).empty()) json[file.key] = line.*file.name;
+  if (!line.hashes.record.empty()) json["hashes"] = hashes_json(line.hashes);
+  return sealed(json.dump() + "\n");
 }
 
 FrameLine parse_frame(int index, const std::string& text) {
   const Json json = parse_object(text);
+  if (!is_intact(text)) refuse("the line is not as it was written");
   if (int32_at(json, "frame") != index) refuse("\"frame\" is not " + std::to_string(index));
   FrameLine line;
   MorvaleData_t& record = line.input.record;
@@ -231,11 +264,9 @@ FrameLine parse_frame(int index, const std::string& text) {
     if (!network_ms->is_number()) refuse("\"network_ms\" is no number");
     line.network_ms = network_ms->number();
   }
-  line.pixels = file_at(json, "nv21", "frames/");
-  line.thin = file_at(json, "thin", "frames/");
+  for (const FileKey& file : kFiles) line.*file.name = file_at(json, file.key, file.folder);
   if (!line.pixels.empty() && !line.thin.empty()) refuse("has both \"nv21\" and \"thin\"");
-  line.logits = file_at(json, "logits", "logits/");
-  line.labels = file_at(json, "labels", "labels/");
+  line.hashes = read_hashes(json);
   return line;
 }
 

@@ -6,10 +6,12 @@
 
 #include "common/command.h"
 #include "common/options.h"
+#include "common/words.h"
 #include "inspect/inspect_source.h"
 #include "inspect/inspect_summary.h"
 #include "inspect/inspect_words.h"
 #include "service/report_text.h"
+#include "session/printable.h"
 
 namespace tool {
 namespace {
@@ -28,6 +30,8 @@ constexpr const char* kExamples = R"(Examples:
       Every word of frame 41's record with its offset, name, value and meaning.
   morvale inspect --camera back session-0001/records.bin --all
       Bare records do not say whose they are: without --camera they are read as the front camera's.
+  morvale inspect --verify session-0001
+      Whether every byte is as it was recorded, and which frames are damaged.
   tail -c 288 session-0001/records.bin | morvale inspect - --hex
       A single record.
   morvale inspect --format json session-0001 | jq .session.networkMs
@@ -36,13 +40,13 @@ A colour figure is its mean with the low and the high band in brackets. In the g
 somebody is. The network's times are there when the recording has them; p90 is what nine runs of ten did not
 exceed.
 
-Exit status: 0 done, 1 the output cannot be written, 2 the command line or PATH cannot be used.
+Exit status: 0 done, 1 the output cannot be written or --verify found damage, 2 the command line or PATH cannot be used.
 )";
 
 struct InspectOptions {
   std::string path;
   int frame = 0;
-  bool all = false, offsets = false, hex = false, json = false;
+  bool all = false, offsets = false, hex = false, verify = false, json = false;
   Camera camera = Camera::kFront;
 };
 
@@ -59,6 +63,8 @@ std::optional<InspectOptions> parse_inspect_options(int argc, char** argv) {
        {"--all", &options.all, "Every frame's record", "", Excludes{"--frame"}},
        {"--offsets", &options.offsets, "The record word by word: offset, name, value, meaning"},
        {"--hex", &options.hex, "The record's 288 bytes"},
+       {"--verify", &options.verify, "Whether the recording is as it was made, in place of all else", "",
+        Excludes{"--frame"}},
        {"--camera", &camera, "Whose bare records are (default: front); a bundle says it itself",
         "front|back"},
        {"--format", &format, "Text (default) or one JSON object", "text|json"}}};
@@ -107,11 +113,41 @@ Json frame_json(const RecordSource& source, int index, const InspectOptions& opt
   return json;
 }
 
+/// A line for each damaged frame, and one for the whole.
+int verify_all(const morvale::session::BundleReader& bundle, const std::string& name) {
+  using morvale::session::printable;
+  int damaged = 0, unhashed = 0;
+  for (int frame = 0; frame < bundle.frame_count(); ++frame) {
+    unhashed += bundle.line(frame).hashes.record.empty();
+    const std::optional<std::string> damage = bundle.damage(frame);
+    if (!damage) continue;
+    ++damaged;
+    std::puts(printable(*damage).c_str());
+  }
+  std::string text = name + ": " + counted(static_cast<size_t>(bundle.frame_count()), "frame") + ", " +
+                     (damaged == 0 ? "all as recorded" : std::to_string(damaged) + " damaged");
+  if (unhashed > 0)
+    text +=
+        "; " + std::to_string(unhashed) + " of an older version have no hashes: their sizes were looked at";
+  if (!bundle.warning().empty()) text += "; " + bundle.warning();
+  std::puts((printable(text) + ".").c_str());
+  return damaged == 0 ? kExitDone : kExitFailed;
+}
+
+int verify(const std::string& path) {
+  try {
+    return verify_all(morvale::session::BundleReader(path, morvale::session::Damage::kTell), path);
+  } catch (const morvale::session::BundleError& error) {
+    throw UsageError(std::string(error.what()) + ".");
+  }
+}
+
 }  // namespace
 
 int inspect_main(int argc, char** argv) {
   const std::optional<InspectOptions> options = parse_inspect_options(argc, argv);
   if (!options) return kExitDone;
+  if (options->verify) return verify(options->path);
   const RecordSource source = open_records(options->path);
   // A bundle that ended before its first frame has a summary and no record.
   const bool nothing_asked = options->frame == 0 && source.frame_count() == 0;

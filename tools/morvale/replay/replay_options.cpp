@@ -15,7 +15,7 @@ constexpr const char* kIntroduction =
     "neither network nor phone, and its records must come out as they were recorded.\n";
 
 constexpr const char* kExamples =
-    R"(An INPUT is a recording (a folder with session.json), a folder of pictures (in the order of their names), a video,
+    R"(An INPUT is a recording (a folder with session.json, or a *.morvale file), a folder of pictures (in the order of their names), a video,
 a YUV4MPEG2 stream (*.y4m, or - for standard input) or a single picture.
 
 Examples:
@@ -76,14 +76,16 @@ std::vector<Option> session(ReplayOptions& options, Texts& texts) {
 
 std::vector<Option> output(ReplayOptions& options, Texts& texts) {
   return {
-      {"--record", &options.record, "Record the session as a bundle in this new folder", "DIR"},
+      {"--record", &options.record, "Record the session as a bundle in this new folder, or *.morvale file",
+       "DIR"},
       {"--report", &options.report, "Write report.html into this folder", "DIR"},
       {"--trace", &options.trace, "Write the stages of each frame for Perfetto", "FILE"},
       {"--format", &texts.format, "JSON lines (default), CSV or nothing on standard output", "json|csv|none"},
       {"--times", &options.times, "Add the milliseconds of network, process and analysis to each line"},
       {"--jobs", &options.jobs, "Replay so many inputs at a time, each in a process of its own", "N",
        Range{1, 1024}},
-      {"--keep-going", &options.keep_going, "Leave out pictures that cannot be read, and tell of them"},
+      {"--keep-going", &options.keep_going,
+       "Leave out pictures that cannot be read and damaged frames, and tell of them"},
       {"--verbose", &options.verbose, "Show the library's own messages on standard error"}};
 }
 

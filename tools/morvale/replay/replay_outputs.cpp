@@ -66,7 +66,9 @@ class RecordOutput final : public ReplayOutput {
     }
   }
 
-  void finish(const Comparison&) override {}
+  void finish(const Comparison&) override {
+    if (!empty_) writer_.finish();
+  }
 
  private:
   std::string folder_;

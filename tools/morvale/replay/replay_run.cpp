@@ -46,7 +46,7 @@ SourceKind kind_of(const ReplayOptions& options) {
 std::unique_ptr<FrameSource> open_source(const ReplayOptions& options, const Plan& plan) {
   switch (plan.kind) {
     case SourceKind::kBundle:
-      return make_bundle_source(plan.input);
+      return make_bundle_source(plan.input, options.keep_going);
     case SourceKind::kVideo:
       return opencv().make_video_source(plan.input);
     case SourceKind::kY4m:
@@ -73,13 +73,18 @@ std::string engine_of(const ReplayOptions& options, const Plan& plan, bool other
 }
 
 void plan_bundle(const ReplayOptions& options, Plan& plan, bool& other_camera) {
-  const BundleReader bundle(plan.input);
+  using morvale::session::Damage;
+  const BundleReader bundle(plan.input, options.keep_going ? Damage::kTell : Damage::kRefuse);
   if (!bundle.warning().empty()) complain(bundle.warning() + ".");
   plan.session = bundle.info();
   plan.made_by = bundle.info().made_by;
   other_camera = options.camera && *options.camera != camera_of(plan.session.camera_type);
-  for (int frame = 0; frame < bundle.frame_count(); ++frame)
+  for (int frame = 0; frame < bundle.frame_count(); ++frame) {
+    if (other_camera && bundle.is_thin(frame))
+      throw UsageError("--camera: " + plan.input +
+                       " holds of its frames what its own camera's model reads; replay the whole recording.");
     plan.pixels_kept &= bundle.has_pixels(frame) || bundle.execute_result(frame) == std::nullopt;
+  }
 }
 
 Plan plan_of(const ReplayOptions& options) {
@@ -151,11 +156,16 @@ class Replay {
       std::optional<SourceFrame> frame = next_frame();
       if (!frame) break;
       progress.next(plan_.input);
-      process(*frame, read_begin);
+      if (frame->damage.empty()) {
+        process(*frame, read_begin);
+      } else {
+        progress.clear();
+        leave_out(*frame);
+      }
     }
     progress.clear();
     if (done == 0) give_up_without_frames();
-    for (const auto& output : outputs_) output->finish(comparison_);
+    for (const auto& output : outputs_) output->finish(left_out_ == 0 ? comparison_ : std::nullopt);
     const int status = sum_up(done);
     if (!options_.report.empty())
       complain("the report is " + (fs::path(options_.report) / "report.html").string() + ".");
@@ -220,13 +230,19 @@ class Replay {
     const FrameReport report = service_->replay(frame.input);
     const StageTimes times = plan_.engine == "recorded" ? replayed_times(report, frame.recorded->network_ms)
                                                         : measured_times(report);
-    if (comparison_) comparison_->add(frame.number, *frame.recorded, report);
+    if (comparison_ && left_out_ == 0) comparison_->add(frame.number, *frame.recorded, report);
     const bool failed_then = frame.recorded && frame.recorded->process_result != 0;
     if (report.process != 0 && !failed_then) {
       if (failed_ == 0) first_failed_ = frame.number;
       ++failed_;
     }
     for (const auto& output : outputs_) output->add({frame, report, service_->planes(), read_begin, times});
+  }
+
+  /// Records lean on the frames before theirs: behind a frame that is left out none is compared.
+  void leave_out(const SourceFrame& frame) {
+    if (left_out_++ == 0) first_left_out_ = frame.number;
+    complain(frame.damage + "; it is left out.");
   }
 
   void apply_flags(SourceFrame& frame) {
@@ -272,6 +288,11 @@ class Replay {
               " (--verbose shows what the library says)";
       status = kExitFailed;
     }
+    if (left_out_ > 0) {
+      text += "; " + std::to_string(left_out_) + " damaged and left out, the first: frame " +
+              std::to_string(first_left_out_) + ", behind which no record is compared";
+      status = kExitFailed;
+    }
     if (frames_.damaged_frames() > 0) {
       text += "; the video is damaged: " + std::to_string(frames_.damaged_frames()) +
               " of the frames read so far";
@@ -298,8 +319,9 @@ class Replay {
   std::optional<CameraService> service_;
   std::vector<std::unique_ptr<ReplayOutput>> outputs_;
   std::optional<RecordComparison> comparison_;
-  int failed_ = 0, first_failed_ = 0;  ///< frames that fail here and did not when they were recorded
-  std::exception_ptr unreadable_;      ///< why the frames ended early
+  int left_out_ = 0, first_left_out_ = 0;  ///< damaged frames
+  int failed_ = 0, first_failed_ = 0;      ///< frames that fail here and did not when they were recorded
+  std::exception_ptr unreadable_;          ///< why the frames ended early
 };
 
 }  // namespace

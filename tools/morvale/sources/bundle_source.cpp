@@ -5,16 +5,25 @@
 namespace tool {
 namespace {
 
+using morvale::session::BundleError;
+using morvale::session::Damage;
+
 class BundleSource final : public FrameSource {
  public:
-  explicit BundleSource(const std::string& folder) : bundle_(folder) {}
+  BundleSource(const std::string& bundle, bool keep_going)
+      : bundle_(bundle, keep_going ? Damage::kTell : Damage::kRefuse), keep_going_(keep_going) {}
 
   std::optional<SourceFrame> next() override {
     if (next_ >= bundle_.frame_count()) return std::nullopt;
     SourceFrame frame;
     frame.number = next_++;
-    frame.input = bundle_.input(frame.number);
-    frame.recorded = bundle_.output(frame.number);
+    try {
+      frame.input = bundle_.input(frame.number);
+      frame.recorded = bundle_.output(frame.number);
+    } catch (const BundleError& error) {
+      if (!keep_going_) throw;
+      frame.damage = error.what();
+    }
     return frame;
   }
 
@@ -28,13 +37,14 @@ class BundleSource final : public FrameSource {
 
  private:
   morvale::session::BundleReader bundle_;
+  bool keep_going_;
   int next_ = 0;
 };
 
 }  // namespace
 
-std::unique_ptr<FrameSource> make_bundle_source(const std::string& folder) {
-  return std::make_unique<BundleSource>(folder);
+std::unique_ptr<FrameSource> make_bundle_source(const std::string& bundle, bool keep_going) {
+  return std::make_unique<BundleSource>(bundle, keep_going);
 }
 
 }  // namespace tool

@@ -20,6 +20,7 @@ struct SourceFrame {
   std::optional<double> seconds;  ///< the film's own time stamp; absent: the source has none
   morvale::session::FrameInput input;
   std::optional<morvale::session::FrameOutput> recorded;  ///< what a recording says the library made of it
+  std::string damage;  ///< why it cannot be delivered, as a sentence without its end; empty: it can
 };
 
 enum class SourceKind { kBundle, kVideo, kY4m, kPictures, kPan };
@@ -52,7 +53,8 @@ class FrameSource {
 SourceKind kind_of_input(const std::string& input);
 
 /// Size of pictures and of panned frames; recordings and videos have their own.
-std::unique_ptr<FrameSource> make_bundle_source(const std::string& folder);
+/// `keep_going`: a damaged frame is told of in its place, where it otherwise ends the source.
+std::unique_ptr<FrameSource> make_bundle_source(const std::string& bundle, bool keep_going);
 std::unique_ptr<FrameSource> make_y4m_source(const std::string& file);  ///< "-": standard input
 /// `keep_going`: a picture that cannot be read is told of and left out, where it otherwise ends the source.
 std::unique_ptr<FrameSource> make_picture_source(const std::string& folder_or_file, const FrameShape& shape,
