@@ -10,6 +10,7 @@
 ///                     frame that the network gave none for)
 ///   records.bin       288 bytes a frame
 ///   labels/           the label map that the analysis read (optional)
+///   previews/         a small JPEG for the eye (optional)
 #pragma once
 
 #include <cstdint>
@@ -102,9 +103,9 @@ class BundleWriter {
   BundleWriter(const BundleWriter&) = delete;
   BundleWriter& operator=(const BundleWriter&) = delete;
 
-  /// Throws BundleError: before anything is written when the sizes do not fit, else (a full disk) for good,
-  /// since the frame is then half-written; a reader leaves it out.
-  void add(const FrameInput& input, const FrameOutput& output);
+  /// `preview`: a JPEG for the eye, or nothing. Throws BundleError: before anything is written when the sizes
+  /// do not fit, else (a full disk) for good, since the frame is then half-written; a reader leaves it out.
+  void add(const FrameInput& input, const FrameOutput& output, std::span<const uint8_t> preview = {});
 
   /// Throws BundleError. Nothing may be added behind it.
   void finish();

@@ -47,12 +47,13 @@ BundleWriter::BundleWriter(const fs::path& bundle, const SessionInfo& info, int 
 
 BundleWriter::~BundleWriter() = default;
 
-void BundleWriter::add(const FrameInput& input, const FrameOutput& output) {
+void BundleWriter::add(const FrameInput& input, const FrameOutput& output, std::span<const uint8_t> preview) {
   State& state = *state_;
   if (!state.whole) throw BundleError(state.path.string() + ": an earlier frame could not be written");
   std::optional<FrameParts> frame;
   try {
-    frame.emplace(state.count, state.info, input, output, state.compressor ? &*state.compressor : nullptr);
+    frame.emplace(state.count, state.info, input, output, preview,
+                  state.compressor ? &*state.compressor : nullptr);
   } catch (const std::runtime_error& error) {
     throw BundleError(state.path.string() + ": frame " + std::to_string(state.count) + ": " + error.what());
   }

@@ -69,7 +69,7 @@ void FrameParts::store(const std::string& name, std::span<const uint8_t> bytes, 
 }
 
 FrameParts::FrameParts(int index, const SessionInfo& info, const FrameInput& frame, const FrameOutput& output,
-                       Compressor* compressor)
+                       std::span<const uint8_t> preview, Compressor* compressor)
     : compressor_(compressor) {
   check(info, frame, output);
   FrameLine line = line_of(frame, output);
@@ -87,6 +87,10 @@ FrameParts::FrameParts(int index, const SessionInfo& info, const FrameInput& fra
   if (!output.labels.empty())
     store("labels/" + number + shape_text(info, output.labels.size()) + ".bin", output.labels, line.labels,
           line.hashes.labels);
+  if (!preview.empty()) {
+    compressor_ = nullptr;  // it is compressed
+    store("previews/" + number + ".jpg", preview, line.preview, line.hashes.preview);
+  }
   line_ = frame_text(index, line);
 }
 

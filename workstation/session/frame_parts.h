@@ -23,7 +23,7 @@ class FrameParts {
   /// Frame `index` of a session. The frame must outlive the parts. Throws std::runtime_error when its sizes
   /// do not fit.
   FrameParts(int index, const SessionInfo& info, const FrameInput& frame, const FrameOutput& output,
-             Compressor* compressor);
+             std::span<const uint8_t> preview, Compressor* compressor);
   FrameParts(const FrameParts&) = delete;
   FrameParts& operator=(const FrameParts&) = delete;
 

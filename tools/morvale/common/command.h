@@ -82,6 +82,7 @@ int score_main(int argc, char** argv);
 int bench_main(int argc, char** argv);
 int diff_main(int argc, char** argv);
 int inspect_main(int argc, char** argv);
+int pack_main(int argc, char** argv);
 int selfcheck_main(int argc, char** argv);
 int doctor_main(int argc, char** argv);
 int completion_main(int argc, char** argv);
