@@ -334,6 +334,12 @@ TEST_F(RecordTest, ThePythonExampleReadsABundle) {
             0);
   EXPECT_EQ(count(content(out), "\n"), 1 + kFrames) << content(out);
   EXPECT_EQ(count(content(out), "no scores"), 2) << content(out);
+  if (std::system("zstd --version >/dev/null 2>&1") != 0) return;
+  recorded("VEXA_RECORD_FRAMES=thin", "film", "back");
+  ASSERT_EQ(std::system(
+                ("/usr/bin/python3 -B " READ_BUNDLE " " + session(2).string() + " >" + out.string()).c_str()),
+            0);
+  EXPECT_EQ(count(content(out), "no pixels"), 2) << content(out);
 }
 
 /// The engine itself, in this process.
