@@ -23,7 +23,7 @@ inline void forget_hashes(const fs::path& folder) {
 }
 
 inline void write_bundle(const fs::path& folder) {
-  BundleWriter writer(folder, {morvale::kFrontCamera, 16, 4, 0, 0, "bundle_fuzz"});
+  BundleWriter writer(folder, {morvale::kFrontCamera, 16, 4, 0, 0, "bundle_fuzz", ""});
   FrameInput input;
   input.record.cameraType = morvale::kFrontCamera;
   input.record.width = input.record.stride = 4;

@@ -156,7 +156,7 @@ class Complaints(InFolder):
         def morvale(*arguments):
             done = subprocess.run([PROGRAM, *arguments], capture_output=True, text=True)
             return done.returncode, done.stdout, done.stderr
-        self.assertRegex(morvale("--version")[1], r"\Amorvale \d+\.\d+\.\d+\n\Z")
+        self.assertRegex(morvale("--version")[1], r"\Amorvale \d+\.\d+\.\d+\nlibrary \d+\.\d+\.\d+, commit \S+, (GCC|clang) .*, kernels portable\b.*\n\Z")
         self.assertIn("analyze", morvale("--help")[1])
         self.assertIn("Examples:", morvale("analyze", "--help")[1])
         for arguments in [(), ("analyse",)]:

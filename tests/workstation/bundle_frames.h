@@ -20,7 +20,7 @@ namespace bundle_frames {
 namespace fs = std::filesystem;
 using namespace morvale::session;
 
-inline const SessionInfo kInfo{morvale::kFrontCamera, 16, 4, 2, 1, "bundle_test \"quoted\" \xff"};
+inline const SessionInfo kInfo{morvale::kFrontCamera, 16, 4, 2, 1, "bundle_test \"quoted\" \xff", ""};
 inline constexpr size_t kScores = 4 * 4 * 5;
 
 inline FrameInput frame_input(int seed) {

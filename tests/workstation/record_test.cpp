@@ -70,7 +70,7 @@ class RecordTest : public testing::Test {
   /// The setting of an engine whose answers differ from run to run: a head and a body that walk to the right.
   std::string walking_engine(int32_t side) {
     const fs::path bundle = folder_ / ("walk" + std::to_string(side));
-    morvale::session::BundleWriter writer(bundle, {morvale::kFrontCamera, 4 * side, side, 0, 0, "test"});
+    morvale::session::BundleWriter writer(bundle, {morvale::kFrontCamera, 4 * side, side, 0, 0, "test", ""});
     for (int frame = 0; frame < kFrames; ++frame) {
       morvale::session::FrameOutput output;
       for (int32_t y = 0; y < side; ++y) {
@@ -244,7 +244,9 @@ TEST_F(RecordTest, EachSessionHasItsOwnBundle) {
 }
 
 TEST_F(RecordTest, NoPixelIsReadThatTheLibraryDoesNotRead) {
-  { morvale::session::BundleWriter(folder_ / "sluggish", {morvale::kFrontCamera, 256, 64, 2, 0, "test"}); }
+  {
+    morvale::session::BundleWriter(folder_ / "sluggish", {morvale::kFrontCamera, 256, 64, 2, 0, "test", ""});
+  }
   const std::string sluggish = "VEXA_ENGINE=recorded VEXA_BUNDLE=" + (folder_ / "sluggish").string();
   const std::pair<std::string, std::string> sessions[] = {
       {"", "unloaded"}, {"VEXA_ENGINE=onnx VEXA_MODEL_DIR=/none", "unread"}, {sluggish, "unread"}};
@@ -357,7 +359,7 @@ class RecordedEngineTest : public RecordTest {
 
   /// Frame i has the score i in every cell; frames 1 and 3 were not run, the run of frame 4 failed.
   void make_bundle(int32_t open_result) {
-    morvale::session::SessionInfo info{morvale::kFrontCamera, 16, 4, open_result, 0, "test"};
+    morvale::session::SessionInfo info{morvale::kFrontCamera, 16, 4, open_result, 0, "test", ""};
     morvale::session::BundleWriter writer(folder_ / "bundle", info);
     for (int i = 0; i < 6; ++i) {
       morvale::session::FrameOutput output;

@@ -20,6 +20,7 @@
 #include "pictures/opencv_module.h"
 #include "service/camera_service.h"
 #include "service/library_check.h"
+#include "session/build_note.h"
 #include "session/json.h"
 #include "session/printable.h"
 
@@ -149,6 +150,7 @@ struct Facts {
 Facts gather() {
   Facts facts;
   facts.lines = {{"morvale", MORVALE_VERSION},
+                 {"library", morvale::session::library_identity()},
                  {"compiler", __VERSION__},
                  {"OpenCV", opencv_version()},
                  {"system", system_name()},

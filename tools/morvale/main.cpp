@@ -9,6 +9,7 @@
 #include "common/command.h"
 #include "common/command_line.h"
 #include "common/suggestion.h"
+#include "session/build_note.h"
 
 namespace {
 
@@ -49,6 +50,10 @@ void print_help() {
       exit_status().c_str());
 }
 
+void print_version() {
+  std::printf("morvale " MORVALE_VERSION "\nlibrary %s\n", morvale::session::library_identity().c_str());
+}
+
 int usage_error(const std::string& sentence) {
   tool::complain(sentence);
   return tool::kExitUsage;
@@ -57,7 +62,7 @@ int usage_error(const std::string& sentence) {
 int run(int argc, char** argv) {
   const std::string_view name = argv[1];
   if (name == "--help" || name == "-h" || name == "help") return print_help(), tool::kExitDone;
-  if (name == "--version") return std::puts("morvale " MORVALE_VERSION), tool::kExitDone;
+  if (name == "--version") return print_version(), tool::kExitDone;
   std::vector<std::string> names{"--help", "--version"};
   for (const Command& command : kCommands) {
     if (command.name == name) return command.run(argc - 1, argv + 1);

@@ -16,6 +16,7 @@
 #include "record/file_limit.h"
 #include "record/next_symbol.h"
 #include "record/thin_frame.h"
+#include "session/build_note.h"
 #include "session/frame_files.h"
 
 namespace morvale::record {
@@ -220,6 +221,7 @@ void Recorder::open_bundle(const MorvaleCore& core) {
   info.open_result = core.status;
   info.debug_level = library_int("VISUALDEBUG");
   info.made_by = "libvexa_record " MORVALE_VERSION;
+  info.library = session::library_identity();
   // What is to fit on a phone is also compressed there, at the level that costs least.
   const int compression = pixels_ == Pixels::kThin ? 1 : 0;
   writer_ = std::make_unique<session::BundleWriter>(new_session_folder(), info, compression);

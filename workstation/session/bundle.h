@@ -41,6 +41,7 @@ struct SessionInfo {
   int32_t open_result = 0;  ///< what the runtime's open returned; -1: no model was loaded
   int32_t debug_level = 0;  ///< the library's; from 1 on it drew into the frames
   std::string made_by;      ///< program, version and how, for people
+  std::string library;      ///< who the library said it was (session/build_note.h); empty: not known
 };
 
 /// What Morvale_core_afterProcss found in the caller's record where it was no longer what Morvale_process had

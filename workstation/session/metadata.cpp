@@ -179,14 +179,15 @@ FrameHashes read_hashes(const Json& json) {
 }  // namespace
 
 std::string session_text(const SessionInfo& info) {
-  const Json json{{"format", kFormat},
-                  {"version", kBundleVersion},
-                  {"camera_type", info.camera_type},
-                  {"pad_size", info.pad_size},
-                  {"net_size", info.net_size},
-                  {"open_result", info.open_result},
-                  {"debug_level", info.debug_level},
-                  {"made_by", info.made_by}};
+  Json json{{"format", kFormat},
+            {"version", kBundleVersion},
+            {"camera_type", info.camera_type},
+            {"pad_size", info.pad_size},
+            {"net_size", info.net_size},
+            {"open_result", info.open_result},
+            {"debug_level", info.debug_level},
+            {"made_by", info.made_by}};
+  if (!info.library.empty()) json["library"] = info.library;
   return sealed(json.dump(2) + "\n");
 }
 
@@ -206,6 +207,7 @@ SessionInfo parse_session(const std::string& text) {
   info.open_result = int32_at(json, "open_result");
   info.debug_level = int32_if_any(json, "debug_level").value_or(0);
   info.made_by = string_at(json, "made_by");
+  if (json.find("library") != nullptr) info.library = string_at(json, "library");
   constexpr int32_t kLargestNetSize = 256;  // what a slot of the label-map rings holds
   if (info.net_size < 1 || info.net_size > kLargestNetSize || info.pad_size != 4 * info.net_size) {
     refuse("a model of " + std::to_string(info.pad_size) + " pixels and " + std::to_string(info.net_size) +

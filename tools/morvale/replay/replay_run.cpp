@@ -16,6 +16,7 @@
 #include "pictures/opencv_module.h"
 #include "replay/replay_outputs.h"
 #include "service/faces.h"
+#include "session/build_note.h"
 #include "sources/frame_selection.h"
 
 namespace tool {
@@ -204,6 +205,7 @@ class Replay {
     SessionInfo info = plan_.session;
     info.open_result = service_->open_result();
     info.made_by = "morvale " MORVALE_VERSION ": " + options_.command_line;
+    info.library = morvale::session::library_identity();
     if (PADSIZE > 0) info.pad_size = PADSIZE;
     if (NETSIZE > 0) info.net_size = NETSIZE;
     return info;

@@ -19,6 +19,7 @@
 #include "service/record_fields.h"
 #include "service/report_text.h"
 #include "service/shape_notes.h"
+#include "session/build_note.h"
 #include "session/json.h"
 
 namespace tool {
@@ -230,7 +231,7 @@ struct ReportPage::Content {
         {"format", "morvale-report"},
         {"version", 2},
         {"title", head.title},
-        {"program", "morvale " MORVALE_VERSION},
+        {"program", "morvale " MORVALE_VERSION "; library " + morvale::session::library_identity()},
         {"command", head.command},
         {"source", Json{{"kind", head.source_kind}, {"name", head.source_name}, {"made_by", head.made_by}}},
         {"camera", head.camera == Camera::kFront ? "front" : "back"},

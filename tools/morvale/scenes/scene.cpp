@@ -18,6 +18,7 @@
 #include "scenes/truth_file.h"
 #include "service/camera_service.h"
 #include "service/session_stub.h"
+#include "session/build_note.h"
 #include "session/bundle.h"
 #include "session/printable.h"
 
@@ -124,6 +125,7 @@ class SceneMaker {
     info.pad_size = PADSIZE;
     info.net_size = NETSIZE;
     info.made_by = command_.made_by;
+    info.library = morvale::session::library_identity();
     try {
       return BundleWriter(command_.out, info);
     } catch (const morvale::session::BundleError& error) {
