@@ -40,9 +40,9 @@ def size_of(folder):
 
 def flaw(path):
     """What is half about a file or a recording; nothing where it is whole."""
-    if path.is_dir():
-        if not (path / "session.json").exists():
-            return None
+    if path.is_dir() and not (path / "session.json").exists():
+        return None
+    if path.is_dir() or path.suffix == ".morvale":
         done = run([PROGRAM, "replay", "--format", "none", path])
         return None if done.returncode == 0 or b"there is no frame to replay" in done.stderr else done.stderr
     content = path.read_bytes()
@@ -76,6 +76,7 @@ class Outputs(unittest.TestCase):
             "pictures": ["analyze", "--faces", "none", "--out", "OUT/pictures", *frames[:3]],
             "kernel": ["convert", "--size", "640x480", "NV21toRGB", frames[0], "OUT/frame.rgb"],
             "scene": ["scene", "--frames", 6, "--out", "OUT/scene"],
+            "packed": ["pack", "--whole", scene, "OUT/scene.morvale"],
             "comparison": ["diff", "--report", "OUT/comparison", scene, scene],
         }
 

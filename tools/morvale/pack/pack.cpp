@@ -89,6 +89,16 @@ void thin_out(FrameInput& input, int32_t pad_size) {
   if (input.thin) input.nv21.clear();
 }
 
+/// Runs a step that writes: what it cannot write is no fault of the recording.
+template <class Step>
+void writing(Step step) {
+  try {
+    step();
+  } catch (const BundleError& error) {
+    throw RunError(std::string(error.what()) + ".");
+  }
+}
+
 /// False when it was asked to stop.
 bool copy_frames(const BundleReader& from, BundleWriter& to, const PackOptions& options) {
   const bool thin = !options.whole && from.info().debug_level < 1;
@@ -99,7 +109,8 @@ bool copy_frames(const BundleReader& from, BundleWriter& to, const PackOptions& 
     FrameInput input = from.input(index);
     const Bytes preview = options.preview ? preview_of(input) : Bytes();
     if (thin || from.is_thin(index)) thin_out(input, from.info().pad_size);
-    to.add(input, from.output(index), preview);
+    const morvale::session::FrameOutput output = from.output(index);
+    writing([&] { to.add(input, output, preview); });
   }
   return true;
 }
@@ -121,7 +132,7 @@ int pack_main(int argc, char** argv) {
       complain(options->to + ": stopped; nothing of it is left.");
       return kExitInterrupted;
     }
-    to.finish();
+    writing([&] { to.finish(); });
     std::printf("%s: %s, %ju bytes\n", morvale::session::printable(options->to).c_str(),
                 counted(static_cast<size_t>(from.frame_count()), "frame").c_str(),
                 static_cast<uintmax_t>(fs::file_size(options->to)));
