@@ -15,7 +15,7 @@ namespace {
 
 using Bytes = std::span<const char>;
 
-constexpr std::string_view kOwner{"Morvale", 8};  // with its end
+constexpr std::string_view kOwner{"Morvale\0", 8};
 constexpr uint32_t kBuild = 1;
 
 /// The text of our note among those of a segment; empty where there is none.
@@ -39,6 +39,7 @@ int look_at(dl_phdr_info* info, size_t, void* found) {
   std::string& text = *static_cast<std::string*>(found);
   for (const ElfW(Phdr) & segment : std::span(info->dlpi_phdr, info->dlpi_phnum)) {
     if (segment.p_type != PT_NOTE) continue;
+    // The loader tells addresses as numbers.  NOLINTNEXTLINE(performance-no-int-to-ptr)
     const auto* const begin = reinterpret_cast<const char*>(info->dlpi_addr + segment.p_vaddr);
     text = build_note({begin, segment.p_memsz});
     if (!text.empty()) return 1;
