@@ -1,6 +1,7 @@
-/// The Android log as the library uses it. On a workstation the function comes from platform/host/.
+/// The Android log as the library uses it. On a workstation the function comes from workstation/host/.
 #pragma once
 
+// The name is the platform's. NOLINTNEXTLINE(bugprone-reserved-identifier, cert-dcl*)
 extern "C" int __android_log_print(int priority, const char* tag, const char* format, ...)
     __attribute__((format(printf, 3, 4)));
 
