@@ -57,16 +57,16 @@ class Fault:
         return f"{self.path}:{self.number}: {self.line.strip()}\n    -> {self.changed.strip()}"
 
 
-def possible_faults(source):
-    for folder in FOLDERS:
+def possible_faults(source, folders=FOLDERS, left_out=LEFT_OUT, changes=CHANGES):
+    for folder in folders:
         for path in sorted((source / folder).iterdir()):
-            if path.suffix not in (".cpp", ".h") or path.name in LEFT_OUT:
+            if path.suffix not in (".cpp", ".h") or path.name in left_out:
                 continue
             for number, line in enumerate(path.read_text().splitlines(), 1):
                 if NO_FAULT.search(line):
                     continue
                 code = line.split("//")[0]
-                for pattern, change in CHANGES:
+                for pattern, change in changes:
                     for match in re.finditer(pattern, code):
                         yield Fault(path.relative_to(source).as_posix(), number, line, match, change)
 
@@ -79,6 +79,9 @@ def harmless(file):
 class Tree:
     """A copy of the sources with a build of the check beside it."""
 
+    options = ["-DMORVALE_TOOLS=OFF", "-DBUILD_TESTING=OFF"]
+    targets = ["morvale_selfcheck"]
+
     def __init__(self, source, folder):
         self.copy, self.build = folder / "tree", folder / "build"
         self.program = self.build / "tools/selfcheck/morvale_selfcheck"
@@ -89,16 +92,16 @@ class Tree:
             (self.copy / name).parent.mkdir(parents=True, exist_ok=True)
             if (source / name).exists():
                 shutil.copy(source / name, self.copy / name)  # with a new time: a former fault may stand compiled
-        subprocess.run(["cmake", "-S", self.copy, "-B", self.build, "-G", "Ninja", "-DMORVALE_TOOLS=OFF",
-                        "-DBUILD_TESTING=OFF", "-DCMAKE_CXX_FLAGS=-O1 -w", "-DCMAKE_BUILD_TYPE=None"],
+        subprocess.run(["cmake", "-S", self.copy, "-B", self.build, "-G", "Ninja", *self.options,
+                        "-DCMAKE_CXX_FLAGS=-O1 -w", "-DCMAKE_BUILD_TYPE=None"],
                        check=True, stdout=subprocess.DEVNULL)
-        if not self.make() or self.run()[0] != 0:
-            sys.exit("faults.py: the check does not pass without a fault")
+        if not self.make() or self.outcome_now():
+            sys.exit("the check does not pass without a fault")
         self.runnable = [line.split()[0] for line in self.run()[1].splitlines()]
         self.clean = self.code()
 
     def make(self):
-        done = subprocess.run(["cmake", "--build", self.build, "--target", "morvale_selfcheck"], capture_output=True)
+        done = subprocess.run(["cmake", "--build", self.build, "--target", *self.targets], capture_output=True)
         return done.returncode == 0
 
     def run(self):
@@ -123,6 +126,13 @@ class Tree:
                 digests[file] = hashlib.sha256(file.read_bytes()).hexdigest()
         return digests
 
+    def outcome_now(self):
+        """What the check says of the sources as they are: nothing when it passes."""
+        status, said = self.run()
+        if "FAILED" in said:
+            return said.split("FAILED: ")[1].splitlines()[0]
+        return "" if status == 0 else f"NOT NAMED: exit status {status}"
+
     def outcome(self, fault):
         """What the check says of the fault, or None when it is none."""
         file = self.copy / fault.path
@@ -133,12 +143,9 @@ class Tree:
         try:
             if not self.make() or self.code() == self.clean:
                 return None
-            status, said = self.run()
+            return self.outcome_now()
         finally:
             file.write_text(text)
-        if "FAILED" in said:
-            return said.split("FAILED: ")[1].splitlines()[0]
-        return "" if status == 0 else f"NOT NAMED: exit status {status}"
 
 
 def main(source, build, count=100, seed=1):

@@ -1,0 +1,94 @@
+#!/usr/bin/python3 -B
+"""Seeds small faults into the library and the stand-ins, one at a time, and asks whether a test fails.
+
+Beside the faults of selfcheck/faults.py a statement may be missing. Those that change nothing anybody could see stand in
+mutate_harmless.txt, each with the reason. Ends with 0 when at least 95 % of the others are caught.
+
+usage: mutate.py SOURCE BUILD [COUNT] [SEED]    BUILD is a folder of its own, kept to be fast the next time
+"""
+
+import hashlib
+import pathlib
+import re
+import subprocess
+import sys
+import time
+
+sys.path.insert(0, str(pathlib.Path(__file__).parent / "selfcheck"))
+import faults  # noqa: E402
+
+FOLDERS = (*faults.FOLDERS, "src/platform", "workstation/record", "workstation/runtime", "workstation/session")
+CHANGES = [*faults.CHANGES, (r"(?<=^  )\s*[\w.>:\[\]-]+(\(.*\)| [-+|&]?= .*|\+\+);$", lambda m: ";")]
+LEAST_PERCENT = 95
+PATIENCE_SECONDS = 120
+# What looks at the folder; the first test that fails ends it.
+LIBRARY = ("tests/library_test", "tests/allocation_test", "tests/threads_test", "tests/kernels/kernel_test",
+           "tools/selfcheck/morvale_selfcheck", "tests/unload_test")
+STAND_INS = ("tests/bundle_test", "workstation/runtime/runtime_test", "tests/record_test")
+
+
+class Tests(faults.Tree):
+    """A build of the tests, of which the ones that look at a fault's folder are run."""
+
+    options = ["-DMORVALE_REPORT=OFF", "-DBUILD_TESTING=ON"]
+    targets = ["library_test", "allocation_test", "threads_test", "kernel_test", "morvale_selfcheck", "unload_test",
+               "bundle_test", "runtime_test", "record_test"]
+    folder = ""
+
+    def run(self):
+        return 0, ""  # which sets of kernels run here, code() knows
+
+    def outcome_now(self):
+        looking = {"src": LIBRARY, "wor": STAND_INS}.get(self.folder[:3], (*LIBRARY, *STAND_INS))
+        for program in looking:
+            flags = ["--gtest_brief=1", "--gtest_fail_fast"] if program.endswith("_test") else []
+            try:
+                done = subprocess.run([self.build / program, *flags], capture_output=True, text=True, errors="replace",
+                                      timeout=PATIENCE_SECONDS)
+            except subprocess.TimeoutExpired:
+                return f"{program} does not end"
+            if done.returncode != 0:
+                failed = re.search(r"\[  FAILED  \] (\S+)|FAILED: (.*)", done.stdout)
+                return f"{program}: {(failed[1] or failed[2]) if failed else 'exit status ' + str(done.returncode)}"
+        return ""
+
+    def code(self):
+        """Digests of the objects that this processor can run."""
+        return {file: hashlib.sha256(file.read_bytes()).hexdigest()
+                for part in ("src", "workstation") for file in sorted((self.build / part).rglob("*.o"))
+                if "morvale_kernels_avx512" not in file.as_posix()}
+
+    def outcome(self, fault):
+        self.folder = str(pathlib.PurePath(fault.path).parent)
+        return super().outcome(fault)
+
+
+def main(source, build, count=300, seed=1):
+    source, count = pathlib.Path(source).resolve(), int(count)
+    known = faults.harmless(pathlib.Path(__file__).with_name("mutate_harmless.txt"))
+    start = time.monotonic()
+    drawn = sorted(faults.possible_faults(source, FOLDERS, (), CHANGES), key=lambda fault: fault.key(seed))
+    if stale := known - {fault.harmless_line() for fault in drawn}:
+        sys.exit("mutate.py: no longer a seed, but in mutate_harmless.txt:\n" + "\n".join(sorted(stale)))
+    tree = Tests(source, pathlib.Path(build).resolve())
+    print(f"{len(drawn)} places for a fault, seed {seed}", flush=True)
+    caught = missed = 0
+    for fault in drawn:
+        if caught + missed == count:
+            break
+        if fault.harmless_line() in known:
+            continue
+        said = tree.outcome(fault)
+        if said is None:
+            continue
+        caught, missed = caught + bool(said), missed + (not said)
+        print(f"{fault}\n    {said or 'SURVIVES'}", flush=True)
+    share = 100 * caught / max(1, caught + missed)
+    print(f"{caught} of {caught + missed} faults caught ({share:.1f} %), {time.monotonic() - start:.0f} s")
+    return 0 if share >= LEAST_PERCENT else 1
+
+
+if __name__ == "__main__":
+    if len(sys.argv) < 3:
+        sys.exit(__doc__)
+    sys.exit(main(*sys.argv[1:]))
