@@ -75,18 +75,18 @@ std::vector<Option> session(ReplayOptions& options, Texts& texts) {
 }
 
 std::vector<Option> output(ReplayOptions& options, Texts& texts) {
-  return {
-      {"--record", &options.record, "Record the session as a bundle in this new folder, or *.morvale file",
-       "DIR"},
-      {"--report", &options.report, "Write report.html into this folder", "DIR"},
-      {"--trace", &options.trace, "Write the stages of each frame for Perfetto", "FILE"},
-      {"--format", &texts.format, "JSON lines (default), CSV or nothing on standard output", "json|csv|none"},
-      {"--times", &options.times, "Add the milliseconds of network, process and analysis to each line"},
-      {"--jobs", &options.jobs, "Replay so many inputs at a time, each in a process of its own", "N",
-       Range{1, 1024}},
-      {"--keep-going", &options.keep_going,
-       "Leave out pictures that cannot be read and damaged frames, and tell of them"},
-      {"--verbose", &options.verbose, "Show the library's own messages on standard error"}};
+  return {{"--record", &options.record,
+           "Record the session as a bundle in this new folder, or *.morvale file", "DIR"},
+          {"--report", &options.report, "Write report.html into this folder", "DIR"},
+          {"--trace", &options.trace, "Write the stages of each frame for Perfetto", "FILE"},
+          {"--format", &texts.format, "JSON lines (default), CSV, bare records or nothing on standard output",
+           "json|csv|records|none"},
+          {"--times", &options.times, "Add the milliseconds of network, process and analysis to each line"},
+          {"--jobs", &options.jobs, "Replay so many inputs at a time, each in a process of its own", "N",
+           Range{1, 1024}},
+          {"--keep-going", &options.keep_going,
+           "Leave out pictures that cannot be read and damaged frames, and tell of them"},
+          {"--verbose", &options.verbose, "Show the library's own messages on standard error"}};
 }
 
 CommandLine command_line(ReplayOptions& options, Texts& texts) {
@@ -124,9 +124,10 @@ std::optional<ReplayOptions> parse_replay_options(int argc, char** argv) {
   if (texts.camera) options.camera = *texts.camera == "front" ? Camera::kFront : Camera::kBack;
   if (texts.size) options.shape.size = parse_size(*texts.size);
   if (texts.crop) options.crop = parse_crop(*texts.crop);
-  options.format = texts.format == "csv"    ? LineFormat::kCsv
-                   : texts.format == "none" ? LineFormat::kNone
-                                            : LineFormat::kJson;
+  options.format = texts.format == "csv"       ? LineFormat::kCsv
+                   : texts.format == "records" ? LineFormat::kRecords
+                   : texts.format == "none"    ? LineFormat::kNone
+                                               : LineFormat::kJson;
   options.command_line = command_text(argc, argv);
   check(options);
   return options;

@@ -11,7 +11,7 @@
 
 namespace tool {
 
-enum class LineFormat { kJson, kCsv, kNone };
+enum class LineFormat { kJson, kCsv, kRecords, kNone };
 
 struct ReplayOptions {
   std::vector<std::string> inputs;

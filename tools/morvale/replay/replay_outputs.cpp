@@ -34,6 +34,21 @@ class LineOutput final : public ReplayOutput {
   DivertedOutput& data_;
 };
 
+/// One 288-byte record after another, which `diff` and `inspect` read.
+class BareRecordOutput final : public ReplayOutput {
+ public:
+  explicit BareRecordOutput(DivertedOutput& data) : data_(data) {}
+
+  void add(const ReplayedFrame& frame) override {
+    const auto* bytes = reinterpret_cast<const char*>(&frame.report.record);
+    data_.write_past({bytes, sizeof frame.report.record});
+  }
+  void finish(const Comparison&) override {}
+
+ private:
+  DivertedOutput& data_;
+};
+
 class RecordOutput final : public ReplayOutput {
  public:
   RecordOutput(const std::string& folder, const morvale::session::SessionInfo& info) try
@@ -125,6 +140,7 @@ class TraceOutput final : public ReplayOutput {
 
 std::unique_ptr<ReplayOutput> make_line_output(LineFormat format, bool heading, bool times,
                                                const std::string& source_name, DivertedOutput& data) {
+  if (format == LineFormat::kRecords) return std::make_unique<BareRecordOutput>(data);
   return std::make_unique<LineOutput>(format, heading, times, source_name, data);
 }
 
