@@ -64,6 +64,21 @@ class AtScale(unittest.TestCase):
         self.assertEqual(len((self.folder / "lines/phone/session-0003.jsonl").read_text().splitlines()), 3)
         self.assertTrue((self.folder / "reports/phone/session-0003/report.html").exists())
 
+    def test_two_builds_over_shards(self):
+        libraries = os.environ["MORVALE_LIBRARY"], os.environ["MORVALE_CHANGED_LIBRARY_FILE"]
+        for side, library in zip(("old", "new"), libraries):
+            (self.folder / side).mkdir()
+            (self.folder / side / "libmorvale_capture.so").symlink_to(library)
+        alone, shards = self.blocks[3:5]
+        status, _, words = self.shell(alone)
+        self.assertEqual((status, words.count("4 recordings: 0 the same, 4 changed, 0 failed.")), (1, 1), words)
+        self.assertTrue((self.folder / "ab_report/index.html").exists())
+        if not shutil.which("parallel"):
+            self.skipTest("needs GNU Parallel")
+        self.assertEqual(self.shell(shards)[0], 1)
+        rows = (self.folder / "all.csv").read_text().splitlines()
+        self.assertEqual([row.split(",")[6] for row in rows[1:]], ["humanRatio"] * 4)
+
 
 if __name__ == "__main__":
     unittest.main()

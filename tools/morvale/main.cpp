@@ -26,6 +26,7 @@ constexpr Command kCommands[] = {
     {"bench", "time the library's stages over many frames, without the network", tool::bench_main},
     {"diff", "compare two recordings' records: the first frame and field that differ", tool::diff_main},
     {"inspect", "say in words what a recording or its records hold", tool::inspect_main},
+    {"ab", "compare two builds of the library over many recordings", tool::ab_main},
     {"pack", "make one small file of a recording, which replays bit for bit", tool::pack_main},
     {"selfcheck", "check that the library computes here what it computes everywhere", tool::selfcheck_main},
     {"doctor", "print what a bug report needs, and check that the library works here", tool::doctor_main},

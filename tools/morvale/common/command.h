@@ -83,6 +83,7 @@ int bench_main(int argc, char** argv);
 int diff_main(int argc, char** argv);
 int inspect_main(int argc, char** argv);
 int pack_main(int argc, char** argv);
+int ab_main(int argc, char** argv);
 int selfcheck_main(int argc, char** argv);
 int doctor_main(int argc, char** argv);
 int completion_main(int argc, char** argv);

@@ -82,7 +82,8 @@ class FrameComparer {
   void note(const WordDifference& difference) {
     if (!comparison_.first) comparison_.first = difference;
     FieldDifferences& total = totals_[difference.field];
-    if (total.frames++ == 0) total = {difference.field, 1, difference.frame, difference.apart};
+    if (total.frames++ == 0) total = {difference.field, 1, difference.frame, difference.apart, {}};
+    ++total.by_size[static_cast<size_t>(std::bit_width(static_cast<uint64_t>(difference.apart.value)))];
     if (difference.apart.value > total.largest.value) total.largest = difference.apart;
   }
 

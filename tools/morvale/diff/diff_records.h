@@ -46,6 +46,7 @@ struct FieldDifferences {
   size_t field = 0;
   int frames = 0, first_frame = 0;
   Distance largest;
+  std::array<int, 33> by_size{};  ///< frames whose distance has so many binary digits
 };
 
 struct RecordsDiff {

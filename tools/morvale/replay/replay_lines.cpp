@@ -20,8 +20,8 @@ morvale::session::Json json_time(std::optional<double> time) {
   return time ? morvale::session::Json(std::stod(to_thousandths(time))) : morvale::session::Json(nullptr);
 }
 
-/// RFC 4180, for names, which go to terminals too: a text with commas, quotes or line ends stands in quotes,
-/// its quotes twice.
+}  // namespace
+
 std::string csv_text(const std::string& name) {
   std::string text = morvale::session::printable(name);
   if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
@@ -29,8 +29,6 @@ std::string csv_text(const std::string& name) {
   for (const char c : text) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
   return quoted + '"';
 }
-
-}  // namespace
 
 std::string replay_json_line(const std::string& source_name, int frame, const FrameReport& report,
                              const LineExtras& extras) {

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "common/atomic_file.h"
+#include "report/html_text.h"
 
 namespace tool {
 namespace {
@@ -35,29 +36,6 @@ li.bad p:first-of-type { color: var(--bad); }
 p:last-child { margin-bottom: 12px; }
 </style>
 )";
-
-std::string html_text(const std::string& text) {
-  std::string html;
-  for (const char c : text) {
-    switch (c) {
-      case '&':
-        html += "&amp;";
-        break;
-      case '<':
-        html += "&lt;";
-        break;
-      case '>':
-        html += "&gt;";
-        break;
-      case '"':
-        html += "&quot;";
-        break;
-      default:
-        html += c;
-    }
-  }
-  return html;
-}
 
 /// A file's name may hold whatever an address gives a meaning to.
 std::string address(const std::string& path) {
