@@ -64,23 +64,14 @@ class Tests(faults.Tree):
 
 
 def main(source, build, count=300, seed=1):
-    source, count = pathlib.Path(source).resolve(), int(count)
-    known = faults.harmless(pathlib.Path(__file__).with_name("mutate_harmless.txt"))
+    source = pathlib.Path(source).resolve()
     start = time.monotonic()
-    drawn = sorted(faults.possible_faults(source, FOLDERS, (), CHANGES), key=lambda fault: fault.key(seed))
-    if stale := known - {fault.harmless_line() for fault in drawn}:
-        sys.exit("mutate.py: no longer a seed, but in mutate_harmless.txt:\n" + "\n".join(sorted(stale)))
+    drawn = faults.drawn_faults(source, seed, pathlib.Path(__file__).with_name("mutate_harmless.txt"), folders=FOLDERS,
+                                left_out=(), changes=CHANGES)
     tree = Tests(source, pathlib.Path(build).resolve())
     print(f"{len(drawn)} places for a fault, seed {seed}", flush=True)
     caught = missed = 0
-    for fault in drawn:
-        if caught + missed == count:
-            break
-        if fault.harmless_line() in known:
-            continue
-        said = tree.outcome(fault)
-        if said is None:
-            continue
+    for fault, said in faults.outcomes(tree, drawn, int(count)):
         caught, missed = caught + bool(said), missed + (not said)
         print(f"{fault}\n    {said or 'SURVIVES'}", flush=True)
     share = 100 * caught / max(1, caught + missed)

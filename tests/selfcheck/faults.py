@@ -148,30 +148,38 @@ class Tree:
             file.write_text(text)
 
 
-def main(source, build, count=100, seed=1):
-    source, count = pathlib.Path(source).resolve(), int(count)
-    known = harmless(pathlib.Path(__file__).with_name("faults_harmless.txt"))
-    start = time.monotonic()
-    drawn = sorted(possible_faults(source), key=lambda fault: fault.key(seed))
+def drawn_faults(source, seed, known_file, **where):
+    """All places in the order of the draw, without those that the file calls harmless."""
+    known = harmless(pathlib.Path(known_file))
+    drawn = sorted(possible_faults(source, **where), key=lambda fault: fault.key(seed))
     if stale := known - {fault.harmless_line() for fault in drawn}:
-        sys.exit("faults.py: no longer a seed, but in faults_harmless.txt:\n" + "\n".join(sorted(stale)))
+        sys.exit(f"no longer a seed, but in {known_file}:\n" + "\n".join(sorted(stale)))
+    return [fault for fault in drawn if fault.harmless_line() not in known]
+
+
+def outcomes(tree, drawn, count):
+    """The first `count` that are faults, each with what the check says of it; nothing when it passes."""
+    for fault in drawn:
+        if count == 0:
+            return
+        said = tree.outcome(fault)
+        if said is not None:
+            count -= 1
+            yield fault, said
+
+
+def main(source, build, count=100, seed=1):
+    source = pathlib.Path(source).resolve()
+    start = time.monotonic()
+    drawn = drawn_faults(source, seed, pathlib.Path(__file__).with_name("faults_harmless.txt"))
     tree = Tree(source, pathlib.Path(build).resolve())
     print(f"{len(drawn)} places for a fault, seed {seed}")
-    named, missed = 0, []
-    for fault in drawn:
-        if named + len(missed) == count:
-            break
-        if fault.harmless_line() in known:
-            continue
-        said = tree.outcome(fault)
-        if said is None:
-            continue
-        if said and not said.startswith("NOT NAMED"):
-            named += 1
-        else:
-            missed.append(fault)
+    named = missed = 0
+    for fault, said in outcomes(tree, drawn, int(count)):
+        found = bool(said) and not said.startswith("NOT NAMED")
+        named, missed = named + found, missed + (not found)
         print(f"{fault}\n    {said or 'NOT NAMED: the check passes'}", flush=True)
-    print(f"{named} of {named + len(missed)} faults named, {time.monotonic() - start:.0f} s")
+    print(f"{named} of {named + missed} faults named, {time.monotonic() - start:.0f} s")
     return 0 if not missed else 1
 
 

@@ -5,7 +5,7 @@
 
 #include "ab/ab_table.h"
 #include "common/atomic_file.h"
-#include "report/html_text.h"
+#include "report/plain_page.h"
 #include "session/json.h"
 
 namespace tool {
@@ -13,21 +13,7 @@ namespace {
 
 using morvale::session::Json;
 
-constexpr std::string_view kHead = R"(<!doctype html>
-<html lang="en">
-<head>
-<meta charset="utf-8">
-<meta name="viewport" content="width=device-width, initial-scale=1">
-<meta name="color-scheme" content="light dark">
-<link rel="icon" href="data:,">
-<style>
-:root { --page: #f6f6f4; --surface: #fff; --text: #15181e; --muted: #586070; --line: #e0e2e7; --mark: #2563c9; --bad: #c02525; }
-@media (prefers-color-scheme: dark) {
-  :root { --page: #0e1116; --surface: #161a21; --text: #e9ecf2; --muted: #9ca6b7; --line: #2a303b; --mark: #6ea8ff; --bad: #ff8a80; }
-}
-body { margin: 0 auto; max-width: 1920px; padding: 16px clamp(14px, 2vw, 28px) 40px; background: var(--page); color: var(--text);
-  font: 15px/1.5 ui-sans-serif, system-ui, -apple-system, "Segoe UI", Roboto, "Noto Sans", sans-serif; }
-h1 { font-size: 22px; margin: 0 0 4px; }
+constexpr std::string_view kStyle = R"(h1 { font-size: 22px; margin: 0 0 4px; }
 h2 { font-size: 17px; margin: 0 0 8px; }
 section { background: var(--surface); border: 1px solid var(--line); border-radius: 12px; padding: 14px; margin-top: 14px; overflow-x: auto; }
 p { margin: 0 0 8px; color: var(--muted); overflow-wrap: anywhere; }
@@ -199,7 +185,8 @@ void write_ab_page(const std::filesystem::path& folder, const std::vector<Verdic
                    const std::vector<std::string>& links, const std::string& command) {
   const std::vector<FieldTotal> totals = totals_of(verdicts);
   const std::string title = summary(verdicts);
-  std::string page(kHead);
+  std::string page(kPlainHead);
+  page += kStyle;
   page += "<title>" + title + "</title>\n</head>\n<body>\n<main>\n<h1>" + title + "</h1>\n<p><code>" +
           html_text(command) + "</code></p>\n";
   page += fields_section(totals);

@@ -3,26 +3,12 @@
 #include <cstdio>
 
 #include "common/atomic_file.h"
-#include "report/html_text.h"
+#include "report/plain_page.h"
 
 namespace tool {
 namespace {
 
-constexpr std::string_view kHead = R"(<!doctype html>
-<html lang="en">
-<head>
-<meta charset="utf-8">
-<meta name="viewport" content="width=device-width, initial-scale=1">
-<meta name="color-scheme" content="light dark">
-<link rel="icon" href="data:,">
-<style>
-:root { --page: #f6f6f4; --surface: #fff; --text: #15181e; --muted: #586070; --line: #e0e2e7; --bad: #c02525; }
-@media (prefers-color-scheme: dark) {
-  :root { --page: #0e1116; --surface: #161a21; --text: #e9ecf2; --muted: #9ca6b7; --line: #2a303b; --bad: #ff8a80; }
-}
-body { margin: 0 auto; max-width: 1920px; padding: 16px clamp(14px, 2vw, 28px) 40px; background: var(--page); color: var(--text);
-  font: 15px/1.5 ui-sans-serif, system-ui, -apple-system, "Segoe UI", Roboto, "Noto Sans", sans-serif; }
-h1 { font-size: 22px; margin: 0 0 14px; }
+constexpr std::string_view kStyle = R"(h1 { font-size: 22px; margin: 0 0 14px; }
 ul { display: grid; grid-template-columns: repeat(auto-fill, minmax(min(260px, 100%), 1fr)); gap: 14px; margin: 0; padding: 0; list-style: none; }
 li { background: var(--surface); border: 1px solid var(--line); border-radius: 12px; overflow: hidden; }
 li.bad { border-color: var(--bad); }
@@ -65,7 +51,8 @@ std::string html_of(const IndexEntry& entry) {
 void write_index(const std::filesystem::path& folder, const std::string& heading,
                  const std::vector<IndexEntry>& entries) {
   const std::string title = html_text(heading);
-  std::string page(kHead);
+  std::string page(kPlainHead);
+  page += kStyle;
   page += "<title>" + title + "</title>\n</head>\n<body>\n<main>\n<h1>" + title + "</h1>\n<ul>\n";
   for (const IndexEntry& entry : entries) page += html_of(entry);
   page += "</ul>\n</main>\n</body>\n</html>\n";
