@@ -1,6 +1,7 @@
 """The commands of docs/at-scale.md, as they stand there, over made-up recordings of which one is damaged.
 
-Environment: MORVALE_PROGRAM, the program. Needs GNU Parallel; skipped without, unless MORVALE_REQUIRE_NETWORK=1.
+Environment: MORVALE_PROGRAM, the program; MORVALE_LIBRARY and MORVALE_CHANGED_LIBRARY_FILE, the library and one whose
+records differ. Needs GNU Parallel and Slurm; skipped without, unless MORVALE_REQUIRE_NETWORK=1.
 """
 import json
 import os
@@ -11,6 +12,7 @@ import subprocess
 import tempfile
 import unittest
 
+import slurm
 from bundles import forget_hashes
 
 PROGRAM = pathlib.Path(os.environ.get("MORVALE_PROGRAM", "build/tools/morvale/morvale"))
@@ -41,9 +43,7 @@ class AtScale(unittest.TestCase):
         path.write_bytes(records)
 
     def test_parallel(self):
-        if not shutil.which("parallel"):
-            self.assertFalse(os.environ.get("MORVALE_REQUIRE_NETWORK"), "GNU Parallel is missing")
-            self.skipTest("needs GNU Parallel")
+        self.needs("" if shutil.which("parallel") else "parallel")
         self.damage(288 + 4)
         replay, again = self.blocks[:2]
         self.assertEqual(self.shell(replay)[0], 1)
@@ -58,26 +58,44 @@ class AtScale(unittest.TestCase):
         self.assertIn("all records as recorded", (self.folder / "lines/phone/session-0002.jsonl.err").read_text())
         self.assertEqual(self.shell(again.splitlines()[0])[1], "", "nothing is left to do")
 
-    def test_slurm_task(self):
-        self.shell(self.blocks[0].splitlines()[0] + "; mkdir lines")
-        self.assertEqual(self.shell(self.blocks[2], SLURM_ARRAY_TASK_ID="3")[0], 0)
-        self.assertEqual(len((self.folder / "lines/phone/session-0003.jsonl").read_text().splitlines()), 3)
-        self.assertTrue((self.folder / "reports/phone/session-0003/report.html").exists())
+    def needs(self, missing):
+        if missing:
+            self.assertFalse(os.environ.get("MORVALE_REQUIRE_NETWORK"), f"missing: {missing}")
+            self.skipTest(f"needs {missing}")
+
+    def libraries(self):
+        for side, name in (("old", "MORVALE_LIBRARY"), ("new", "MORVALE_CHANGED_LIBRARY_FILE")):
+            (self.folder / side).mkdir()
+            (self.folder / side / "libmorvale_capture.so").symlink_to(os.environ[name])
+
+    def changed_fields(self):
+        return [row.split(",")[6] for row in (self.folder / "all.csv").read_text().splitlines()[1:]]
+
+    def test_slurm(self):
+        self.needs(slurm.missing())
+        self.libraries()
+        with slurm.Loopback(self.folder / "slurm") as cluster:
+            def array(block):
+                (self.folder / "task.sbatch").write_text(block)
+                return self.shell("mkdir -p lines; sbatch --wait --array=1-4 task.sbatch", **cluster.environment)
+            self.shell(self.blocks[0].splitlines()[0])
+            self.assertEqual(array(self.blocks[2])[0], 0)
+            self.assertEqual(len((self.folder / "lines/phone/session-0003.jsonl").read_text().splitlines()), 3)
+            self.assertTrue((self.folder / "reports/phone/session-0003/report.html").exists())
+            self.shell(self.blocks[4].splitlines()[0])
+            self.assertEqual(array(self.blocks[5])[0], 1)
+        self.assertEqual(self.shell(self.blocks[4].splitlines()[-1])[0], 1)
+        self.assertEqual(self.changed_fields(), ["humanRatio"] * 4)
 
     def test_two_builds_over_shards(self):
-        libraries = os.environ["MORVALE_LIBRARY"], os.environ["MORVALE_CHANGED_LIBRARY_FILE"]
-        for side, library in zip(("old", "new"), libraries):
-            (self.folder / side).mkdir()
-            (self.folder / side / "libmorvale_capture.so").symlink_to(library)
+        self.libraries()
         alone, shards = self.blocks[3:5]
         status, _, words = self.shell(alone)
         self.assertEqual((status, words.count("4 recordings: 0 the same, 4 changed, 0 failed.")), (1, 1), words)
         self.assertTrue((self.folder / "ab_report/index.html").exists())
-        if not shutil.which("parallel"):
-            self.skipTest("needs GNU Parallel")
+        self.needs("" if shutil.which("parallel") else "parallel")
         self.assertEqual(self.shell(shards)[0], 1)
-        rows = (self.folder / "all.csv").read_text().splitlines()
-        self.assertEqual([row.split(",")[6] for row in rows[1:]], ["humanRatio"] * 4)
+        self.assertEqual(self.changed_fields(), ["humanRatio"] * 4)
 
 
 if __name__ == "__main__":
