@@ -77,6 +77,13 @@ if (canvas) {
 </script>
 )";
 
+/// A thousand recordings need not stand in it.
+std::string shortened(const std::string& command) {
+  constexpr size_t kMost = 300;
+  const size_t end = command.size() <= kMost ? std::string::npos : command.rfind(' ', kMost);
+  return end == std::string::npos ? command : command.substr(0, end) + " …";
+}
+
 std::string cell(const std::string& text) { return "<td>" + text + "</td>"; }
 std::string number_cell(int64_t value) { return "<td class=\"n\">" + std::to_string(value) + "</td>"; }
 
@@ -188,7 +195,7 @@ void write_ab_page(const std::filesystem::path& folder, const std::vector<Verdic
   std::string page(kPlainHead);
   page += kStyle;
   page += "<title>" + title + "</title>\n</head>\n<body>\n<main>\n<h1>" + title + "</h1>\n<p><code>" +
-          html_text(command) + "</code></p>\n";
+          html_text(shortened(command)) + "</code></p>\n";
   page += fields_section(totals);
   page += worst_section(verdicts, links);
   page += map_section(map_of(verdicts, totals, links));
