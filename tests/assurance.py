@@ -35,9 +35,8 @@ RUNS = [
     ("memory", "The memory sanitizer over kernels, core and analyses", "ctest --preset sanitize-memory", CTEST),
     ("addresses", "The address and undefined-behaviour sanitizers over all tests", "ctest --preset sanitize-clang", CTEST),
     ("guards", "Checks of virtual calls and integer overflow, as a device's build has them", "ctest --preset guards", CTEST),
-    ("valgrind", "Valgrind over a session of the program",
-     "cd build/release && valgrind -q --error-exitcode=1 tests/allocation_test --gtest_filter='*ProcessAllocates*' --gtest_brief=1 && "
-     "echo no error", r"no error"),
+    ("valgrind", "Valgrind over sessions of both cameras, of one thread and of several",
+     "valgrind -q --error-exitcode=1 --leak-check=full build/release/tests/threads_test && echo no error", r"no error"),
     ("tidy", "clang-tidy over the library and the stand-ins", "./dev tidy && echo no finding", r"no finding"),
     ("soak", "A million small frames, front and back in turn: resident memory", "./dev soak", r"\d+ samples, .*?KiB"),
     ("coverage", "What of the library its tests run", "./dev coverage", r"src: .*"),
