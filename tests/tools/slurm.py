@@ -1,6 +1,7 @@
 """A Slurm of its own on the loopback, one node of two cores, for as long as a test needs it."""
 import os
 import pathlib
+import pwd
 import shutil
 import signal
 import socket
@@ -65,7 +66,7 @@ class Loopback:
         key.write_bytes(os.urandom(1024))
         key.chmod(0o400)
         (self.folder / "slurm.conf").write_text(CONFIGURATION.format(
-            host=socket.gethostname(), user=os.environ.get("USER") or "root", folder=self.folder, ports=free_ports(2)))
+            host=socket.gethostname(), user=pwd.getpwuid(os.getuid()).pw_name, folder=self.folder, ports=free_ports(2)))
         files = {name: f"{self.folder}/munge.{name}" for name in ("socket", "pid", "log", "seed")}
         self.run("munged", "--force", f"--key-file={key}", f"--socket={files['socket']}", f"--pid-file={files['pid']}",
                  f"--log-file={files['log']}", f"--seed-file={files['seed']}")
