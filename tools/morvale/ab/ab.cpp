@@ -201,6 +201,7 @@ std::vector<Verdict> compare_libraries(const AbOptions& options) {
   while (std::optional<Verdict> verdict = workers.next()) {
     progress.next(verdict->recording);
     if (file) file->add(*verdict);
+    progress.clear();  // the table may share its terminal
     std::fputs(line_of(*verdict, options.format).c_str(), stdout);
     std::fflush(stdout);
     verdicts.push_back(std::move(*verdict));
