@@ -39,8 +39,8 @@ class Tests(faults.Tree):
         return 0, ""  # which sets of kernels run here, code() knows
 
     def outcome_now(self):
-        looking = {"src": LIBRARY, "wor": STAND_INS}.get(self.folder[:3], (*LIBRARY, *STAND_INS))
-        for program in looking:
+        looking = {"src": LIBRARY, "workstation": STAND_INS}
+        for program in looking.get(self.folder.split("/")[0], (*LIBRARY, *STAND_INS)):
             flags = ["--gtest_brief=1", "--gtest_fail_fast"] if program.endswith("_test") else []
             try:
                 done = subprocess.run([self.build / program, *flags], capture_output=True, text=True, errors="replace",
