@@ -60,7 +60,11 @@ class Ab(unittest.TestCase):
         self.assertEqual([line.split()[0] for line in done.stdout.splitlines()], ["verdict", "same", "same", "same"])
 
     def test_a_change_is_named(self):
-        done = self.ab(*self.recordings, "--report", self.folder / "out", new=CHANGED, status=1)
+        done = subprocess.run([PROGRAM, "ab", "--old", LIBRARY, "--new", CHANGED, "--report", self.folder / "out",
+                               *self.recordings], capture_output=True, text=True, timeout=600)
+        if "without the report page" in done.stderr:
+            self.skipTest("built without the report page")
+        self.assertEqual(done.returncode, 1, done)
         self.assertEqual(len(re.findall(r"^changed +4 +4  0 humanRatio ", done.stdout, re.M)), 3)
         self.assertRegex(done.stdout, r"\nhumanRatio +3 +12  5\n")
         page = (self.folder / "out/index.html").read_text()
