@@ -32,7 +32,7 @@ class Tests(faults.Tree):
 
     options = ["-DMORVALE_REPORT=OFF", "-DBUILD_TESTING=ON"]
     targets = ["library_test", "allocation_test", "threads_test", "kernel_test", "morvale_selfcheck", "unload_test",
-               "bundle_test", "runtime_test", "record_test"]
+               "bundle_test", "runtime_test", "record_test", "morvale"]
     folder = ""
 
     def run(self):

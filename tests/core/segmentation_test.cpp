@@ -184,6 +184,8 @@ TEST_F(Segmentation, CalcSegFactorFitsTheFrameAndKnowsItsRows) {
 TEST_F(Segmentation, TimeIsCutToMilliseconds) {
   fakes::platform().clock_us = 1'700'000'000'567'999;
   EXPECT_EQ(currentTimeInMilliseconds(), 1'700'000'000'567);
+  fakes::platform().clock_us = 1'700'000'000'568'000;
+  EXPECT_EQ(currentTimeInMilliseconds(), 1'700'000'000'568);
 }
 
 TEST_F(Segmentation, DumpImageWritesExactlyItsBytes) {

@@ -55,6 +55,21 @@ TEST(Regions, FoundAsByPixels) {
   use_kernels(used);
 }
 
+/// Small and dense, with rows repeated: a region's right end may be reached in any of its rows and merges.
+TEST(Regions, OfSmallDenseMasks) {
+  std::mt19937 random(11);
+  for (int scene = 0; scene < 20'000; ++scene) {
+    SCOPED_TRACE(scene);
+    Mask mask{1 + static_cast<int>(random() % 16), 1 + static_cast<int>(random() % 11)};
+    for (int y = 0; y < mask.height; ++y) {
+      const bool repeat = y > 0 && random() % 3 == 0;
+      for (int x = 0; x < mask.width; ++x) mask.at(x, y) = repeat ? mask.at(x, y - 1) : random() % 2;
+    }
+    expect_alike(mask, Window::kNone);
+    if (HasFatalFailure()) break;
+  }
+}
+
 /// Up to 255 labels fit a byte. From the 256th region on the pixel loop takes over: its labels 256 and 255
 /// alternate.
 TEST(Regions, MoreThanABytesWorth) {

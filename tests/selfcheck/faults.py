@@ -95,8 +95,10 @@ class Tree:
         subprocess.run(["cmake", "-S", self.copy, "-B", self.build, "-G", "Ninja", *self.options,
                         "-DCMAKE_CXX_FLAGS=-O1 -w", "-DCMAKE_BUILD_TYPE=None"],
                        check=True, stdout=subprocess.DEVNULL)
-        if not self.make() or self.outcome_now():
-            sys.exit("the check does not pass without a fault")
+        if not self.make():
+            sys.exit(f"{self.build} cannot be built without a fault")
+        if said := self.outcome_now():
+            sys.exit(f"the check does not pass without a fault: {said}")
         self.runnable = [line.split()[0] for line in self.run()[1].splitlines()]
         self.clean = self.code()
 
