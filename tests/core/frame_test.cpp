@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <utility>
 
 #include "core/frame.h"
 
@@ -65,6 +66,18 @@ TEST(Frame, SizesWhoseBytesOrPositionsLeaveInt32AreUnusable) {
     record.height = c.height;
     EXPECT_EQ(usable_frame(record).has_value(), c.usable) << c.width << "x" << c.height;
   }
+
+  // Where the stride finds the chroma, it may lead to the last byte that int32 counts and no further.
+  MorvaleData_t record{};
+  record.yPlane = record.uvPlane = &luma;
+  record.width = record.height = 1;
+  for (const auto& [stride, usable] : {std::pair{INT_MAX, true}, {0, true}, {-1, false}}) {
+    record.stride = stride;
+    EXPECT_EQ(usable_frame(record).has_value(), usable) << stride;
+  }
+  record.width = record.height = 2;
+  record.stride = INT_MAX / 2;
+  EXPECT_FALSE(usable_frame(record).has_value());
 }
 
 }  // namespace

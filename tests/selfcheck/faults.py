@@ -9,6 +9,7 @@ was is none and another is drawn. faults_harmless.txt lists those that change no
 usage: faults.py SOURCE BUILD [COUNT] [SEED]    BUILD is a folder of its own, kept to be fast the next time
 """
 
+import contextlib
 import hashlib
 import pathlib
 import re
@@ -137,15 +138,18 @@ class Tree:
 
     def outcome(self, fault):
         """What the check says of the fault, or None when it is none."""
+        with self.seeded(fault):
+            return self.outcome_now() if self.make() and self.code() != self.clean else None
+
+    @contextlib.contextmanager
+    def seeded(self, fault):
         file = self.copy / fault.path
         text = file.read_text()
         lines = text.splitlines(keepends=True)
         lines[fault.number - 1] = fault.changed + "\n"
         file.write_text("".join(lines))
         try:
-            if not self.make() or self.code() == self.clean:
-                return None
-            return self.outcome_now()
+            yield
         finally:
             file.write_text(text)
 
