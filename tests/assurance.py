@@ -39,6 +39,8 @@ RUNS = [
      "valgrind -q --error-exitcode=1 --leak-check=full build/release/tests/threads_test && echo no error", r"no error"),
     ("tidy", "clang-tidy over the library and the stand-ins", "./dev tidy && echo no finding", r"no finding"),
     ("soak", "A million small frames, front and back in turn: resident memory", "./dev soak", r"\d+ samples, .*?KiB"),
+    ("jobs", "Recordings replayed at once for ten minutes, as many as there are cores: no record lost, doubled or changed",
+     "tests/jobs_soak.py build/release/tools/morvale/morvale", r"\d+ runs of .*"),
     ("coverage", "What of the library its tests run", "./dev coverage", r"src: .*"),
     ("mutate", "Seeded faults in the library and the stand-ins that a test catches", "./dev mutate", r"\d+ of \d+ faults caught.*"),
     ("bits", "Seeded faults that the check of the bits names", "./dev faults", r"\d+ of \d+ faults named.*"),

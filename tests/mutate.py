@@ -2,7 +2,7 @@
 """Seeds small faults into the library and the stand-ins, one at a time, and asks whether a test fails.
 
 Beside the faults of selfcheck/faults.py a statement may be missing. Those that change nothing anybody could see stand in
-mutate_harmless.txt, each with the reason. Ends with 0 when at least 95 % of the others are caught.
+mutate_harmless.txt and selfcheck/faults_harmless.txt, each with the reason. Ends with 0 when at least 95 % of the others are caught.
 
 usage: mutate.py SOURCE BUILD [COUNT] [SEED]    BUILD is a folder of its own, kept to be fast the next time
 """
@@ -73,8 +73,9 @@ class Tests(faults.Tree):
 def main(source, build, count=300, seed=1):
     source = pathlib.Path(source).resolve()
     start = time.monotonic()
-    drawn = faults.drawn_faults(source, seed, pathlib.Path(__file__).with_name("mutate_harmless.txt"), folders=FOLDERS,
-                                left_out=(), changes=CHANGES)
+    here = pathlib.Path(__file__).parent
+    drawn = faults.drawn_faults(source, seed, [here / "mutate_harmless.txt", here / "selfcheck/faults_harmless.txt"],
+                                folders=FOLDERS, left_out=(), changes=CHANGES)
     tree = Tests(source, pathlib.Path(build).resolve())
     print(f"{len(drawn)} places for a fault, seed {seed}", flush=True)
     caught = missed = 0

@@ -318,6 +318,10 @@ TEST_F(BundleTest, AKilledWriterLosesAtMostTheFrameInHand) {
 TEST(Printable, NothingThatSteersATerminalComesThrough) {
   const std::pair<std::string_view, const char*> cases[] = {
       {"plain, \u00e9, \u20ac, \U0001f600", "plain, \u00e9, \u20ac, \U0001f600"},
+      {"\u00a0\u00bf\u00c0\u07ff\u0800\uffff\U00010000\U0010ffff",
+       "\u00a0\u00bf\u00c0\u07ff\u0800\uffff\U00010000\U0010ffff"},
+      {"\xc1\xbf \xc2\x7f \xc2\xc0 \xf5\x80\x80\x80",
+       "\\xc1\\xbf \\xc2\\x7f \\xc2\\xc0 \\xf5\\x80\\x80\\x80"},
       {"\x1b[31mred\x1b]0;title\x07", "\\x1b[31mred\\x1b]0;title\\x07"},
       {"two\nlines\r\t\x7f", "two\\x0alines\\x0d\\x09\\x7f"},
       {"\xc2\x9b"
