@@ -3,7 +3,6 @@
 #include <vector>
 
 #include "kernels/processor.h"
-#include "platform/log.h"
 
 namespace morvale {
 
@@ -52,17 +51,9 @@ const KernelSet* find(std::string_view name) {
   return nullptr;
 }
 
-const KernelSet* choose() {
-  const KernelChoice choice = choose_kernels();
-  if (!choice.refused.empty()) {
-    MORVALE_ERROR("[NON ERROR] Morvale kernels \"%s\" cannot run here", choice.refused.data());
-  }
-  return find(choice.name);
-}
-
 // Portable until the library's initialisers have run: a kernel may be called from another initialiser.
 constinit const KernelSet* in_use = &kPortableKernels;
-[[maybe_unused]] const bool chosen = (in_use = choose(), true);
+[[maybe_unused]] const bool chosen = (in_use = find(choose_kernels().name), true);
 
 }  // namespace
 

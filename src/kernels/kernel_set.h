@@ -2,7 +2,8 @@
 /// reference, and vector forms that give the same bytes. One place chooses, once, when the library is loaded.
 ///
 /// The environment variable MORVALE_KERNELS, where the build listens to it, names another set ("portable",
-/// "avx2", "neon", ...); a name that this processor cannot run is reported in the log and ignored.
+/// "avx2", "neon", ...); a name that this processor cannot run is ignored, and the capture library reports it
+/// in the log (core/refused_kernels.cpp).
 #pragma once
 
 #include <span>

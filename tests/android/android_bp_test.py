@@ -12,6 +12,7 @@ import sys
 # A module of Android.bp and the CMake targets whose sources it compiles itself.
 MODULES = {
     "libmorvale_kernels_neon": ["morvale_kernels_neon"],
+    "libmorvale_kernel_objects": ["morvale_kernel_objects"],
     "libmorvale_internal": ["morvale_objects"],
     "morvale_selfcheck": ["morvale_selfcheck", "morvale_cases"],
     "morvale_device_bench": ["morvale_device_bench"],
