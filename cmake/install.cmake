@@ -1,6 +1,6 @@
-# What `cmake --install` lays down, in three components: `capture` (the library, its headers, CMake package and
-# pkg-config file), `standins` (a workstation's log, properties and neural runtime, and the recording shim) and
-# `tools` (the program, its manual page and completion scripts).
+# What `cmake --install` lays down, in four components: `capture` (the library and all headers) and `kernels` (the image
+# kernels for C), each with the CMake package and its pkg-config file, `standins` (a workstation's log, properties and
+# neural runtime, and the recording shim) and `tools` (the program, its manual page and completion scripts).
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -14,8 +14,15 @@ function(morvale_install target name component)
 endfunction()
 
 morvale_install(morvale_capture capture capture)
-target_include_directories(morvale_capture INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 install(DIRECTORY include/morvale DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT capture)
+
+morvale_install(morvale_kernels kernels kernels)
+install(FILES include/morvale/morvale_kernels.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/morvale COMPONENT kernels)
+install(FILES include/morvale/core/export.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/morvale/core COMPONENT kernels)
+
+foreach(library IN ITEMS capture kernels)
+  target_include_directories(morvale_${library} INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+endforeach()
 
 morvale_install(morvale_host host standins)
 morvale_install(vexa_vndk vexa_vndk standins)
@@ -29,17 +36,23 @@ if(MORVALE_TOOLS)
   include(cmake/manual.cmake)
 endif()
 
-foreach(component IN ITEMS capture standins)
+foreach(component IN ITEMS capture kernels standins)
   install(EXPORT morvale_${component} NAMESPACE morvale:: DESTINATION ${package_dir}
     FILE morvale_${component}.cmake COMPONENT ${component})
 endforeach()
 configure_package_config_file(cmake/morvaleConfig.cmake.in morvaleConfig.cmake INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(morvaleConfigVersion.cmake COMPATIBILITY SameMajorVersion)
-install(FILES ${PROJECT_BINARY_DIR}/morvaleConfig.cmake ${PROJECT_BINARY_DIR}/morvaleConfigVersion.cmake
-  DESTINATION ${package_dir} COMPONENT capture)
 
-configure_file(cmake/morvale.pc.in morvale.pc @ONLY)
-configure_file(cmake/morvale-standins.pc.in morvale-standins.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/morvale.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT capture)
-install(FILES ${PROJECT_BINARY_DIR}/morvale-standins.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
-  COMPONENT standins)
+# component, its pkg-config file
+function(morvale_install_pkgconfig component name)
+  configure_file(cmake/${name}.pc.in ${name}.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT ${component})
+endfunction()
+
+morvale_install_pkgconfig(capture morvale)
+morvale_install_pkgconfig(kernels morvale-kernels)
+morvale_install_pkgconfig(standins morvale-standins)
+foreach(component IN ITEMS capture kernels)  # each may be installed without the other
+  install(FILES ${PROJECT_BINARY_DIR}/morvaleConfig.cmake ${PROJECT_BINARY_DIR}/morvaleConfigVersion.cmake
+    DESTINATION ${package_dir} COMPONENT ${component})
+endforeach()

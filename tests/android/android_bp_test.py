@@ -14,6 +14,7 @@ MODULES = {
     "libmorvale_kernels_neon": ["morvale_kernels_neon"],
     "libmorvale_kernel_objects": ["morvale_kernel_objects"],
     "libmorvale_internal": ["morvale_objects"],
+    "libmorvale_kernels": ["morvale_kernels"],
     "morvale_selfcheck": ["morvale_selfcheck", "morvale_cases"],
     "morvale_device_bench": ["morvale_device_bench"],
     "morvale_library_test": ["library_test", "morvale_cases", "records_in_c"],

@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
 # Installs the build into an empty folder and lets a stranger's project build against it, once with CMake and once with
-# pkg-config alone, and run a frame. With the program come its manual page and completion scripts.
-# usage: package_test.sh BUILD_DIR CMAKE CXX EMULATOR... (an empty emulator runs the programs as they are)
+# pkg-config alone, and run a frame; likewise the kernels from C, linked and loaded while running. With the program come
+# its manual page and completion scripts.
+# usage: package_test.sh BUILD_DIR CMAKE CC CXX EMULATOR... (an empty emulator runs the programs as they are)
 set -euo pipefail
-build=$1 cmake=$2 cxx=$3
-shift 3
+build=$1 cmake=$2 cc=$3 cxx=$4
+shift 4
 source=$(cd "$(dirname "$0")/consumer" && pwd)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -21,10 +22,12 @@ if [[ -x $prefix/bin/morvale && -z $toolchain ]]; then
 fi
 
 echo "-- by CMake"
-"$cmake" -S "$source" -B "$work/build" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$cxx" \
+"$cmake" -S "$source" -B "$work/build" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_C_COMPILER="$cc" \
+  -DCMAKE_CXX_COMPILER="$cxx" \
   ${toolchain:+-DCMAKE_TOOLCHAIN_FILE="$toolchain"} -DCMAKE_FIND_ROOT_PATH="$prefix" >"$work/configure.log"
 "$cmake" --build "$work/build" >"$work/build.log" || { cat "$work/build.log"; exit 1; }
 "$@" "$work/build/consumer"
+"$@" "$work/build/kernels"
 
 echo "-- by pkg-config"
 export PKG_CONFIG_LIBDIR
@@ -36,3 +39,20 @@ flags=$(pkg-config --define-prefix --cflags --libs morvale)
 "$cxx" -std=c++20 "$source/main.cpp" $flags -L"$libdir" -lmorvale_host -Wl,-rpath,"$libdir" -o "$work/consumer"
 "$@" "$work/consumer"
 pkg-config --define-prefix --exists --print-errors morvale-standins
+# The kernels need no platform: C's own linker finds all of it.
+flags=$(pkg-config --define-prefix --cflags --libs morvale-kernels)
+strict=(-std=c11 -Wall -Wextra -Wpedantic -Werror)
+# shellcheck disable=SC2086
+"$cc" "${strict[@]}" "$source/kernels.c" $flags -Wl,-rpath,"$libdir" -o "$work/kernels"
+"$@" "$work/kernels"
+
+echo "-- loaded while running"
+"$cc" "${strict[@]}" -I"$prefix/include" "$source/loads_kernels.c" -ldl -o "$work/loads_kernels"
+"$@" "$work/loads_kernels" "$libdir/libmorvale_kernels.so"
+
+echo "-- the kernels without the rest"
+"$cmake" --install "$build" --component kernels --prefix "$work/kernels_alone" >>"$work/install.log"
+PKG_CONFIG_LIBDIR=$(dirname "$(find "$work/kernels_alone" -name morvale-kernels.pc)")
+flags=$(pkg-config --define-prefix --cflags --libs morvale-kernels)
+# shellcheck disable=SC2086
+"$cc" "${strict[@]}" "$source/kernels.c" $flags -o "$work/kernels"
