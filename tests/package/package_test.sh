@@ -33,14 +33,15 @@ echo "-- by pkg-config"
 export PKG_CONFIG_LIBDIR
 PKG_CONFIG_LIBDIR=$(dirname "$(find "$prefix" -name morvale.pc)")
 libdir=$(dirname "$PKG_CONFIG_LIBDIR")
-# The stand-ins' own runtime is left out: this program brings one.
-flags=$(pkg-config --define-prefix --cflags --libs morvale)
+# Of the stand-ins the log and the properties alone: this program brings a runtime.
+flags=$(pkg-config --cflags --libs morvale)
 # shellcheck disable=SC2086
-"$cxx" -std=c++20 "$source/main.cpp" $flags -L"$libdir" -lmorvale_host -Wl,-rpath,"$libdir" -o "$work/consumer"
+"$cxx" -std=c++20 "$source/main.cpp" $flags -L"$libdir/morvale" -lmorvale_host \
+  -Wl,-rpath,"$libdir:$libdir/morvale" -o "$work/consumer"
 "$@" "$work/consumer"
-pkg-config --define-prefix --exists --print-errors morvale-standins
+pkg-config --exists --print-errors morvale-standins
 # The kernels need no platform: C's own linker finds all of it.
-flags=$(pkg-config --define-prefix --cflags --libs morvale-kernels)
+flags=$(pkg-config --cflags --libs morvale-kernels)
 strict=(-std=c11 -Wall -Wextra -Wpedantic -Werror)
 # shellcheck disable=SC2086
 "$cc" "${strict[@]}" "$source/kernels.c" $flags -Wl,-rpath,"$libdir" -o "$work/kernels"
@@ -53,6 +54,6 @@ echo "-- loaded while running"
 echo "-- the kernels without the rest"
 "$cmake" --install "$build" --component kernels --prefix "$work/kernels_alone" >>"$work/install.log"
 PKG_CONFIG_LIBDIR=$(dirname "$(find "$work/kernels_alone" -name morvale-kernels.pc)")
-flags=$(pkg-config --define-prefix --cflags --libs morvale-kernels)
+flags=$(pkg-config --cflags --libs morvale-kernels)
 # shellcheck disable=SC2086
 "$cc" "${strict[@]}" "$source/kernels.c" $flags -o "$work/kernels"
