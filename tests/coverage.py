@@ -13,8 +13,8 @@ import sys
 
 LEAST_BRANCHES = 95
 CONSTANTS = re.compile(r"!?(\w+::)?k[A-Z]\w*( ([=!]=|[<>]) (\d+|k[A-Z]\w*))?")
-PROGRAMS = ["src/libmorvale_capture.so", "tests/library_test", "tests/kernels/kernel_test", "tests/allocation_test",
-            "tests/unload_test", "tools/selfcheck/morvale_selfcheck"]
+PROGRAMS = ["src/libmorvale_capture.so", "src/libmorvale_kernels.so", "tests/library_test", "tests/kernels/kernel_test",
+            "tests/allocation_test", "tests/unload_test", "tools/selfcheck/morvale_selfcheck"]
 
 
 def of_library(files, source):

@@ -146,6 +146,14 @@ TEST(KernelsInC, WeightsAreCountedInBytes) {
   EXPECT_EQ(weights, expected);
 }
 
+TEST(KernelsInC, TheLibrarySaysWhoItIsAndWhatAStatusMeans) {
+  EXPECT_STREQ(morvale_kernels_version(), MORVALE_KERNELS_VERSION);
+  EXPECT_NE(std::string_view("portable avx2 avx512 neon").find(morvale_kernels_set()),
+            std::string_view::npos);
+  for (int status = MORVALE_OK; status <= MORVALE_DESTINATION_TOO_SMALL + 1; ++status)
+    EXPECT_STREQ(morvale_status_text(status), checked::message(static_cast<Status>(status)));
+}
+
 TEST(KernelsInC, ANullPointerHoldsNothing) {
   uint8_t bytes[12] = {};
   EXPECT_EQ(morvale_BGR2GRAY(nullptr, 12, bytes, 12, 2, 2), MORVALE_SOURCE_TOO_SMALL);
