@@ -1,12 +1,11 @@
 #!/usr/bin/env bash
-# Installs the build into an empty folder and lets a stranger's project build against it, once with CMake and once with
-# pkg-config alone, and run a frame; likewise the kernels from C, linked and loaded while running. With the program come
-# its manual page and completion scripts.
+# Installs the build into an empty folder and uses it there (use_package.sh). With the program come its manual page and
+# completion scripts; the kernels can be installed without the rest.
 # usage: package_test.sh BUILD_DIR CMAKE CC CXX EMULATOR... (an empty emulator runs the programs as they are)
 set -euo pipefail
 build=$1 cmake=$2 cc=$3 cxx=$4
 shift 4
-source=$(cd "$(dirname "$0")/consumer" && pwd)
+here=$(cd "$(dirname "$0")" && pwd)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 prefix=$work/prefix
@@ -21,39 +20,12 @@ if [[ -x $prefix/bin/morvale && -z $toolchain ]]; then
   "$prefix/bin/morvale" completion zsh | cmp - "$prefix/share/zsh/site-functions/_morvale"
 fi
 
-echo "-- by CMake"
-"$cmake" -S "$source" -B "$work/build" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_C_COMPILER="$cc" \
-  -DCMAKE_CXX_COMPILER="$cxx" \
-  ${toolchain:+-DCMAKE_TOOLCHAIN_FILE="$toolchain"} -DCMAKE_FIND_ROOT_PATH="$prefix" >"$work/configure.log"
-"$cmake" --build "$work/build" >"$work/build.log" || { cat "$work/build.log"; exit 1; }
-"$@" "$work/build/consumer"
-"$@" "$work/build/kernels"
-
-echo "-- by pkg-config"
-export PKG_CONFIG_LIBDIR
-PKG_CONFIG_LIBDIR=$(dirname "$(find "$prefix" -name morvale.pc)")
-libdir=$(dirname "$PKG_CONFIG_LIBDIR")
-# Of the stand-ins the log and the properties alone: this program brings a runtime.
-flags=$(pkg-config --cflags --libs morvale)
-# shellcheck disable=SC2086
-"$cxx" -std=c++20 "$source/main.cpp" $flags -L"$libdir/morvale" -lmorvale_host \
-  -Wl,-rpath,"$libdir:$libdir/morvale" -o "$work/consumer"
-"$@" "$work/consumer"
-pkg-config --exists --print-errors morvale-standins
-# The kernels need no platform: C's own linker finds all of it.
-flags=$(pkg-config --cflags --libs morvale-kernels)
-strict=(-std=c11 -Wall -Wextra -Wpedantic -Werror)
-# shellcheck disable=SC2086
-"$cc" "${strict[@]}" "$source/kernels.c" $flags -Wl,-rpath,"$libdir" -o "$work/kernels"
-"$@" "$work/kernels"
-
-echo "-- loaded while running"
-"$cc" "${strict[@]}" -I"$prefix/include" "$source/loads_kernels.c" -ldl -o "$work/loads_kernels"
-"$@" "$work/loads_kernels" "$libdir/libmorvale_kernels.so"
+"$here/use_package.sh" "$prefix" "$cmake" "$cc" "$cxx" "$toolchain" "$@"
 
 echo "-- the kernels without the rest"
 "$cmake" --install "$build" --component kernels --prefix "$work/kernels_alone" >>"$work/install.log"
+export PKG_CONFIG_LIBDIR
 PKG_CONFIG_LIBDIR=$(dirname "$(find "$work/kernels_alone" -name morvale-kernels.pc)")
 flags=$(pkg-config --cflags --libs morvale-kernels)
 # shellcheck disable=SC2086
-"$cc" "${strict[@]}" "$source/kernels.c" $flags -o "$work/kernels"
+"$cc" -std=c11 "$here/consumer/kernels.c" $flags -o "$work/kernels"
