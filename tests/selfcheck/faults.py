@@ -10,6 +10,7 @@ usage: faults.py SOURCE BUILD [COUNT] [SEED]    BUILD is a folder of its own, ke
 """
 
 import contextlib
+import filecmp
 import hashlib
 import pathlib
 import re
@@ -86,12 +87,15 @@ class Tree:
     def __init__(self, source, folder):
         self.copy, self.build = folder / "tree", folder / "build"
         self.program = self.build / "tools/selfcheck/morvale_selfcheck"
-        shutil.rmtree(self.copy, ignore_errors=True)
-        names = subprocess.run(["git", "ls-files", "-co", "--exclude-standard"], cwd=source, check=True,
-                               capture_output=True, text=True).stdout.split()
+        listed = subprocess.run(["git", "ls-files", "-co", "--exclude-standard"], cwd=source, check=True,
+                                capture_output=True, text=True).stdout.split()
+        names = {name for name in listed if (source / name).exists()}
+        for file in [path for path in self.copy.rglob("*") if path.is_file()]:
+            if file.relative_to(self.copy).as_posix() not in names:
+                file.unlink()
         for name in names:
             (self.copy / name).parent.mkdir(parents=True, exist_ok=True)
-            if (source / name).exists():
+            if not (self.copy / name).exists() or not filecmp.cmp(source / name, self.copy / name, shallow=False):
                 shutil.copy(source / name, self.copy / name)  # with a new time: a former fault may stand compiled
         subprocess.run(["cmake", "-S", self.copy, "-B", self.build, "-G", "Ninja", *self.options,
                         "-DCMAKE_CXX_FLAGS=-O1 -w", "-DCMAKE_BUILD_TYPE=None"],
