@@ -107,8 +107,8 @@ inline Status checked_bgr_to_hsv(Source s, Target t, int width, int height) {
   return checked::BGR2HSV(s, {reinterpret_cast<float*>(t.data()), t.size() / sizeof(float)}, width, height);
 }
 
-/// More than the kernel runs past the end of each plane. On pointers that room stays between the planes;
-/// behind checks it is cut out.
+/// More than the kernel runs past the end of each plane, where the width is no multiple of 8. On pointers
+/// that room stays between the planes; behind checks it is cut out.
 constexpr size_t kPlaneRoom = 8;
 inline void nv21_to_planes(const uint8_t* s, uint8_t* t, int width, int height) {
   const size_t apart = static_cast<size_t>(int64_t{width} * height) + kPlaneRoom;
@@ -116,12 +116,15 @@ inline void nv21_to_planes(const uint8_t* s, uint8_t* t, int width, int height) 
   NV21toBGR_planar(s, planes, width, height);
 }
 inline Status checked_nv21_to_planes(Source s, Target t, int width, int height) {
+  if (width < 0 || height < 0) return Status::kBadSize;
   const auto pixels = static_cast<size_t>(int64_t{width} * height);
   if (t.size() < 3 * pixels) return Status::kDestinationTooSmall;
+  const auto plane = [&](size_t k) { return t.subspan(k * pixels, pixels); };
+  if (width % 8 == 0) return checked::NV21toBGR_planar(s, {plane(0), plane(1), plane(2)}, width, height);
   std::array<std::vector<uint8_t>, 3> planes;
-  for (auto& plane : planes) plane.resize(pixels + kPlaneRoom);
+  for (auto& roomy : planes) roomy.resize(pixels + kPlaneRoom);
   const Status status = checked::NV21toBGR_planar(s, {planes[0], planes[1], planes[2]}, width, height);
-  for (size_t k = 0; k < 3; ++k) std::copy_n(planes[k].begin(), pixels, t.data() + k * pixels);
+  for (size_t k = 0; k < 3; ++k) std::copy_n(planes[k].begin(), pixels, plane(k).begin());
   return status;
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "common/command.h"
+#include "kernel_list/on_pictures.h"
 
 namespace tool {
 namespace {
@@ -52,18 +53,9 @@ Arguments arguments_of(const Kernel& kernel, FrameSize in, const KernelFlags& fl
     if (a.region.width == 0) a.region = {0, 0, in.width, in.height};
     if (int64_t{a.region.x} + a.region.width > in.width || int64_t{a.region.y} + a.region.height > in.height)
       throw UsageError("--region: leaves the picture of " + text_of(in) + "; give one inside it.");
-    a.out_width = result_size(kernel, a).width;
+    a.out_width = kernel_list::result_size(kernel, a).width;
   }
   return a;
-}
-
-FrameSize result_size(const Kernel& kernel, const Arguments& a) {
-  const auto [wide, high, divisor] = kernel.ratio;
-  if (kernel.group == kTurned && (a.mode == 0 || a.mode == 2)) return {a.height, a.width};
-  if (kernel.group == kScaled || kernel.group == kPadded) return {a.out_width, a.out_height};
-  if (kernel.group == kByFactor) return {a.factor * a.width, a.factor * a.height};
-  if (kernel.group == kRegion) return {wide * a.region.width, high * a.region.height};
-  return {wide * a.width / divisor, high * a.height / divisor};
 }
 
 }  // namespace tool

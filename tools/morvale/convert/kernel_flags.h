@@ -35,6 +35,4 @@ std::span<const FlagInfo> kernel_flags();
 /// picture.
 kernel_list::Arguments arguments_of(const Kernel& kernel, FrameSize in, const KernelFlags& flags);
 
-FrameSize result_size(const Kernel& kernel, const kernel_list::Arguments& arguments);
-
 }  // namespace tool

@@ -8,27 +8,13 @@
 
 #include "common/command.h"
 #include "common/diverted_output.h"
+#include "kernel_list/on_pictures.h"
 #include "pictures/opencv_module.h"
 
 namespace tool {
 namespace {
 
 using kernel_list::Status;
-
-/// Room behind each picture, more than any kernel reaches there: mirroring takes up to twice the width in
-/// three bytes a pixel, averaging by large ratios the ratio in rows; the checked calls watch over it.
-size_t room_behind(const Picture& picture, int widest) {
-  return picture.bytes.size() / 64 + 6 * static_cast<size_t>(widest) + 64;
-}
-
-std::vector<uint8_t> with_last_row_repeated(const Picture& picture, size_t room) {
-  std::vector<uint8_t> bytes = picture.bytes;
-  const auto row = static_cast<size_t>(row_bytes(picture.layout, picture.size.width));
-  const size_t end = bytes.size();
-  bytes.resize(end + room);
-  for (size_t at = end; at < bytes.size(); ++at) bytes[at] = bytes[at - row];
-  return bytes;
-}
 
 Picture blank(Layout layout, FrameSize size) {
   Picture picture{layout, size, {}};
@@ -74,22 +60,18 @@ Status add_blur(kernel_list::Arguments& arguments, std::vector<uint16_t>& weight
 
 Picture run_kernel(const Kernel& kernel, const Picture& in, const KernelFlags& flags) {
   kernel_list::Arguments arguments = arguments_of(kernel, in.size, flags);
-  const FrameSize size = result_size(kernel, arguments);
+  const auto [width, height] = kernel_list::result_size(kernel, arguments);
+  const FrameSize size{width, height};
   check_result_size(kernel, in.size, size);
   Picture out = blank(kernel.gives, size);
-  const int widest = std::max(in.size.width, size.width);
-  const size_t result_bytes = out.bytes.size();
-  const std::vector<uint8_t> source = with_last_row_repeated(in, room_behind(in, widest));
-  out.bytes.resize(result_bytes + room_behind(out, widest));
   std::vector<uint16_t> weights;
   std::vector<uint8_t> grid;
   Status status = Status::kOk;
   if (kernel.group == kernel_list::Group::kBlurred) status = add_blur(arguments, weights, grid, flags);
   // One kernel prints a line on standard output by contract.
   const DivertedOutput quiet(STDOUT_FILENO);
-  if (status == Status::kOk) status = kernel.checked(source, out.bytes, arguments);
+  if (status == Status::kOk) status = run_with_room(kernel, in.bytes, out.bytes, arguments);
   if (status != Status::kOk) throw refusal(kernel, in.size, status);
-  out.bytes.resize(result_bytes);
   return out;
 }
 

@@ -82,25 +82,6 @@ std::optional<Layout> layout_of_file(const std::string& path) {
   return std::nullopt;
 }
 
-int64_t byte_count(Layout layout, FrameSize size) {
-  switch (layout) {
-    case Layout::kNv21:
-    case Layout::kNv12:
-      return size.pixels() + int64_t{size.width} * ((size.height + 1) / 2);
-    case Layout::kY:
-      return size.pixels();
-    case Layout::kHsv:
-      return 3 * size.pixels() * static_cast<int64_t>(sizeof(float));
-    default:
-      return 3 * size.pixels();
-  }
-}
-
-int64_t row_bytes(Layout layout, int width) {
-  const bool interleaved = layout == Layout::kRgb || layout == Layout::kBgr;
-  return int64_t{width} * (layout == Layout::kHsv ? 12 : interleaved ? 3 : 1);
-}
-
 std::vector<Plane> planes_of(const Picture& picture) {
   const int64_t pixels = picture.size.pixels();
   switch (picture.layout) {

@@ -21,9 +21,9 @@ std::string endings_of(Layout layout);
 /// By a raw file's ending; absent for anything else.
 std::optional<Layout> layout_of_file(const std::string& path);
 
-int64_t byte_count(Layout layout, FrameSize size);
-/// From one row of samples to the next, in the last plane that the layout has.
-int64_t row_bytes(Layout layout, int width);
+inline int64_t byte_count(Layout layout, FrameSize size) {
+  return kernel_list::byte_count(layout, size.width, size.height);
+}
 
 struct Picture {
   Layout layout = Layout::kY;
