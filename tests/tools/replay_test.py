@@ -331,6 +331,8 @@ class Sources(Replays):
         self.refused("is not empty", scene, "--record", scene)
         self.refused("is not a folder", scene, "--report", junk)
         self.refused("cannot be a file", scene, "--trace", self.folder / "missing/trace.json")
+        self.refused("names no frame and file", scene, "--picture", "frame.png")
+        self.refused("there is no frame 2", scene, "--picture", f"2={self.folder}/frame.png")
         self.refused("is no YUV4MPEG2", "-", "--engine", "fixed", "--record", self.folder / "fresh", stdin=b"")
         self.assertFalse((self.folder / "fresh").exists(), "a session without a frame leaves no folder")
         (scene / "logits/000001.npy").unlink()
@@ -426,6 +428,17 @@ class Outputs(Replays):
             out = self.folder / f"report_{camera}"
             self.run_well(scene, "--report", out, status=1)
             self.assertEqual([event["kind"] for event in report_data(out)["events"]], ["found", "lost", "found"], camera)
+
+    def test_the_picture_is_of_the_frame_asked_for(self):
+        scene = self.scene("scene", "--frames", 4, "--motion", "walk")
+        pictures = {}
+        for name, flags in [("a", ["3"]), ("again", ["3", "--frames", 4]), ("b", ["0"])]:
+            file = self.folder / f"{name}.png"
+            self.run_well(scene, "--picture", f"{flags[0]}={file}", *flags[1:])
+            pictures[name] = file.read_bytes()
+        self.assertTrue(pictures["a"].startswith(b"\x89PNG"))
+        self.assertEqual(pictures["a"], pictures["again"])
+        self.assertNotEqual(pictures["a"], pictures["b"])
 
     def test_the_trace_tells_the_stages(self):
         scene = self.scene("scene", "--frames", 3)

@@ -1,5 +1,7 @@
 #include "replay/replay_options.h"
 
+#include <charconv>
+
 #include "common/command.h"
 #include "common/command_line.h"
 #include "common/options.h"
@@ -42,7 +44,7 @@ command line or a file cannot be used, 130 stopped by Ctrl-C.
 
 /// What the options say, before it is looked at closer.
 struct Texts {
-  std::optional<std::string> camera, size, crop;
+  std::optional<std::string> camera, size, crop, picture;
   std::string format = "json";
 };
 
@@ -78,6 +80,7 @@ std::vector<Option> output(ReplayOptions& options, Texts& texts) {
   return {{"--record", &options.record,
            "Record the session as a bundle in this new folder, or *.morvale file", "DIR"},
           {"--report", &options.report, "Write report.html into this folder", "DIR"},
+          {"--picture", &texts.picture, "Write frame N, annotated, into this PNG file", "N=FILE"},
           {"--trace", &options.trace, "Write the stages of each frame for Perfetto", "FILE"},
           {"--format", &texts.format, "JSON lines (default), CSV, bare records or nothing on standard output",
            "json|csv|records|none"},
@@ -103,6 +106,14 @@ CommandLine command_line(ReplayOptions& options, Texts& texts) {
   return line;
 }
 
+void read_picture(const std::string& text, ReplayOptions& options) {
+  const char* const end = text.data() + text.size();
+  const auto [next, error] = std::from_chars(text.data(), end, options.picture_frame);
+  if (error != std::errc() || options.picture_frame < 0 || end - next < 2 || *next != '=')
+    throw UsageError("--picture: '" + text + "' names no frame and file; write it as 57=frame.png.");
+  options.picture.assign(next + 1, end);
+}
+
 /// What cannot be meant together.
 void check(const ReplayOptions& options) {
   if (options.inputs.empty() == options.pan.empty())
@@ -110,6 +121,7 @@ void check(const ReplayOptions& options) {
                                          : "--pan is an input of its own; leave the other inputs out.");
   if (options.inputs.size() < 2) return;
   if (!options.trace.empty()) throw UsageError("--trace writes one file; name one input with it.");
+  if (!options.picture.empty()) throw UsageError("--picture writes one file; name one input with it.");
   for (const std::string& input : options.inputs)
     if (input == "-")
       throw UsageError("- (standard input) cannot stand beside other inputs; replay it alone.");
@@ -124,6 +136,7 @@ std::optional<ReplayOptions> parse_replay_options(int argc, char** argv) {
   if (texts.camera) options.camera = *texts.camera == "front" ? Camera::kFront : Camera::kBack;
   if (texts.size) options.shape.size = parse_size(*texts.size);
   if (texts.crop) options.crop = parse_crop(*texts.crop);
+  if (texts.picture) read_picture(*texts.picture, options);
   options.format = texts.format == "csv"       ? LineFormat::kCsv
                    : texts.format == "records" ? LineFormat::kRecords
                    : texts.format == "none"    ? LineFormat::kNone

@@ -32,6 +32,8 @@ struct ReplayOptions {
   std::optional<std::string> model_dir;
 
   std::string record, report, trace;  ///< empty: not wanted
+  std::string picture;                ///< a file for picture_frame, annotated; empty: not wanted
+  int picture_frame = 0;
   LineFormat format = LineFormat::kJson;
   bool heading = true;  ///< CSV begins with the names of its columns
   bool times = false;

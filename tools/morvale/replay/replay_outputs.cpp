@@ -3,8 +3,11 @@
 #include <filesystem>
 #include <system_error>
 
+#include "common/atomic_file.h"
 #include "common/command.h"
+#include "pictures/opencv_module.h"
 #include "replay/replay_lines.h"
+#include "service/frame_input.h"
 
 namespace tool {
 namespace {
@@ -115,6 +118,34 @@ class ReportOutput final : public ReplayOutput {
   ReportPage page_;
 };
 
+class PictureOutput final : public ReplayOutput {
+ public:
+  PictureOutput(int frame, std::string file, std::string source_name)
+      : frame_(frame), file_(std::move(file)), input_(std::move(source_name)) {}
+
+  void add(const ReplayedFrame& frame) override {
+    if (frame.source.number != frame_ || frame.source.input.nv21.empty() || frame.report.process != 0) return;
+    const Geometry& geometry = frame.report.geometry;
+    const Frame seen{frame.source.name.empty() ? input_ : frame.source.name,
+                     geometry.width,
+                     geometry.height,
+                     geometry.stride,
+                     {frame.planes.begin(), frame.planes.end()}};
+    write_file(file_, opencv().annotated_png(seen, frame_, frame.report));
+    drawn_ = true;
+  }
+  void finish(const Comparison&) override {
+    if (!drawn_)
+      throw UsageError("--picture: there is no frame " + std::to_string(frame_) +
+                       " with pixels that was analysed.");
+  }
+
+ private:
+  int frame_;
+  std::string file_, input_;
+  bool drawn_ = false;
+};
+
 class TraceOutput final : public ReplayOutput {
  public:
   TraceOutput(const std::string& file, const std::string& source_name) : file_(file), input_(source_name) {
@@ -151,6 +182,11 @@ std::unique_ptr<ReplayOutput> make_record_output(const std::string& folder,
 
 std::unique_ptr<ReplayOutput> make_report_output(const std::string& folder, ReportHead head) {
   return std::make_unique<ReportOutput>(folder, std::move(head));
+}
+
+std::unique_ptr<ReplayOutput> make_picture_output(int frame, const std::string& file,
+                                                  const std::string& source_name) {
+  return std::make_unique<PictureOutput>(frame, file, source_name);
 }
 
 std::unique_ptr<ReplayOutput> make_trace_output(const std::string& file, const std::string& source_name) {

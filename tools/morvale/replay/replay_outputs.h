@@ -36,6 +36,9 @@ std::unique_ptr<ReplayOutput> make_line_output(LineFormat format, bool heading, 
 std::unique_ptr<ReplayOutput> make_record_output(const std::string& folder,
                                                  const morvale::session::SessionInfo& info);
 std::unique_ptr<ReplayOutput> make_report_output(const std::string& folder, ReportHead head);
+/// One frame, annotated as `morvale analyze --out` does it. Throws UsageError when the frame does not come.
+std::unique_ptr<ReplayOutput> make_picture_output(int frame, const std::string& file,
+                                                  const std::string& source_name);
 std::unique_ptr<ReplayOutput> make_trace_output(const std::string& file, const std::string& source_name);
 
 }  // namespace tool

@@ -196,6 +196,7 @@ class Replay {
     const ReplayOptions& o = options_;
     if (!o.record.empty()) outputs_.push_back(make_record_output(o.record, recorded_info()));
     if (!o.report.empty()) outputs_.push_back(make_report_output(o.report, report_head()));
+    if (!o.picture.empty()) outputs_.push_back(make_picture_output(o.picture_frame, o.picture, plan_.input));
     if (!o.trace.empty()) outputs_.push_back(make_trace_output(o.trace, plan_.input));
     if (o.format != LineFormat::kNone)
       outputs_.push_back(make_line_output(o.format, o.heading, o.times, plan_.input, data_));
