@@ -13,6 +13,7 @@
 
 #include "fakes/peak_memory.h"
 #include "session/json.h"
+#include "session/npy.h"
 #include "session/printable.h"
 #include "workstation/bundle_frames.h"
 
@@ -332,6 +333,15 @@ TEST(Printable, NothingThatSteersATerminalComesThrough) {
   };
   for (const auto& [text, shown] : cases) EXPECT_EQ(printable(text), shown);
   EXPECT_EQ(Json("\x1b \x7f \xc2\x9b \u00a0 \u00e9").dump(), "\"\\u001b \\u007f \\u009b \u00a0 \u00e9\"");
+}
+
+/// However long its sides are, and wherever among them the empty one stands.
+TEST_F(BundleTest, AnArrayWithoutValuesIsReadAsItWasWritten) {
+  for (const std::vector<int32_t>& shape : {std::vector<int32_t>{0}, {1000, 1000, 0}, {0, 1000}}) {
+    const NpyArray array = parse_npy("empty", npy_bytes(shape, {}));
+    EXPECT_EQ(array.shape, shape);
+    EXPECT_TRUE(array.values.empty());
+  }
 }
 
 TEST_F(BundleTest, NpyHeadsOfOtherWriters) {

@@ -59,6 +59,7 @@ std::optional<std::vector<int32_t>> parse_shape(std::string_view text) {
 
 /// The number of values of `shape`, as long as it is below `limit`.
 std::optional<size_t> count_below(const std::vector<int32_t>& shape, uintmax_t limit) {
+  if (std::find(shape.begin(), shape.end(), 0) != shape.end()) return 0;
   uintmax_t count = 1;
   for (const int32_t side : shape) {
     count *= static_cast<uintmax_t>(side);  // below limit times 2^31: no overflow for files under 8 GiB
