@@ -181,6 +181,9 @@ TEST_F(BundleTest, AHalfWrittenLastFrameIsLeftOutAndToldOf) {
     ASSERT_EQ(bundle.frame_count(), 2);
     expect_frame(bundle, 1, frame_input(1), frame_output(1));
   }
+  const fs::path path = three_frames("empty_line");
+  std::ofstream(path / "metadata.jsonl", std::ios::app) << '\n';
+  EXPECT_THROW(BundleReader{path}, BundleError) << "a whole line, and no frame";
 }
 
 TEST_F(BundleTest, LinesFromElsewhereAreRefusedByFrame) {
