@@ -332,7 +332,7 @@ class Sources(Replays):
         self.refused("is not a folder", scene, "--report", junk)
         self.refused("cannot be a file", scene, "--trace", self.folder / "missing/trace.json")
         self.refused("names no frame and file", scene, "--picture", "frame.png")
-        self.refused("there is no frame 2", scene, "--picture", f"2={self.folder}/frame.png")
+        self.refused("there is no frame 2", scene, "--format", "none", "--picture", f"2={self.folder}/frame.png")
         self.refused("is no YUV4MPEG2", "-", "--engine", "fixed", "--record", self.folder / "fresh", stdin=b"")
         self.assertFalse((self.folder / "fresh").exists(), "a session without a frame leaves no folder")
         (scene / "logits/000001.npy").unlink()
