@@ -26,3 +26,11 @@ for camera in front back; do
     --format table "$camera"/frames/000000_*.nv21
 done
 ls pictures/*.png
+
+[[ -d root/usr/lib/python3 ]] || exit 0
+echo "-- Python"
+PATH=$PWD/root/usr/bin:$PATH PYTHONPATH=$PWD/root/usr/lib/python3/dist-packages /usr/bin/python3 -B -c '
+import morvale
+replay = morvale.replay("front")
+assert replay.records.tobytes() == open("front/records.bin", "rb").read()
+print(len(replay.records), "records of the replay as recorded")'
