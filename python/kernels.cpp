@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "arrays.h"
 #include "kernel_list/on_pictures.h"
 #include "kernels/processor.h"
 
@@ -17,6 +18,7 @@ namespace py = pybind11;
 namespace {
 
 using namespace kernel_list;
+using namespace numpy;
 
 /// What Python calls a kernel: input and output; others have the kernel's name in lower case.
 struct Name {
@@ -66,7 +68,7 @@ const LayoutText& text_of(Layout layout) { return kLayouts[static_cast<size_t>(l
 bool is_frame(Layout layout) { return layout == kNv21 || layout == kNv12; }
 
 /// As the layout has it in an array.
-std::vector<py::ssize_t> shape_of(Layout layout, Size size) {
+std::vector<py::ssize_t> shape_for(Layout layout, Size size) {
   const py::ssize_t width = size.width, height = size.height;
   if (is_frame(layout)) return {height + (height + 1) / 2, width};
   if (layout == kY) return {height, width};
@@ -74,67 +76,7 @@ std::vector<py::ssize_t> shape_of(Layout layout, Size size) {
   return {height, width, 3};
 }
 
-// ---- Arrays that are not as a kernel takes them ----
-
-std::string shape_text(const std::vector<py::ssize_t>& shape) {
-  std::string text = "(";
-  for (const py::ssize_t side : shape) text += std::to_string(side) + ", ";
-  return text.substr(0, text.size() - (shape.size() > 1 ? 2 : shape.empty() ? 0 : 1)) + ")";
-}
-
-std::vector<py::ssize_t> shape_of(const py::array& array) {
-  return {array.shape(), array.shape() + array.ndim()};
-}
-
-bool is_packed(const py::array& array) { return (array.flags() & py::array::c_style) != 0; }
-
-[[noreturn]] void refuse(const char* name, const std::string& wanted, const py::array& given) {
-  std::string text = std::string(name) + " must be " + wanted + "; it is " +
-                     std::string(py::str(given.dtype())) + " " + shape_text(shape_of(given));
-  if (!is_packed(given)) text += ", not contiguous (np.ascontiguousarray copies it)";
-  if (!given.writeable()) text += ", read-only";
-  throw py::value_error(text);
-}
-
-template <class T>
-bool holds(const py::array& array) {
-  return array.dtype().num() == py::detail::npy_format_descriptor<T>::value;
-}
-
-py::array array_of(const py::object& object, const char* name) {
-  if (!py::isinstance<py::array>(object))
-    throw py::type_error(std::string(name) + " must be a NumPy array, not " +
-                         std::string(py::str(py::type::of(object).attr("__name__"))));
-  return py::reinterpret_borrow<py::array>(object);
-}
-
 // ---- One call ----
-
-/// A kernel's source or target in an array's memory.
-struct View {
-  uint8_t* data = nullptr;
-  size_t bytes = 0;
-};
-
-View view_of(const py::array& array) {
-  return {static_cast<uint8_t*>(const_cast<void*>(array.data())), static_cast<size_t>(array.nbytes())};
-}
-
-/// Rows that may lie apart, each packed.
-View rows_of(const py::array& array, int& stride) {
-  const auto rows = static_cast<size_t>(array.shape(0)), columns = static_cast<size_t>(array.shape(1));
-  stride = static_cast<int>(rows > 1 ? array.strides(0) : array.shape(1));
-  const size_t bytes = rows == 0 || columns == 0 ? 0 : (rows - 1) * static_cast<size_t>(stride) + columns;
-  return {static_cast<uint8_t*>(const_cast<void*>(array.data())), bytes};
-}
-
-bool has_rows(const py::array& array) {
-  if (!holds<uint8_t>(array) || array.ndim() != 2) return false;
-  const bool packed = array.shape(1) < 2 || array.strides(1) == 1;
-  const bool apart = array.shape(0) < 2 ||
-                     (array.strides(0) >= array.shape(1) && array.strides(0) < morvale::checked::kSizeEnd);
-  return packed && apart;
-}
 
 py::array new_array(Layout layout, const std::vector<py::ssize_t>& shape) {
   return layout == kHsv ? py::array(py::array_t<float>(shape)) : py::array(py::array_t<uint8_t>(shape));
@@ -152,7 +94,7 @@ void blacken(const Kernel& kernel, const Arguments& arguments, Size size, const 
 
 py::array target_of(const Kernel& kernel, const Arguments& arguments, const py::object& out) {
   const Size size = result_size(kernel, arguments);
-  const std::vector<py::ssize_t> shape = shape_of(kernel.gives, size);
+  const std::vector<py::ssize_t> shape = shape_for(kernel.gives, size);
   if (out.is_none()) {
     py::array fresh = new_array(kernel.gives, shape);
     blacken(kernel, arguments, size, view_of(fresh));
@@ -209,7 +151,7 @@ View frame_view(const Kernel& kernel, const py::array& array, int width, int hei
   const bool enough = array.nbytes() >= rows * width;
   if (!holds<uint8_t>(array) || !is_packed(array) || !fits || !enough)
     refuse(text_of(kernel.takes).argument,
-           "uint8 " + shape_text(shape_of(kernel.takes, {width, height})) +
+           "uint8 " + shape_text(shape_for(kernel.takes, {width, height})) +
                ", contiguous, or as many bytes in one dimension",
            array);
   return view_of(array);

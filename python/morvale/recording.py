@@ -1,7 +1,7 @@
 """Recordings as arrays."""
 import functools
 import os
-from typing import Iterator, List, Optional, Tuple, Union
+from typing import Iterator, List, Optional, Tuple, Union, overload
 
 import numpy as np
 
@@ -51,6 +51,9 @@ class Frame:
     record          the frame's record, with the fields of RECORD
     """
 
+    index: int
+    record: np.void
+    camera: str
     width: int
     height: int
     stride: int
@@ -93,12 +96,13 @@ class Frame:
     def nv21(self) -> Optional[np.ndarray]:
         """uint8 (height + height // 2, width): luma and chroma as morvale.kernels takes them. No copy where the chroma
         lies behind packed rows."""
-        block, start = self._pixels
-        if block is None:
+        luma, chroma = self.luma, self.chroma
+        if luma is None or chroma is None:
             return None
-        if start == self.width * self.height:
-            return block[:start + self.chroma.size].reshape(-1, self.width)
-        return np.concatenate([self.luma, self.chroma])
+        block, start = self._pixels
+        if start == luma.size:
+            return block[:start + chroma.size].reshape(-1, self.width)
+        return np.concatenate([luma, chroma])
 
     @functools.cached_property
     def _output(self):
@@ -134,6 +138,9 @@ class Recording:
     records         of all frames: an array of RECORD, which pandas.DataFrame takes as it is
     """
 
+    path: str
+    camera: str
+    records: np.ndarray
     pad_size: int
     net_size: int
     open_result: int
@@ -153,6 +160,10 @@ class Recording:
     def __len__(self) -> int:
         return len(self._reader)
 
+    @overload
+    def __getitem__(self, index: int) -> Frame: ...
+    @overload
+    def __getitem__(self, index: slice) -> List[Frame]: ...
     def __getitem__(self, index):
         if isinstance(index, slice):
             return [self[i] for i in range(*index.indices(len(self)))]

@@ -8,7 +8,7 @@ import pathlib
 import shutil
 import subprocess
 import tempfile
-from typing import Iterable, Optional, Union
+from typing import Any, Dict, Iterable, List, Optional, Tuple, Union
 
 import numpy as np
 
@@ -88,6 +88,12 @@ class Replay:
     recording   the morvale.Recording that `record` asked for, or None
     """
 
+    path: str
+    records: np.ndarray
+    lines: List[Dict[str, Any]]
+    summary: str
+    recording: Optional[_recording.Recording]
+
     def __init__(self, path, flags, library, lines, summary, recorded):
         self.path, self.lines, self.summary = path, lines, summary
         self._flags, self._library = flags, library
@@ -143,6 +149,20 @@ class Analysis:
     labels          uint8 (rows, columns, 5), the label map: morvale.LABELS names the scores
     picture         the annotated picture, a PNG: bytes
     """
+
+    path: str
+    camera: str
+    width: int
+    height: int
+    record: np.void
+    human_ratio: int
+    boxes: List[Tuple[int, int, int, int]]
+    camera_faces: List[Tuple[int, int, int, int]]
+    faces: List[Dict[str, Any]]
+    notes: List[str]
+    frame: _recording.Frame
+    labels: Optional[np.ndarray]
+    picture: bytes
 
     def __init__(self, path, line, recording, picture):
         def boxes(key):
@@ -217,13 +237,14 @@ def analyze(image: Union[_Path, np.ndarray], camera: str = "front", library: Opt
     the program said, or the program is not there, and ValueError for an array or a library that cannot be used.
     """
     with tempfile.TemporaryDirectory() as folder:
-        path = name = image
         if isinstance(image, np.ndarray):
-            path, name = os.path.join(folder, "array.ppm"), "array"
+            name, path = "array", os.path.join(folder, "array.ppm")
             pathlib.Path(path).write_bytes(_ppm(image))
+        else:
+            name = path = os.fspath(image)
         session, picture = os.path.join(folder, "session"), os.path.join(folder, "picture.png")
         lines, words = _run("--camera", camera, "--record", session, "--picture", f"0={picture}", *flags, path,
                             library=library)
         if not os.path.exists(picture):
             raise ProgramError(words)
-        return Analysis(os.fspath(name), lines[-1], _recording.open(session), pathlib.Path(picture).read_bytes())
+        return Analysis(name, lines[-1], _recording.open(session), pathlib.Path(picture).read_bytes())

@@ -91,6 +91,7 @@ class Refusals(unittest.TestCase):
     def test_an_array_that_is_not_as_it_must_be(self):
         nv21, rgb, y = picture("NV21", 16, 8), picture("RGB", 16, 8), picture("Y", 16, 8)
         weights = kernels.gaussian_weights(1, 2)
+        astray = np.zeros(8 * 16 * 12 + 1, np.uint8)[1:].view(np.float32).reshape(8, 16, 3)
         locked = np.zeros((8, 16, 3), np.uint8)
         locked.flags.writeable = False
         k = kernels
@@ -110,6 +111,8 @@ class Refusals(unittest.TestCase):
             (k.resize_y_8x_up_rr_vert, (y[::-1],), "each row contiguous"),
             (k.resize_y_8x_up_rr_vert, (np.broadcast_to(y[0], (8, 16)),), "each row contiguous"),
             (k.bgr_to_hsv, (rgb, np.zeros((8, 16, 3))), "out must be float32"),
+            (k.bgr_to_hsv, (rgb, np.zeros((8, 16, 3), ">f4")), "it is >f4"),
+            (k.bgr_to_hsv, (rgb, astray), "not aligned"),
             (k.gaussian_blur_grid_hori, (y, weights.astype(int)), "weights must be uint16"),
             (k.gaussian_blur_grid_hori, (y, weights[:-1]), "an odd number"),
             (k.gaussian_blur_grid_hori, (y, weights, np.ones((1, 2), np.uint8)), "grid must be uint8 (1, 600)"),
