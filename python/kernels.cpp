@@ -24,6 +24,7 @@ using namespace numpy;
 struct Name {
   std::string_view kernel;
   const char* python;
+  const char* note = "";  ///< behind the summary
 };
 constexpr Name kNames[] = {
     {"NV21toRGB", "nv21_to_rgb"},
@@ -37,13 +38,20 @@ constexpr Name kNames[] = {
     {"BGRtoNV21", "bgr_to_nv21"},
     {"BGR2GRAY", "bgr_to_gray"},
     {"BGR2HSV", "bgr_to_hsv"},
+    {"resize_NV21_opt", "resize_nv21_opt", "; here they are one array"},
+    {"rotate_y_opt", "rotate_y_opt", ", with a line on standard output"},
     {"GaussianBlur_Grid_Hori", "gaussian_blur_grid_hori"},
     {"GaussianBlur_Grid_Vert", "gaussian_blur_grid_vert"},
 };
 
+const Name* name_of(std::string_view kernel) {
+  const Name* found = std::find_if(std::begin(kNames), std::end(kNames),
+                                   [&](const Name& name) { return name.kernel == kernel; });
+  return found == std::end(kNames) ? nullptr : found;
+}
+
 std::string python_name(std::string_view kernel) {
-  for (const Name& name : kNames)
-    if (name.kernel == kernel) return name.python;
+  if (const Name* name = name_of(kernel)) return name->python;
   std::string lower(kernel);
   std::transform(lower.begin(), lower.end(), lower.begin(), [](unsigned char c) { return std::tolower(c); });
   return lower;
@@ -178,19 +186,29 @@ View picture_view(const Kernel& kernel, const py::array& array, Arguments& argum
 
 // ---- The functions ----
 
+/// Of the entry alone: in the list "the same" is the kernel above.
+std::string summary_of(const Kernel& kernel) {
+  constexpr std::string_view kSame = "the same";
+  std::string summary = kernel.summary;
+  if (summary.starts_with(kSame))
+    summary = "as " + python_name((&kernel - 1)->name) + summary.substr(kSame.size());
+  if (const Name* name = name_of(kernel.name)) summary += name->note;
+  summary[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(summary[0])));
+  return summary;
+}
+
 std::string doc_of(const Kernel& kernel, const std::string& notes) {
   const LayoutText &takes = text_of(kernel.takes), &gives = text_of(kernel.gives);
-  std::string summary = kernel.summary;
-  summary[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(summary[0])));
-  std::string text = summary + " (the kernel " + std::string(kernel.name) + ").\n\n" + takes.argument + ": " +
-                     takes.shape +
+  std::string text = summary_of(kernel) + " (the kernel " + std::string(kernel.name) + ").\n\n" +
+                     takes.argument + ": " + takes.shape +
                      (kernel.group == kRegion ? "; rows may lie apart, as in y[2:9, 4:20]" : "") + "\n";
   if (is_frame(kernel.takes)) text += "width, height: of the frame, in pixels\n";
   text += notes;
-  text += std::string("out: an array for the result, of exactly its shape (default: a new one)\n\nReturns ") +
-          gives.argument + ", " + gives.shape +
-          ", of the result.\nRaises ValueError for an array that is not so, "
-          "and for sizes that the kernel is not made for.";
+  text +=
+      std::string(
+          "out: an array for the result, of exactly its shape (default: a new one)\n\nReturns the result, ") +
+      gives.argument + ": " + gives.shape +
+      ".\nRaises ValueError for an array that is not so, and for sizes that the kernel is not made for.";
   return text;
 }
 

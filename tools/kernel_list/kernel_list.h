@@ -71,8 +71,8 @@ inline constexpr Kernel kKernels[] = {
     KERNEL(kTurned, rotate_NV21, kNv21, kNv21, "mode 0 clockwise, 2 counter-clockwise, else a half turn"),
     KERNEL(kTurned, rotate_NV21_opt, kNv21, kNv21, "the same"),
 
-    KERNEL(kBlurred, GaussianBlur_Grid_Hori, kY, kY, "along rows, weights of GFilterCreation"),
-    KERNEL(kBlurred, GaussianBlur_Grid_Vert, kY, kY, "along columns, weights of GFilterCreation"),
+    KERNEL(kBlurred, GaussianBlur_Grid_Hori, kY, kY, "blur along rows, weights of GFilterCreation"),
+    KERNEL(kBlurred, GaussianBlur_Grid_Vert, kY, kY, "blur along columns, weights of GFilterCreation"),
 };
 
 #undef KERNEL
