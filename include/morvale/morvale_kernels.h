@@ -1,11 +1,10 @@
 /// The image kernels under C names: libmorvale_kernels.so, for programs in C11 or C++ and for whatever else
 /// can load a shared object and call C. They are the capture library's kernels, byte for byte, each behind a
 /// check of its buffers. The library needs the C and C++ libraries alone, allocates nothing, throws nothing
-/// and keeps no state: any number of threads may call it at once on distinct buffers. No other header is
-/// needed.
+/// and keeps no state: any number of threads may call it at once on distinct buffers.
 ///
-/// A function is called morvale_ and the name of the C++ kernel, whose header in morvale/imgproc/ has the
-/// whole rule, down to the bit. What holds for all of them:
+/// A function is called morvale_ and the name of the C++ kernel, whose header in morvale/imgproc/ (of HSV
+/// morvale/analysis/hsv.h) has the whole rule, down to the bit. What holds for all of them:
 ///
 /// Pictures have 8 bits a sample, the top row first, rows packed. NV21 is a plane of luma, then (height + 1)
 /// / 2 rows of `width` bytes of V,U pairs, one for each 2 x 2 pixels; NV12 has U first. Conversions from YUV
@@ -22,9 +21,9 @@
 /// A null pointer is a buffer of no bytes. Source and destination must not overlap, and floats and 16-bit
 /// weights must be aligned: neither is checked.
 ///
-/// Sizes of 0 are legal, and nothing is written for them. Sizes, strides, places and margins must be below
-/// 2^25, those of the scaling to any size below 2^23. Floating point must round to nearest, as it does unless
-/// the calling thread was set otherwise.
+/// Sizes of 0 are legal, and nothing is written for them. Sizes, strides and places that are negative or not
+/// below 2^25 (2^23 where a picture is scaled to any size) are MORVALE_BAD_SIZE. Floating point must round to
+/// nearest, as it does unless the calling thread was set otherwise.
 #ifndef MORVALE_KERNELS_H
 #define MORVALE_KERNELS_H
 
