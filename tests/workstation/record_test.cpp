@@ -148,6 +148,8 @@ TEST_F(RecordTest, ARecordedSessionReplaysByteForByte) {
     EXPECT_EQ(bundle.warning(), "");
     ASSERT_EQ(bundle.frame_count(), kFrames);
     EXPECT_EQ(bundle.info().net_size, side);
+    EXPECT_EQ(bundle.info().library.find("1.0.0, commit "), 0u) << "the library's own note, and all of it";
+    EXPECT_NE(bundle.info().library.find(", kernels portable"), std::string::npos);
     expect_maps(bundle, side);
     EXPECT_FALSE(bundle.execute_result(4)) << "gated";
     EXPECT_FALSE(bundle.execute_result(6)) << "no luma plane";
