@@ -13,7 +13,6 @@
 
 #include "fakes/peak_memory.h"
 #include "session/json.h"
-#include "session/json.h"
 #include "session/npy.h"
 #include "session/printable.h"
 #include "workstation/bundle_frames.h"
