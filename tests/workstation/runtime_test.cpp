@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -186,6 +187,10 @@ TEST_F(RuntimeTest, TheFixedEngineAnswersWithItsPortrait) {
   EXPECT_EQ(row(7), run(29, '0') + run(6, '1') + run(29, '0'));
   EXPECT_EQ(row(23), run(21, '0') + run(3, '1') + run(16, '2') + run(3, '1') + run(21, '0'));
   EXPECT_EQ(row(60), run(12, '0') + run(40, '4') + run(12, '0'));
+  std::map<char, int> cells;
+  for (int y = 0; y < 64; ++y)
+    for (const char label : row(y)) ++cells[label];
+  EXPECT_EQ(cells, (std::map<char, int>{{'0', 2546}, {'1', 204}, {'2', 280}, {'4', 1066}}));
   EXPECT_EQ(std::vector<float>(scores, scores + 5), (std::vector<float>{8, -6, -6, -9, -6}));
   const float* face = scores + (23 * 64 + 32) * 5;
   EXPECT_EQ(std::vector<float>(face, face + 5), (std::vector<float>{-6, -6, 8, -9, -6}));
