@@ -43,6 +43,10 @@ RUNS = [
      "tests/jobs_soak.py build/release/tools/morvale/morvale", r"\d+ runs of .*"),
     ("coverage", "What of the library its tests run", "./dev coverage", r"src: .*"),
     ("mutate", "Seeded faults in the library and the stand-ins that a test catches", "./dev mutate", r"\d+ of \d+ faults caught.*"),
+    ("headers", "Every public header compiles alone", "cmake --build --preset release --target headers_alone && echo all of them",
+     r"all of them"),
+    ("same", "Two builds in two folders give one library, byte for byte",
+     "cmp build/{release,bench}/src/libmorvale_capture.so && echo the same file", r"the same file"),
     ("bits", "Seeded faults that the check of the bits names", "./dev faults", r"\d+ of \d+ faults named.*"),
 ]
 

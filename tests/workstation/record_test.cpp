@@ -153,6 +153,7 @@ TEST_F(RecordTest, ARecordedSessionReplaysByteForByte) {
     expect_maps(bundle, side);
     EXPECT_FALSE(bundle.execute_result(4)) << "gated";
     EXPECT_FALSE(bundle.execute_result(6)) << "no luma plane";
+    EXPECT_FALSE(bundle.output(4).network_ms || bundle.output(6).network_ms) << "the time of an earlier run";
     EXPECT_EQ(bundle.output(6).process_result, -1);
     EXPECT_EQ(bundle.metadata(5).chroma, ChromaPlace::kApart);
     EXPECT_EQ(bundle.metadata(13).chroma, ChromaPlace::kBehind);

@@ -81,6 +81,20 @@ TEST(Thin, ItsBytesAreReadBackAndHostileOnesRefused) {
   }
 }
 
+TEST(Thin, ASampleMayBeAPlanesLast) {
+  ThinFrame frame;
+  frame.luma = {0, 11, 5, {0, 2}, {0}};
+  frame.chroma = {11, 7, 5, {0, 1}, {0}};
+  const std::vector<uint8_t> pixels(18);
+  take_samples(frame, pixels.data(), pixels.data() + 11);
+  EXPECT_NO_THROW(parse_thin(thin_bytes(frame), 18));
+  for (ThinPlane ThinFrame::*plane : {&ThinFrame::luma, &ThinFrame::chroma}) {
+    ThinFrame shorter = frame;
+    --(shorter.*plane).bytes;
+    EXPECT_THROW(parse_thin(thin_bytes(shorter), 18), std::runtime_error);
+  }
+}
+
 /// What is taken from a recorded frame is what was taken from the caller's planes.
 TEST(Thin, AWholeRecordingGivesTheSameSamplesAsTheCallersPlanes) {
   struct Case {
