@@ -10,6 +10,7 @@ usage: mutate.py SOURCE BUILD [COUNT] [SEED]    BUILD is a folder of its own, ke
 import hashlib
 import pathlib
 import re
+import resource
 import subprocess
 import sys
 import time
@@ -21,11 +22,17 @@ FOLDERS = (*faults.FOLDERS, "src/platform", "workstation/record", "workstation/r
 CHANGES = [*faults.CHANGES, (r"(?<=^  )\s*[\w.>:\[\]-]+(\(.*\)| [-+|&]?= .*|\+\+);$", lambda m: ";")]
 LEAST_PERCENT = 95
 PATIENCE_SECONDS = 120
+MOST_MEMORY = 8 << 30
 # What looks at the folder, what it is built by, and the first that fails ends it.
 LIBRARY = ("tests/library_test", "tests/allocation_test", "tests/threads_test", "tests/kernels/kernel_test",
            "tools/selfcheck/morvale_selfcheck", "tests/unload_test")
 STAND_INS = ("tests/bundle_test", "workstation/runtime/runtime_test", "tests/record_test")
 ALSO_BUILT = {"tests/record_test": ["morvale"]}  # the program that its replays start
+
+
+def limit_memory():
+    """A fault may ask for all of it."""
+    resource.setrlimit(resource.RLIMIT_AS, (MOST_MEMORY, MOST_MEMORY))
 
 
 class Tests(faults.Tree):
@@ -49,7 +56,7 @@ class Tests(faults.Tree):
             flags = ["--gtest_brief=1", "--gtest_fail_fast"] if program.endswith("_test") else []
             try:
                 done = subprocess.run([self.build / program, *flags], capture_output=True, text=True, errors="replace",
-                                      timeout=PATIENCE_SECONDS)
+                                      timeout=PATIENCE_SECONDS, preexec_fn=limit_memory)
             except subprocess.TimeoutExpired:
                 return f"{program} does not end"
             if done.returncode != 0:
