@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <map>
 #include <memory>
 #include <optional>
@@ -146,6 +148,20 @@ TEST_F(RuntimeTest, OpenRefusesModelsThatDoNotFit) {
   Picture picture = kBlack;
   EXPECT_NE(execute({{picture.data(), {1, 128, 128, 3}}}), 0) << "a session that never opened must not run";
   EXPECT_EQ(open("good"), 0) << "an earlier failure must not stick: " << errors_;
+}
+
+/// Newer versions of the format may have fields of any kind: 64 bits, bytes and 32 bits of field 99.
+TEST_F(RuntimeTest, FieldsThatNobodyKnowsArePassedOver) {
+  const std::filesystem::path folder = testing::TempDir();
+  std::filesystem::copy_file(TINY_MODELS "/good.onnx", folder / "newer.onnx",
+                             std::filesystem::copy_options::overwrite_existing);
+  std::ofstream(folder / "newer.onnx", std::ios::binary | std::ios::app)
+      << "\x99\x06" << std::string(8, '\xff') << "\x9a\x06\x02"
+      << "\xff\xff"
+      << "\x9d\x06" << std::string(4, '\xff') << "\x98\x06\x01";
+  const ScopedVariable newer("VEXA_MODEL_DIR", folder.c_str());
+  EXPECT_EQ(open("newer"), 0) << errors_;
+  std::filesystem::remove(folder / "newer.onnx");
 }
 
 TEST_F(RuntimeTest, ExecuteRefusesInputsThatDoNotFit) {
