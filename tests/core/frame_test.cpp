@@ -5,37 +5,15 @@
 #include <utility>
 
 #include "core/frame.h"
+#include "fakes/luma_planes.h"
 
 namespace {
 
 using namespace morvale;
 
 TEST(Frame, TheLumaPlaneHasRowsOfItsStrideOrOfItsWidth) {
-  struct Case {
-    int width, height, stride;
-    int64_t bytes;
-  };
-  constexpr int kSide = 1 << 23;
-  const Case cases[] = {{256, 64, 0, 256 * 64},
-                        {256, 64, 255, 256 * 64},
-                        {256, 64, 257, 257 * 64},
-                        {1, 1, 0, 1},
-                        {256, 0, 256, 0},
-                        {256, 1, 300, 300},
-                        {0, 4, 0, 0},
-                        {0, 4, 1, 4},
-                        {-5, 4, -5, 0},
-                        {256, 4, kSide - 1, 4 * (kSide - 1)},
-                        {256, 4, kSide, 256 * 4},
-                        {256, 4, INT_MAX, 256 * 4},
-                        {kSide - 1, 1, 0, kSide - 1},
-                        {kSide, 1, 0, 0},
-                        {256, kSide - 1, 0, 256 * int64_t{kSide - 1}},
-                        {1, kSide, 0, 0},
-                        {257, kSide - 1, 0, 0},  // 2^31 bytes and more
-                        {200, kSide / 2, 512, 200 * int64_t{kSide / 2}}};
   uint8_t plane = 0;
-  for (const Case& c : cases) {
+  for (const auto& c : kLumaPlanes) {
     MorvaleData_t record{};
     record.yPlane = &plane;
     record.width = c.width;
@@ -48,15 +26,22 @@ TEST(Frame, TheLumaPlaneHasRowsOfItsStrideOrOfItsWidth) {
 }
 
 TEST(Frame, SizesWhoseBytesOrPositionsLeaveInt32AreUnusable) {
-  constexpr int kSide = 1 << 23;
   struct Case {
     int width, height;
     bool usable;
   };
-  const Case cases[] = {{1, 1, true},           {0, 1, false},          {1, 0, false},
-                        {kSide - 1, 1, true},   {kSide, 1, false},      {1, kSide - 1, true},
-                        {1, kSide, false},      {32768, 43690, true},   {32768, 43692, false},
-                        {kSide - 1, 170, true}, {kSide - 1, 171, true}, {kSide - 1, 172, false}};
+  const Case cases[] = {{1, 1, true},
+                        {0, 1, false},
+                        {1, 0, false},
+                        {kSideEnd - 1, 1, true},
+                        {kSideEnd, 1, false},
+                        {1, kSideEnd - 1, true},
+                        {1, kSideEnd, false},
+                        {32768, 43690, true},
+                        {32768, 43692, false},
+                        {kSideEnd - 1, 170, true},
+                        {kSideEnd - 1, 171, true},
+                        {kSideEnd - 1, 172, false}};
   uint8_t luma = 0, chroma = 0;
   for (const Case& c : cases) {
     MorvaleData_t record{};

@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "fakes/luma_planes.h"
 #include "record/thin_frame.h"
 #include "session/frame_files.h"
 
@@ -78,6 +79,16 @@ TEST(Thin, ItsBytesAreReadBackAndHostileOnesRefused) {
     Bytes edited = bytes;
     edited[at] = value;
     EXPECT_THROW(parse_thin(edited, at == 8 ? 15 : 20), std::runtime_error) << "byte " << at;
+  }
+}
+
+TEST(Thin, LumaPlanesAreThoseThatTheLibraryTakes) {
+  for (const LumaPlane& plane : kLumaPlanes) {
+    MorvaleData_t record{};
+    record.width = plane.width;
+    record.height = plane.height;
+    record.stride = plane.stride;
+    EXPECT_EQ(luma_bytes(record), plane.bytes) << plane.width << "x" << plane.height << ", " << plane.stride;
   }
 }
 
