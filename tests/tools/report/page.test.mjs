@@ -506,6 +506,16 @@ test('the scores are the recording\'s, byte for byte', {skip: given.length === 0
   }
 });
 
+test('an address is followed although the page writes its own before it hears of it', async () => {
+  const {page: tab, close} = await open(browser, front);
+  await tab.evaluate(() => {
+    location.hash = '#frame=140';
+    history.replaceState(null, '', '#frame=100');
+  });
+  await shown(tab, 20);
+  await close();
+});
+
 test('a source that passes twice: each pass has its own links and names', async () => {
   const twice = page('twice', {
     change: data => {

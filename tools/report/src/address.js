@@ -10,8 +10,9 @@ export class Address {
   constructor(report, player) {
     this.report_ = report;
     this.player_ = player;
-    addEventListener('hashchange', () => this.follow_());
-    this.follow_();
+    // By the event's own address: the page may have written another since.
+    addEventListener('hashchange', event => this.follow_(new URL(event.newURL).hash));
+    this.follow_(location.hash);
     player.onFrame(frame => {
       clearTimeout(this.timer_);
       this.timer_ = setTimeout(() => this.write_(frame), kRest);
@@ -31,8 +32,8 @@ export class Address {
     return [h('button', button, icon('link')), told];
   }
 
-  follow_() {
-    const match = /^#frame=(\d+)(?:&pass=(\d+))?$/.exec(location.hash);
+  follow_(hash) {
+    const match = /^#frame=(\d+)(?:&pass=(\d+))?$/.exec(hash);
     const index = match ? this.report_.find(Number(match[1]), Number(match[2] ?? 1)) : -1;
     if (index >= 0) this.player_.go(index);
   }
