@@ -269,6 +269,28 @@ void for_each_size(Check check) {
         }
 }
 
+/// The last block of a margin may run over into the next row, which is converted after it: each row is what
+/// it is where there is room.
+TEST(ColorConvertPad, RowsThatReachIntoTheNextOneAreConvertedInTurn) {
+  constexpr int kHeight = 6, kRoomy = 96;
+  for (int width = 8; width <= 40; ++width) {
+    const auto pixels = static_cast<size_t>(width * kHeight);
+    const Bytes nv21 = random_bytes(2 * pixels, static_cast<uint32_t>(width));
+    for (int margin = 1; margin <= width; ++margin) {
+      const auto end = static_cast<size_t>(width + margin);
+      Bytes tight(3 * (end * kHeight + 8)), roomy(3 * size_t{kRoomy} * kHeight);
+      NV21toRGB_pad(nv21.data(), tight.data(), width, kHeight, width + margin, kHeight, margin, 0);
+      NV21toRGB_pad(nv21.data(), roomy.data(), width, kHeight, kRoomy, kHeight, margin, 0);
+      for (size_t row = 0; row < kHeight; ++row) {
+        ASSERT_TRUE(std::equal(tight.begin() + ptrdiff_t(3 * end * row),
+                               tight.begin() + ptrdiff_t(3 * end * (row + 1)),
+                               roomy.begin() + ptrdiff_t(3 * kRoomy * row)))
+            << width << " + " << margin << ", row " << row;
+      }
+    }
+  }
+}
+
 TEST(ColorConvertPlain, NV21toRGBAtEverySize) {
   for_each_size([](int width, int height, Pattern pattern, uint32_t seed, Edge edge) {
     const auto pixels = static_cast<size_t>(width * height);
