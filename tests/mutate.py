@@ -4,10 +4,13 @@
 Beside the faults of selfcheck/faults.py a statement may be missing. Those that change nothing anybody could see stand in
 mutate_harmless.txt and selfcheck/faults_harmless.txt, each with the reason. Ends with 0 when at least 95 % of the others are caught.
 
-usage: mutate.py SOURCE BUILD [COUNT] [SEED]    BUILD is a folder of its own, kept to be fast the next time
+usage: mutate.py SOURCE BUILD [COUNT] [SEED] [again]    BUILD is a folder of its own, kept to be fast the next time
+
+With "again" only those that survived the last time are tried once more: new tests undo nothing that was caught.
 """
 
 import hashlib
+import json
 import pathlib
 import re
 import resource
@@ -40,6 +43,7 @@ class Tests(faults.Tree):
 
     options = ["-DMORVALE_REPORT=OFF", "-DBUILD_TESTING=ON"]
     programs = (*LIBRARY, *STAND_INS)
+    known = {}  # outcomes, by the fault; None where it is none
 
     def run(self):
         return 0, ""  # which sets of kernels run here, code() knows
@@ -70,27 +74,33 @@ class Tests(faults.Tree):
                        if "morvale_kernels_avx512" not in file.as_posix()] for part in ("src", "workstation")}
 
     def outcome(self, fault):
-        part = fault.path.split("/")[0]  # the other may still be built with its last fault
-        self.programs = LIBRARY if part == "src" else STAND_INS
-        with self.seeded(fault):
-            said = self.outcome_now()
-            return None if said == "" and self.code()[part] == self.clean[part] else said
+        if fault not in self.known:
+            part = fault.path.split("/")[0]  # the other may still be built with its last fault
+            self.programs = LIBRARY if part == "src" else STAND_INS
+            with self.seeded(fault):
+                said = self.outcome_now()
+                self.known[fault] = None if said == "" and self.code()[part] == self.clean[part] else said
+        return self.known[fault]
 
 
-def main(source, build, count=300, seed=1):
+def main(source, build, count=300, seed=1, again=""):
     source = pathlib.Path(source).resolve()
     start = time.monotonic()
+    memory = pathlib.Path(build) / "outcomes.json"
+    known = json.loads(memory.read_text()) if again and memory.exists() else {}
     here = pathlib.Path(__file__).parent
     drawn = faults.drawn_faults(source, seed, [here / "mutate_harmless.txt", here / "selfcheck/faults_harmless.txt"],
                                 folders=FOLDERS, left_out=(), changes=CHANGES)
     tree = Tests(source, pathlib.Path(build).resolve())
+    tree.known = {fault: known[fault.key(seed)] for fault in drawn if known.get(fault.key(seed), "") != ""}
     print(f"{len(drawn)} places for a fault, seed {seed}", flush=True)
-    caught = missed = 0
+    caught = tried = 0
     for fault, said in faults.outcomes(tree, drawn, int(count)):
-        caught, missed = caught + bool(said), missed + (not said)
+        caught, tried = caught + bool(said), tried + 1
+        memory.write_text(json.dumps({fault.key(seed): outcome for fault, outcome in tree.known.items()}))
         print(f"{fault}\n    {said or 'SURVIVES'}", flush=True)
-    share = 100 * caught / max(1, caught + missed)
-    print(f"{caught} of {caught + missed} faults caught ({share:.1f} %), {time.monotonic() - start:.0f} s")
+    share = 100 * caught / max(1, tried)
+    print(f"{caught} of {tried} faults caught ({share:.1f} %), {time.monotonic() - start:.0f} s")
     return 0 if share >= LEAST_PERCENT else 1
 
 
