@@ -1,21 +1,17 @@
 /// `morvale ab`: two builds of the library over many recordings.
 #include <algorithm>
-#include <condition_variable>
 #include <cstdio>
-#include <exception>
 #include <filesystem>
-#include <map>
-#include <mutex>
 #include <optional>
 #include <set>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "ab/ab_page.h"
 #include "ab/ab_replay.h"
 #include "ab/ab_results.h"
 #include "ab/ab_table.h"
+#include "ab/ab_workers.h"
 #include "common/command.h"
 #include "common/command_line.h"
 #include "common/interrupt.h"
@@ -110,63 +106,6 @@ void print_heading(const std::string& format) {
     std::fputs((format == "csv" ? verdict_csv_heading() : table_heading()).c_str(), stdout);
 }
 
-/// Judges the recordings on several threads, and hands the verdicts on in their order.
-class Workers {
- public:
-  Workers(const AbOptions& options, std::vector<std::string> recordings)
-      : options_(options), recordings_(std::move(recordings)) {
-    const auto threads = std::min(static_cast<size_t>(options.jobs), recordings_.size());
-    for (size_t i = 0; i < threads; ++i) threads_.emplace_back([this] { work(); });
-  }
-
-  /// The next one; none behind the last, or where Ctrl-C has asked for an end.
-  std::optional<Verdict> next() {
-    std::unique_lock lock(mutex_);
-    changed_.wait(lock, [&] { return done_.contains(taken_) || working_ == 0; });
-    if (error_) std::rethrow_exception(error_);
-    const auto found = done_.extract(taken_);
-    if (found.empty()) return std::nullopt;
-    ++taken_;
-    return std::move(found.mapped());
-  }
-
- private:
-  void work() {
-    try {
-      for (std::optional<size_t> at; (at = begin_one());) {
-        Verdict verdict =
-            judge(options_.old_library, options_.new_library, recordings_[*at], options_.limits);
-        const std::lock_guard lock(mutex_);
-        if (Interrupt::asked() == 0)
-          done_.emplace(*at, std::move(verdict));  // else its replays were stopped too
-        changed_.notify_all();
-      }
-    } catch (...) {
-      const std::lock_guard lock(mutex_);
-      error_ = std::current_exception();
-    }
-    const std::lock_guard lock(mutex_);
-    --working_;
-    changed_.notify_all();
-  }
-
-  std::optional<size_t> begin_one() {
-    const std::lock_guard lock(mutex_);
-    if (begun_ == recordings_.size() || Interrupt::asked() != 0 || error_) return std::nullopt;
-    return begun_++;
-  }
-
-  const AbOptions& options_;
-  std::vector<std::string> recordings_;
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  std::map<size_t, Verdict> done_;
-  size_t begun_ = 0, taken_ = 0;
-  size_t working_ = std::min(static_cast<size_t>(options_.jobs), recordings_.size());
-  std::exception_ptr error_;
-  std::vector<std::jthread> threads_;
-};
-
 /// What an earlier run left in the file of results.
 std::vector<Verdict> taken_up(const AbOptions& options, const std::string& head) {
   std::error_code none;
@@ -197,7 +136,9 @@ std::vector<Verdict> compare_libraries(const AbOptions& options) {
   if (!options.results.empty()) file.emplace(options.results, head);
   for (const Verdict& verdict : verdicts) std::fputs(line_of(verdict, options.format).c_str(), stdout);
   Progress progress(recordings.size());
-  Workers workers(options, recordings);
+  AbWorkers workers(options.jobs, recordings, [&](const std::string& recording) {
+    return judge(options.old_library, options.new_library, recording, options.limits);
+  });
   while (std::optional<Verdict> verdict = workers.next()) {
     progress.next(verdict->recording);
     if (file) file->add(*verdict);
@@ -231,14 +172,10 @@ std::vector<Verdict> merge(const AbOptions& options) {
 std::vector<std::string> write_comparisons(const AbOptions& options, const std::vector<Verdict>& verdicts) {
   constexpr size_t kMost = 20;
   std::vector<std::string> links(verdicts.size());
-  std::vector<size_t> worst;
-  for (size_t i = 0; i < verdicts.size(); ++i)
-    if (verdicts[i].outcome == Outcome::kChanged) worst.push_back(i);
-  std::stable_sort(worst.begin(), worst.end(), [&](size_t a, size_t b) {
-    return verdicts[a].changed_frames > verdicts[b].changed_frames;
-  });
+  if (options.merge) return links;  // the libraries stand elsewhere
+  std::vector<size_t> worst = worst_first(verdicts);
+  std::erase_if(worst, [&](size_t i) { return verdicts[i].outcome == Outcome::kFailed; });
   worst.resize(std::min(worst.size(), kMost));
-  if (options.merge) worst.clear();  // the libraries stand elsewhere
   for (const size_t i : worst) {
     const std::string& recording = verdicts[i].recording;
     RecordSource old_side = open_records(recording), new_side = open_records(recording);

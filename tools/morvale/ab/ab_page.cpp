@@ -128,18 +128,10 @@ std::string verdict_row(const Verdict& verdict, const std::string& link) {
          number_cell(verdict.changed_frames) + number_cell(verdict.frames) + cell(first) + "</tr>\n";
 }
 
-/// Those that failed, then those that changed in most frames.
 std::string worst_section(const std::vector<Verdict>& verdicts, const std::vector<std::string>& links) {
   constexpr size_t kMost = 100;
-  std::vector<size_t> order;
-  for (size_t i = 0; i < verdicts.size(); ++i)
-    if (verdicts[i].outcome != Outcome::kSame) order.push_back(i);
+  const std::vector<size_t> order = worst_first(verdicts);
   if (order.empty()) return "";
-  std::stable_sort(order.begin(), order.end(), [&](size_t a, size_t b) {
-    const bool a_failed = verdicts[a].outcome == Outcome::kFailed,
-               b_failed = verdicts[b].outcome == Outcome::kFailed;
-    return a_failed != b_failed ? a_failed : verdicts[a].changed_frames > verdicts[b].changed_frames;
-  });
   std::string text =
       "<section><h2>Recordings that changed most</h2><table><tr><th>Recording<th>Verdict"
       "<th class=\"n\">Changed<th class=\"n\">Frames<th>First</tr>\n";

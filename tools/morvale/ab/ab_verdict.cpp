@@ -136,4 +136,16 @@ int count(const std::vector<Verdict>& verdicts, Outcome outcome) {
                                         [&](const Verdict& verdict) { return verdict.outcome == outcome; }));
 }
 
+std::vector<size_t> worst_first(const std::vector<Verdict>& verdicts) {
+  std::vector<size_t> order;
+  for (size_t i = 0; i < verdicts.size(); ++i)
+    if (verdicts[i].outcome != Outcome::kSame) order.push_back(i);
+  std::stable_sort(order.begin(), order.end(), [&](size_t a, size_t b) {
+    const bool a_failed = verdicts[a].outcome == Outcome::kFailed,
+               b_failed = verdicts[b].outcome == Outcome::kFailed;
+    return a_failed != b_failed ? a_failed : verdicts[a].changed_frames > verdicts[b].changed_frames;
+  });
+  return order;
+}
+
 }  // namespace tool

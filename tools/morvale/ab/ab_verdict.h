@@ -51,4 +51,7 @@ std::vector<FieldTotal> totals_of(const std::vector<Verdict>& verdicts);
 
 int count(const std::vector<Verdict>& verdicts, Outcome outcome);
 
+/// The places of those that are not the same: the failed, then those that changed in most frames.
+std::vector<size_t> worst_first(const std::vector<Verdict>& verdicts);
+
 }  // namespace tool
