@@ -24,7 +24,7 @@ RUNS = [
      "0 to 130 × 0 to 34 and twelve camera sizes, every set of kernels; a byte less faults",
      "MORVALE_EVERY_SIZE=1 ctest --preset release -R '^Reach'", CTEST),
     ("fuzz", "Fuzzers of the frames' state machine, the kernels, the labellers and every parser, with the address, "
-     "undefined-behaviour and integer checks", "./dev fuzz --minutes 18", r"\w+: \d+ runs, .*"),
+     "undefined-behaviour and integer checks", "./dev fuzz --minutes 14", r"\w+: \d+ runs, .*"),
     ("allocations", "Every allocation of a session fails once; the call made again goes on, nothing is left behind",
      "ctest --preset release -R '^Allocation.AfterEach'", CTEST),
     ("runtime", "The runtime fails in ten ways at each frame of a session of 60",

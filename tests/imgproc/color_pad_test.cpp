@@ -166,19 +166,21 @@ TEST(ColorConvertPad, NothingBeyondTheDocumentedReachIsTouched) {
 /// The last block of a margin may run over into the next row, which is converted after it: each row is what
 /// it is where there is room.
 TEST(ColorConvertPad, RowsThatReachIntoTheNextOneAreConvertedInTurn) {
-  constexpr int kHeight = 6, kRoomy = 96;
+  constexpr int kHeight = 6, kRoomy = 96, kBlock = 8;
   for (int width = 8; width <= 40; ++width) {
     const auto pixels = static_cast<size_t>(width * kHeight);
     const Bytes nv21 = random_bytes(2 * pixels, static_cast<uint32_t>(width));
     for (int margin = 1; margin <= width; ++margin) {
       const auto end = static_cast<size_t>(width + margin);
-      Bytes tight(3 * (end * kHeight + 8)), roomy(3 * size_t{kRoomy} * kHeight);
-      NV21toRGB_pad(nv21.data(), tight.data(), width, kHeight, width + margin, kHeight, margin, 0);
-      NV21toRGB_pad(nv21.data(), roomy.data(), width, kHeight, kRoomy, kHeight, margin, 0);
+      // The last block of a wide margin also mirrors columns left of the picture.
+      Bytes tight(3 * (end * kHeight + 2 * kBlock)), roomy(3 * (size_t{kRoomy} * kHeight + 2 * kBlock));
+      const auto tight_image = tight.begin() + 3 * kBlock, roomy_image = roomy.begin() + 3 * kBlock;
+      NV21toRGB_pad(nv21.data(), &*tight_image, width, kHeight, width + margin, kHeight, margin, 0);
+      NV21toRGB_pad(nv21.data(), &*roomy_image, width, kHeight, kRoomy, kHeight, margin, 0);
       for (size_t row = 0; row < kHeight; ++row) {
-        ASSERT_TRUE(std::equal(tight.begin() + ptrdiff_t(3 * end * row),
-                               tight.begin() + ptrdiff_t(3 * end * (row + 1)),
-                               roomy.begin() + ptrdiff_t(3 * kRoomy * row)))
+        ASSERT_TRUE(std::equal(tight_image + ptrdiff_t(3 * end * row),
+                               tight_image + ptrdiff_t(3 * end * (row + 1)),
+                               roomy_image + ptrdiff_t(3 * kRoomy * row)))
             << width << " + " << margin << ", row " << row;
       }
     }
