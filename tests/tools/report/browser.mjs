@@ -89,18 +89,6 @@ export async function paintedPicture(browser, parts, width = 32, height = 24, ty
   return url.slice(url.indexOf(',') + 1);
 }
 
-// Plain pictures, one for each colour, as base64 of a JPEG.
-export async function plainPictures(browser, colours) {
-  const page = await browser.newPage();
-  const urls = await page.evaluate(
-      list => list.map(colour => {
-        const canvas = Object.assign(document.createElement('canvas'), {width: 32, height: 24});
-        const context = canvas.getContext('2d');
-        context.fillStyle = colour;
-        context.fillRect(0, 0, 32, 24);
-        return canvas.toDataURL('image/jpeg', 0.95);
-      }),
-      colours);
-  await page.close();
-  return urls.map(url => url.slice(url.indexOf(',') + 1));
-}
+// Plain pictures, one for each colour.
+export const plainPictures = (browser, colours) =>
+    Promise.all(colours.map(colour => paintedPicture(browser, [[colour, 0]])));
