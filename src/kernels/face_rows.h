@@ -17,8 +17,8 @@ constexpr int kColourScore = 201;
 
 /// What the pixels of a face add up to. Sorted samples are not needed: every figure can be had from counts.
 struct FaceCounts {
-  /// Bins of one set: hues -60..359, saturations 0..255, values 0..255.
-  static constexpr int kHues = 420, kBytes = 256, kLowestHue = -60;
+  /// Bins of one set: hues -60..299, saturations 0..255, values 0..255.
+  static constexpr int kHues = 360, kBytes = 256, kLowestHue = -60;
   static constexpr int kHueBins = 0, kSaturationBins = kHues, kValueBins = kSaturationBins + kBytes;
   static constexpr int kBins = kValueBins + kBytes;
 

@@ -6,7 +6,7 @@
 
 namespace morvale {
 
-/// Hue in degrees, -60 < H <= 300, and saturation and value 0..255.
+/// Hue in degrees, -60 <= H < 300, and saturation and value 0..255.
 struct Hsv {
   float hue;
   unsigned saturation, value;

@@ -10,8 +10,8 @@
 /// channel goes to red, then green. Grey has hue and saturation 0.
 MORVALE_API void bgr2hsv_pixel(int b, int g, int r, unsigned int* hsv);
 
-/// The same with a signed hue that is not wrapped: -60..359, truncated toward zero. Reds that lean to magenta
-/// are so negative. The face figures are built on this one.
+/// The same with a signed hue that is not wrapped: -60..299, truncated toward zero. Reds that lean to magenta
+/// are so negative. The figures of a face are taken of hues like these.
 MORVALE_API void bgr2hsv_pixel_v2(int b, int g, int r, int* hsv);
 
 /// A whole image. bgr: 3 bytes a pixel, row stride 3 * width; hsv: 3 floats a pixel, row stride 3 * width
