@@ -21,13 +21,10 @@ echo "-- by pkg-config"
 export PKG_CONFIG_LIBDIR
 PKG_CONFIG_LIBDIR=$(dirname "$(find "$prefix" -name morvale.pc)")
 libdir=$(dirname "$PKG_CONFIG_LIBDIR")
-# Of the stand-ins the log and the properties alone: this program brings a runtime.
-flags=$(pkg-config --cflags --libs morvale)
+flags=$(pkg-config --cflags --libs morvale morvale-standins)
 # shellcheck disable=SC2086
-"$cxx" -std=c++20 "$source/main.cpp" $flags -L"$libdir/morvale" -lmorvale_host \
-  -Wl,-rpath,"$libdir:$libdir/morvale" -o "$work/consumer"
+"$cxx" -std=c++20 "$source/main.cpp" $flags -Wl,-rpath,"$libdir" -o "$work/consumer"
 "$@" "$work/consumer"
-pkg-config --exists --print-errors morvale-standins
 # The kernels need no platform: C's own linker finds all of it.
 flags=$(pkg-config --cflags --libs morvale-kernels)
 strict=(-std=c11 -Wall -Wextra -Wpedantic -Werror)
