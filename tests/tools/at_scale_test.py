@@ -15,7 +15,7 @@ import unittest
 import slurm
 from bundles import forget_hashes
 
-PROGRAM = pathlib.Path(os.environ.get("MORVALE_PROGRAM", "build/tools/morvale/morvale"))
+PROGRAM = pathlib.Path(os.environ.get("MORVALE_PROGRAM", "build/release/tools/morvale/morvale"))
 PAGE = pathlib.Path(__file__).resolve().parents[2] / "docs/at-scale.md"
 
 
@@ -42,10 +42,16 @@ class AtScale(unittest.TestCase):
         records[offset] ^= 1
         path.write_bytes(records)
 
+    def test_jobs(self):
+        self.assertEqual(self.shell(self.blocks[0])[0], 0)
+        index = (self.folder / "reports/index.html").read_text()
+        self.assertEqual(index.count('href="./phone/session-000'), 3)
+        self.assertTrue((self.folder / "reports/tablet/session-0001/report.html").exists())
+
     def test_parallel(self):
         self.needs("" if shutil.which("parallel") else "parallel")
         self.damage(288 + 4)
-        replay, again = self.blocks[:2]
+        replay, again = self.blocks[1:3]
         self.assertEqual(self.shell(replay)[0], 1)
         lines = [json.loads(line) for path in self.folder.glob("lines/*/*.jsonl")
                  for line in path.read_text().splitlines()]
@@ -78,18 +84,18 @@ class AtScale(unittest.TestCase):
             def array(block):
                 (self.folder / "task.sbatch").write_text(block)
                 return self.shell("mkdir -p lines; sbatch --wait --array=1-4 task.sbatch", **cluster.environment)
-            self.shell(self.blocks[0].splitlines()[0])
-            self.assertEqual(array(self.blocks[2])[0], 0)
+            self.shell(self.blocks[1].splitlines()[0])
+            self.assertEqual(array(self.blocks[3])[0], 0)
             self.assertEqual(len((self.folder / "lines/phone/session-0003.jsonl").read_text().splitlines()), 3)
             self.assertTrue((self.folder / "reports/phone/session-0003/report.html").exists())
-            self.shell(self.blocks[4].splitlines()[0])
-            self.assertEqual(array(self.blocks[5])[0], 1)
-        self.assertEqual(self.shell(self.blocks[4].splitlines()[-1])[0], 1)
+            self.shell(self.blocks[5].splitlines()[0])
+            self.assertEqual(array(self.blocks[6])[0], 1)
+        self.assertEqual(self.shell(self.blocks[5].splitlines()[-1])[0], 1)
         self.assertEqual(self.changed_fields(), ["humanRatio"] * 4)
 
     def test_two_builds_over_shards(self):
         self.libraries()
-        alone, shards = self.blocks[3:5]
+        alone, shards = self.blocks[4:6]
         status, _, words = self.shell(alone)
         self.assertEqual((status, words.count("4 recordings: 0 the same, 4 changed, 0 failed.")), (1, 1), words)
         self.assertTrue((self.folder / "ab_report/index.html").exists())

@@ -20,7 +20,7 @@ import unittest
 
 from bundles import forget_hashes
 
-PROGRAM = os.environ.get("MORVALE_PROGRAM", "build/tools/morvale/morvale")
+PROGRAM = os.environ.get("MORVALE_PROGRAM", "build/release/tools/morvale/morvale")
 PHOTOS = pathlib.Path(os.environ.get("MORVALE_PHOTO_DIR", "/nonexistent"))
 MODELS = pathlib.Path(os.environ.get("MORVALE_MODEL_DIR", "/nonexistent"))
 
@@ -371,7 +371,17 @@ class Outputs(Replays):
         self.assertIn("4 frames; 1 not as recorded, the first: frame 0", index)
         done = morvale("replay", "--jobs", 2, "--format", "csv", *scenes[:2])
         self.assertEqual([line[:6] for line in done.stdout.splitlines()].count(b"input,"), 1, "one heading for all")
-        self.refused("into the same folder", scenes[0], str(scenes[0]) + "/", "--report", self.folder / "r")
+        self.refused("is given twice", scenes[0], str(scenes[0]) + "/", "--report", self.folder / "r")
+
+    def test_recordings_of_one_name_keep_their_devices(self):
+        scenes = [self.scene(f"{device}/session-0001", "--seed", seed, "--frames", 2) for seed, device in enumerate("ab")]
+        done = morvale("replay", "--report", self.folder / "reports", "--record", self.folder / "kept", *scenes)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        for device in "ab":
+            self.assertTrue((self.folder / "kept" / device / "session-0001/session.json").is_file())
+            self.assertTrue((self.folder / "reports" / device / "session-0001/report.html").is_file())
+        self.assertEqual(re.findall(r'href="\./(.*?)"', (self.folder / "reports/index.html").read_text()),
+                         ["a/session-0001/report.html", "b/session-0001/report.html"])
 
     def test_many_recordings_stop_together(self):
         scenes = [self.scene(f"scene{seed}", "--seed", seed, "--frames", 4) for seed in range(3)]

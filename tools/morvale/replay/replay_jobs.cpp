@@ -8,7 +8,6 @@
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
-#include <map>
 #include <thread>
 
 #include "common/command.h"
@@ -26,26 +25,42 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The name of the file or folder itself, also for "recordings/one/", "." and "..".
-std::string base_name(const std::string& input) {
+/// A file's or folder's whole path, also of "recordings/one/", "." and "..".
+fs::path whole_path(const std::string& input) {
   const fs::path path = fs::absolute(input).lexically_normal();
-  return (path.has_filename() ? path : path.parent_path()).filename().string();
+  return path.has_filename() ? path : path.parent_path();
 }
 
-std::string inside(const std::string& folder, const std::string& input) {
-  return folder.empty() ? "" : (fs::path(folder) / base_name(input)).string();
-}
-
-/// The folders of two inputs must not be the same.
-void check_names(const ReplayOptions& options) {
-  if (options.record.empty() && options.report.empty()) return;
-  std::map<std::string, std::string> inputs;
-  for (const std::string& input : options.inputs) {
-    const auto [other, fresh] = inputs.emplace(base_name(input), input);
-    if (!fresh)
-      throw UsageError(other->second + " and " + input +
-                       " would be written into the same folder; replay them apart.");
+/// The deepest folder that holds all inputs.
+fs::path common_folder(const std::vector<std::string>& inputs) {
+  fs::path folder = whole_path(inputs.front()).parent_path();
+  for (const std::string& input : inputs) {
+    const fs::path path = whole_path(input).parent_path();
+    const auto end = std::mismatch(folder.begin(), folder.end(), path.begin(), path.end()).first;
+    fs::path both;
+    for (auto part = folder.begin(); part != end; ++part) both /= *part;
+    folder = both;
   }
+  return folder;
+}
+
+/// What each input is called among the outputs: its path below the folder that holds them all. Devices name
+/// their recordings alike.
+std::vector<std::string> output_names(const ReplayOptions& options) {
+  const std::vector<std::string>& inputs = options.inputs;
+  if (options.record.empty() && options.report.empty()) return inputs;
+  const fs::path folder = common_folder(inputs);
+  std::vector<std::string> names;
+  for (const std::string& input : inputs) {
+    names.push_back(whole_path(input).lexically_relative(folder).string());
+    if (std::find(names.begin(), names.end() - 1, names.back()) != names.end() - 1)
+      throw UsageError(input + " is given twice.");
+  }
+  return names;
+}
+
+std::string inside(const std::string& folder, const std::string& name) {
+  return folder.empty() ? "" : (fs::path(folder) / name).string();
 }
 
 /// Behind a long input the outputs of so many jobs wait in open files; then nobody starts, since a process
@@ -77,7 +92,7 @@ struct Job {
   _exit(status);
 }
 
-Job start(const ReplayOptions& options, const std::string& input) {
+Job start(const ReplayOptions& options, const std::string& input, const std::string& name) {
   Job job;
   job.output = std::tmpfile();
   job.words = std::tmpfile();
@@ -86,8 +101,8 @@ Job start(const ReplayOptions& options, const std::string& input) {
   ReplayOptions own = options;
   own.inputs = {input};
   own.heading = false;  // one for all of them
-  own.record = inside(options.record, input);
-  own.report = inside(options.report, input);
+  own.record = inside(options.record, name);
+  own.report = inside(options.report, name);
   job.process = fork();
   if (job.process < 0) throw RunError("no process can be started; take fewer --jobs.");
   if (job.process == 0) run_child(own, job);
@@ -115,12 +130,13 @@ std::string closing_words(const Job& job, const std::string& input) {
 }
 
 /// One page that leads to all reports.
-void write_report_index(const ReplayOptions& options, const std::vector<Job>& jobs) {
+void write_report_index(const ReplayOptions& options, const std::vector<std::string>& names,
+                        const std::vector<Job>& jobs) {
   constexpr size_t kPictures = 12'000'000;  // bytes; behind many reports the last have none here
   std::vector<IndexEntry> entries;
   size_t taken = 0;
   for (size_t at = 0; at < jobs.size(); ++at) {
-    IndexEntry entry = entry_of_report(options.report, base_name(options.inputs[at]));
+    IndexEntry entry = entry_of_report(options.report, names[at]);
     entry.good = jobs[at].status == kExitDone;
     const std::string words = closing_words(jobs[at], options.inputs[at]);
     taken += entry.picture.size();
@@ -152,7 +168,7 @@ void wait_for_one(std::vector<Job>& jobs) {
 }  // namespace
 
 int replay_many(const ReplayOptions& options) {
-  check_names(options);
+  const std::vector<std::string> names = output_names(options);
   // A caller that ignores SIGCHLD hands that down: children's statuses would be lost and we would wait
   // forever.
   std::signal(SIGCHLD, SIG_DFL);
@@ -172,7 +188,7 @@ int replay_many(const ReplayOptions& options) {
     if (more && room && running() < options.jobs) {
       progress.next(options.inputs[jobs.size()]);
       std::fflush(nullptr);
-      jobs.push_back(start(options, options.inputs[jobs.size()]));
+      jobs.push_back(start(options, options.inputs[jobs.size()], names[jobs.size()]));
       continue;
     }
     if (running() == 0) break;
@@ -185,7 +201,7 @@ int replay_many(const ReplayOptions& options) {
       if (jobs[poured].status != kExitDone) failed.push_back(options.inputs[poured]);
     }
   }
-  if (!options.report.empty()) write_report_index(options, jobs);
+  if (!options.report.empty()) write_report_index(options, names, jobs);
   if (!failed.empty())
     complain(std::to_string(failed.size()) + " of " + std::to_string(options.inputs.size()) +
              " inputs did not end well: " + name_list(failed) + ".");
