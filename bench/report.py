@@ -27,7 +27,7 @@ gives. Most peers do not do quite the same operation; [what differs](#what-the-p
 
 **RGB to NV21.** {rgb_nv21}
 
-Half turns stand on the floor, in libyuv as here: only parity is to be had. Grey and RGB to NV21 are compared with
+Half turns only move memory: nothing can be faster than the floor. Grey and RGB to NV21 are compared with
 libyuv {libyuv}; newer versions, built with AVX-512 rows, are faster at both.
 
 ## The run
@@ -80,7 +80,7 @@ can be had without one.
 
 **Counted:** the instructions that one call executes, whole frames from the record to the result included. qemu-user
 runs the NEON build of {arm_compiler} and a plugin of it counts (`bench/instructions/`). The counts are exact and the same
-on every run; `./dev arm64` makes them anew and fails where one has grown by more than 3 %. An instruction is not a
+on every run; `./dev arm64` counts anew and fails where one has grown by more than 3 %. An instruction is not a
 cycle, and a load from memory counts like one from the cache.
 
 {arm_counts}
@@ -164,7 +164,7 @@ def rgb_nv21(job):
     if job.ratio > 1:
         return (f"Here the peer is faster: {peer} needs {figure(time)} µs, ours {figure(job.ours)}, "
                 f"{job.ratio:.2f} times as long. {why}")
-    return f"Ours needs {figure(job.ours)} µs, {peer} {figure(time)}: no more than level can be expected. {why}"
+    return f"Ours needs {figure(job.ours)} µs, {peer} {figure(time)}. {why}"
 
 
 def machine(context):

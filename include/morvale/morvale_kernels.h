@@ -81,10 +81,9 @@ MORVALE_API morvale_status morvale_NV21toBGR_planar(const uint8_t* nv21, size_t 
 /// right and downwards; outHeight is ignored. Whole blocks of eight columns are truncated, the other pixels
 /// rounded. With E = w + rightMargin and E8 = E rounded down to a multiple of 8:
 ///   src  pixels + (h / 2 - 1) w + (w rounded down to an even number); pixels alone if h or w is below 2
-///   dst  3 ((R - 1) outWidth + C), where R is h rounded down to an even number and C the largest of w (if
-///   not
-///        below 2), the end of the last block of eight that begins below E8 (they begin at w), E and, if
-///        E8 < E, 2 w - E8; with an odd h or a bottom margin at least 3 (h + bottomMargin) outWidth
+///   dst  3 ((R - 1) outWidth + C), where R is h rounded down to an even number and C the largest of:
+///        w, unless below 2; the end of the last block of eight that begins below E8 (they begin at w);
+///        E; if E8 < E, 2 w - E8. With an odd h or a bottom margin at least 3 (h + bottomMargin) outWidth
 /// MORVALE_BAD_SIZE for a right margin above w, a bottom margin above h, a height of 1, and margins whose
 /// last block mirrors or whose end writes columns left of the picture (w 12 and rightMargin 12). A negative
 /// right margin overwrites the columns E8 to E - 1; a negative bottom margin is none.
@@ -140,9 +139,8 @@ MORVALE_API morvale_status morvale_BGR2HSV(const uint8_t* bgr, size_t bgr_bytes,
 /// morvale/checked/resize.h).
 ///   luma  (last row read) srcWidth + the last column read + 1
 ///   vu    the same, of dstHeight / 2 rows of pairs of bytes; nothing if dstHeight is below 2
-///   dst   dstWidth (dstHeight + dstHeight / 2); half-ratio rows come in twos, so that an odd number of
-///   chroma
-///         rows, or the one row of a result without chroma, is followed by one more
+///   dst   dstWidth (dstHeight + dstHeight / 2); half-ratio rows come in twos: an odd number of chroma rows,
+///         or the one row of a result without chroma, is followed by one more
 /// MORVALE_BAD_SIZE for a picture from an empty source.
 MORVALE_API morvale_status morvale_resize_NV21_opt(const uint8_t* luma, size_t luma_bytes, const uint8_t* vu,
                                                    size_t vu_bytes, uint8_t* dst, size_t dst_bytes,

@@ -94,8 +94,8 @@ class Frame:
 
     @functools.cached_property
     def nv21(self) -> Optional[np.ndarray]:
-        """uint8 (height + height // 2, width): luma and chroma as morvale.kernels takes them. No copy where the chroma
-        lies behind packed rows."""
+        """uint8 (height + height // 2, width): luma and chroma as morvale.kernels takes them; an odd height wants the
+        last row of chroma once more. No copy where the chroma lies behind packed rows."""
         luma, chroma = self.luma, self.chroma
         if luma is None or chroma is None:
             return None

@@ -1,5 +1,5 @@
 /// Android's system properties as the library uses them. On a workstation the function comes from
-/// platform/host/.
+/// workstation/host/.
 #pragma once
 
 /// Longest property value, its terminating zero included.

@@ -15,7 +15,7 @@ import tempfile
 import time
 import unittest
 
-PROGRAM = os.environ.get("MORVALE_PROGRAM", "build/tools/morvale/morvale")
+PROGRAM = os.environ.get("MORVALE_PROGRAM", "build/release/tools/morvale/morvale")
 LIBRARY = os.environ["MORVALE_LIBRARY"]
 CHANGED = os.environ["MORVALE_CHANGED_LIBRARY_FILE"]
 

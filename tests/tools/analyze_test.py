@@ -17,7 +17,7 @@ import unittest
 import urllib.parse
 import zlib
 
-PROGRAM = os.environ.get("MORVALE_PROGRAM", "build/tools/morvale/morvale")
+PROGRAM = os.environ.get("MORVALE_PROGRAM", "build/release/tools/morvale/morvale")
 MODELS = pathlib.Path(os.environ.get("MORVALE_MODEL_DIR", "~/.cache/morvale/network")).expanduser()
 PHOTOS = pathlib.Path(os.environ.get("MORVALE_PHOTO_DIR", "~/.cache/morvale/photos")).expanduser()
 HOPPER, ASTRONAUT = PHOTOS / "grace_hopper_512x512.jpg", PHOTOS / "astronaut.png"

@@ -13,7 +13,7 @@ import tempfile
 import unittest
 import zlib
 
-PROGRAM = os.environ.get("MORVALE_PROGRAM", "build/tools/morvale/morvale")
+PROGRAM = os.environ.get("MORVALE_PROGRAM", "build/release/tools/morvale/morvale")
 EXPORTS = pathlib.Path(__file__).resolve().parents[1] / "package/exports.txt"
 
 

@@ -15,7 +15,7 @@ import unittest
 
 from bundles import forget_hashes
 
-PROGRAM = os.environ.get("MORVALE_PROGRAM", "build/tools/morvale/morvale")
+PROGRAM = os.environ.get("MORVALE_PROGRAM", "build/release/tools/morvale/morvale")
 RECORD = 288
 
 

@@ -10,7 +10,7 @@ import subprocess
 import tempfile
 import unittest
 
-PROGRAM = os.environ.get("MORVALE_PROGRAM", "build/tools/morvale/morvale")
+PROGRAM = os.environ.get("MORVALE_PROGRAM", "build/release/tools/morvale/morvale")
 SOURCES = pathlib.Path(__file__).resolve().parents[2]
 
 

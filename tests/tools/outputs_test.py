@@ -14,7 +14,7 @@ import tempfile
 import time
 import unittest
 
-PROGRAM = os.environ.get("MORVALE_PROGRAM", "build/tools/morvale/morvale")
+PROGRAM = os.environ.get("MORVALE_PROGRAM", "build/release/tools/morvale/morvale")
 ENVIRONMENT = {**os.environ, "VEXA_ENGINE": "fixed"}
 
 # In a mount namespace of its own: OPTIONS FOLDER COPY COMMAND..., on a disk of these options; what it leaves is copied.

@@ -13,7 +13,7 @@ import tempfile
 import time
 import unittest
 
-PROGRAM = os.environ.get("MORVALE_PROGRAM", "build/tools/morvale/morvale")
+PROGRAM = os.environ.get("MORVALE_PROGRAM", "build/release/tools/morvale/morvale")
 SIZES = ["4000x3000", "1920x1080", "640x480", "480x640", "642x482", "320x240"]  # the fifth is no ratio of a model's
 
 

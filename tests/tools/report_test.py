@@ -12,7 +12,7 @@ import subprocess
 import tempfile
 import unittest
 
-PROGRAM = os.environ.get("MORVALE_PROGRAM", "build/tools/morvale/morvale")
+PROGRAM = os.environ.get("MORVALE_PROGRAM", "build/release/tools/morvale/morvale")
 
 
 def morvale(*arguments):

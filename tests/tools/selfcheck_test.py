@@ -8,7 +8,7 @@ import os
 import subprocess
 import unittest
 
-PROGRAM = os.environ.get("MORVALE_PROGRAM", "build/tools/morvale/morvale")
+PROGRAM = os.environ.get("MORVALE_PROGRAM", "build/release/tools/morvale/morvale")
 FAULTY = os.environ.get("MORVALE_FAULTY_KERNEL", "")
 
 

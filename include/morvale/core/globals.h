@@ -1,8 +1,8 @@
 /// The library's process-wide state: one set, shared by every MorvaleCore, so only one core may be live at a
 /// time and all calls into it must come from one thread at a time.
 ///
-/// Four pieces of state are the library's own and are not exported: the kernels in use
-/// (src/kernels/kernel_set.cpp, chosen when the library is loaded), the names of the runnable ones
+/// Four pieces of state are the library's own and are not exported: the kernels in use and those that can run
+/// (src/kernels/kernel_set.cpp, chosen when the library is loaded), the names of the latter
 /// (src/kernels/processor.cpp), the session that was destroyed (src/core/session.cpp) and the analyses'
 /// scratch memory (src/analysis/scratch.cpp, freed by Morvale_core_deinit).
 #pragma once

@@ -42,10 +42,10 @@ class MORVALE_API MorvaleCore {
   // --- every frame, called by the camera service ---
 
   /// (src/core/process.cpp) Runs the network on the caller's current frame and stores its smoothed label map
-  /// in ring slot N0. Returns  0  analysed; or gated out (result and frameCount cleared); or no model loaded
-  /// yet;
-  ///         -1  the model failed to open or is disabled as sluggish, the frame cannot be used, or the run
-  ///             failed (or answered with too few scores). Rings and frameCount stay.
+  /// in ring slot N0. Returns
+  ///    0  analysed; or gated out (result and frameCount cleared); or no model loaded yet;
+  ///   -1  the model failed to open or is disabled as sluggish, the frame cannot be used, or the run failed
+  ///       (or answered with too few scores). Rings and frameCount stay.
   /// Does not advance the ring: Morvale_core_afterProcss does.
   int Morvale_process();
 

@@ -6,7 +6,8 @@
 #include <cstdint>
 #include <type_traits>
 
-/// A rectangle in pixels: columns x .. x+w-1, rows y .. y+h-1.
+/// A rectangle in pixels: columns x .. x+w-1, rows y .. y+h-1. In the boxes that the library writes w and
+/// h are the distance of the last column and row from the first, one less.
 struct FaceRect {
   int32_t x, y, w, h;
 };
@@ -44,7 +45,7 @@ struct MorvaleData_t {
   int32_t unread3[4];  ///<  56  the caller's own
   int32_t faceCount;   ///<  72  valid entries of faces, 0..5; further ones are ignored
   FaceRect faces[morvale::kMaxFaces];  ///<  76  faces of the camera's own detector, frame pixels
-  int32_t stride;                      ///< 156  bytes from one luma row to the next; 0 means width
+  int32_t stride;                      ///< 156  finds the chroma (0: width); luma is read as packed
   int32_t unread4[2];                  ///< 160  the caller's own
   int32_t qermHint;                    ///< 168  resource hint, passed through into the back camera's result
   int32_t isUDC;                       ///< 172  nonzero: the front camera sits under the display

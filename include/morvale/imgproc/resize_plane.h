@@ -42,8 +42,8 @@ MORVALE_API void resize_y(const uint8_t* src, uint8_t* dst, int width, int heigh
 /// x .. x + width - 1 and rows y .. y + height - 1 of src, whose rows are srcStride bytes apart. Only the
 /// region is read; its last column (_hori) or row (_vert) is repeated eight times.
 ///   blend  (wa * a + wb * b) >> 8, weights 255:1, 224:32, 192:64, 160:96, 128:128, 96:160, 64:192, 32:224
-///   dst    _hori: height rows of 8 * width bytes; _vert: 8 * height rows of width bytes; dstStride bytes
-///   apart
+///   dst    _hori: height rows of 8 * width bytes; _vert: 8 * height rows of width bytes,
+///          dstStride bytes apart
 /// To enlarge a region both ways, run _hori into a buffer of 8 * width x height, then
 /// _vert(buffer, dst, 8 * width, 0, 0, 8 * width, height, 8 * width). Writes nothing when a size is below 1.
 MORVALE_API void resize_y_8x_up_RR_hori(const uint8_t* src, uint8_t* dst, int srcStride, int x, int y,

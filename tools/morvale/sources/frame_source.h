@@ -52,11 +52,11 @@ class FrameSource {
 /// What an input is, by its name and, for folders, by what is in it.
 SourceKind kind_of_input(const std::string& input);
 
-/// Size of pictures and of panned frames; recordings and videos have their own.
 /// `keep_going`: a damaged frame is told of in its place, where it otherwise ends the source.
 std::unique_ptr<FrameSource> make_bundle_source(const std::string& bundle, bool keep_going);
 std::unique_ptr<FrameSource> make_y4m_source(const std::string& file);  ///< "-": standard input
-/// `keep_going`: a picture that cannot be read is told of and left out, where it otherwise ends the source.
+/// Pictures and panned frames get a size; recordings and videos have their own. `keep_going`: a picture that
+/// cannot be read is told of and left out, where it otherwise ends the source.
 std::unique_ptr<FrameSource> make_picture_source(const std::string& folder_or_file, const FrameShape& shape,
                                                  bool keep_going);
 /// These stand behind opencv().

@@ -25,8 +25,8 @@ export class Events {
 
   get all() { return [...this.found_, ...this.thresholds.flatMap(({events}) => events)]; }
 
-  // Each kind that there is, with how many there are. One that comes on every tenth frame or more is hidden at first: it
-  // would bury the others.
+  // Each kind that there is, with how many there are. One that comes more than ten times, and on more than a
+  // tenth of the frames, is hidden at first: it would bury the others.
   get kinds() {
     const counts = new Map();
     for (const {kind} of this.all) counts.set(kind, (counts.get(kind) ?? 0) + 1);
