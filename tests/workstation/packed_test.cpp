@@ -88,6 +88,8 @@ TEST_F(PackedTest, WhatNoRecordingHoldsIsRefused) {
   std::string whole = content(packed("whole.morvale"));
   whole[512 * 2 + 124] ^= 1;  // within the second head's size
   EXPECT_NE(complaint(with("sum.morvale", whole)).find("is damaged at byte"), std::string::npos);
+  std::fill_n(whole.begin() + 512 * 2, 512, '\0');  // no end where more follows
+  EXPECT_NE(complaint(with("lost.morvale", whole)).find("is damaged at byte 1024"), std::string::npos);
 }
 
 /// The two in one: files that Debian's zstd reads, in a tar.

@@ -79,6 +79,18 @@ std::string full_name(const Head& head) {
   return full;
 }
 
+/// Behind the last file there are zeros only. A head that was lost would otherwise end the recording in
+/// silence.
+bool ends_at(const FilePart& tar, uintmax_t at) {
+  char block[kBlock];
+  for (; at < tar.size; at += kBlock) {
+    const size_t count = std::min<uintmax_t>(kBlock, tar.size - at);
+    read_bytes(tar, at, block, count);
+    if (std::any_of(block, block + count, [](char byte) { return byte != '\0'; })) return false;
+  }
+  return true;
+}
+
 }  // namespace
 
 void TarWriter::add(const std::string& name, std::span<const uint8_t> bytes) {
@@ -115,7 +127,7 @@ std::map<std::string, TarEntry> tar_entries(const std::filesystem::path& path) {
     if (tar.size < at + kBlock)
       refuse(path, at == 0 ? "is no packed recording" : "the file is cut off; copy it again");
     read_bytes(tar, at, &head, sizeof head);
-    if (head.name[0] == '\0' && at > 0) return entries;
+    if (head.name[0] == '\0' && at > 0 && ends_at(tar, at)) return entries;
     const auto size = number_of(head.size), checksum = number_of(head.checksum);
     if (!size || checksum != checksum_of(head))
       refuse(path, at == 0 ? "is no packed recording" : "is damaged at byte " + std::to_string(at));
