@@ -141,9 +141,20 @@ class Outputs(unittest.TestCase):
 
                     out = self.fresh()
                     done = run(command(out), preexec_fn=limited, restore_signals=False)
-                    self.assertNotEqual(done.returncode, 0, (limit, told, done.stderr))
-                    self.assert_whole(out, killed=done.returncode < 0)
+                    self.assert_failed(done, out)
         self.for_each_output(check)
+
+    def test_links_and_devices_stay_what_they_are(self):
+        out = self.fresh()
+        for name, target in ("link", "real"), ("full", "/dev/full"), ("null", "/dev/null"):
+            (out / name).symlink_to(target)
+        (out / "real").write_text("before")
+        replay = self.outputs["trace"][:-1]
+        statuses = [run([PROGRAM, *replay, out / name]).returncode for name in ("link", "full", "null")]
+        self.assertEqual(statuses, [0, 1, 0])
+        self.assertTrue(all((out / name).is_symlink() for name in ("link", "full", "null")))
+        self.assertTrue(json.loads((out / "real").read_text()))
+        self.assertEqual(len(list(out.iterdir())), 4)
 
     def test_nobody_reads_on(self):
         def check(command, _, __, printed):

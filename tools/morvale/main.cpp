@@ -1,4 +1,5 @@
 /// The program `morvale`: finds the subcommand and runs it.
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <span>
@@ -93,6 +94,9 @@ int run_to_end(int argc, char** argv) {
 std::span<const Command> tool::commands() { return kCommands; }
 
 int main(int argc, char** argv) {
+  std::signal(
+      SIGXFSZ,
+      SIG_IGN);  // a limit of the files' size is a full disk: the file in hand goes, and words are said
   if (argc < 2) return usage_error("a command is missing; morvale --help lists them.");
   return run_to_end(argc, argv);
 }
