@@ -117,9 +117,13 @@ class Ab(unittest.TestCase):
     def test_what_cannot_be_used(self):
         other = self.folder / "other"
         other.write_text("{}\n")
+        apart = self.folder / "sp ace.so"  # where the loader's list would end, and the program's own library be taken
+        apart.symlink_to(LIBRARY)
         for arguments, words in [
                 ((self.recordings[0], "--new", "/etc/passwd"), "cannot be used"),
                 ((self.recordings[0], "--new", "nothing.so"), "nothing.so cannot be read"),
+                ((self.recordings[0], "--new", apart), "without blanks and colons"),
+                ((self.recordings[0], "--results", self.folder), "cannot be read as a file"),
                 ((self.recordings[0], "--tolerance", "human=1"), "no field is called"),
                 ((self.recordings[0], "--results", other), "is no file of results")]:
             new = [] if "--new" in arguments else ["--new", LIBRARY]

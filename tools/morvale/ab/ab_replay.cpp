@@ -84,6 +84,8 @@ std::string last_words(std::FILE* file) {
 void check_library(const std::string& library) {
   if (access(library.c_str(), R_OK) != 0)
     throw UsageError(library + " cannot be read; name a built libmorvale_capture.so.");
+  if (library.find_first_of(" :") != std::string::npos)  // which end a name for the loader
+    throw UsageError(library + " cannot be loaded from there; give it a path without blanks and colons.");
   // In a process of its own: a second library beside the program's would take over its state.
   const File words = nameless_file();
   std::fflush(nullptr);

@@ -18,7 +18,7 @@ using morvale::session::Json;
 
 std::string bytes_of(const std::string& file) {
   std::ifstream stream(file, std::ios::binary);
-  if (!stream) throw UsageError(file + " cannot be read.");
+  if (!stream || std::filesystem::is_directory(file)) throw UsageError(file + " cannot be read as a file.");
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
