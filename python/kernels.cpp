@@ -134,20 +134,39 @@ Status run(const Kernel& kernel, Source source, Target target, const Arguments& 
   return status;
 }
 
-py::value_error refusal(const Kernel& kernel, Status status) {
-  return py::value_error(python_name(kernel.name) + ": " + morvale::checked::message(status));
+/// What a kernel takes beside sizes.
+const char* limits_of(const Kernel& kernel) {
+  switch (kernel.group) {
+    case kPadded:
+      return " Margins may be as large as the frame's sides.";
+    case kByFactor:
+      return " The factor may be 1 to 64.";
+    case kBlurred:
+      return " The width may be up to 4800, bits are 8 or 14.";
+    default:
+      return "";
+  }
+}
+
+py::value_error refusal(const Kernel& kernel, Status status, const Arguments& a) {
+  std::string text = python_name(kernel.name) + ": " + morvale::checked::message(status);
+  if (status == Status::kBadSize) text += limits_of(kernel);
+  if (status == Status::kSourceTooSmall && is_frame(kernel.takes))
+    text += " " + std::string(text_of(kernel.takes).argument) + " must be uint8 " +
+            shape_text(shape_for(kernel.takes, {a.width, a.height})) + ".";
+  return py::value_error(text);
 }
 
 py::array call(const Kernel& kernel, const View& source, Arguments arguments, const py::object& out) {
   const Source bytes(source.data, source.bytes);
   // Sizes that no buffer would do for are told before memory is asked for.
   if (const Status status = kernel.checked(bytes, {}, arguments); status == Status::kBadSize)
-    throw refusal(kernel, status);
+    throw refusal(kernel, status, arguments);
   py::array result = target_of(kernel, arguments, out);
   const View target = kernel.group == kRegion ? rows_of(result, arguments.out_width) : view_of(result);
   check_apart(source, target);
   const Status status = run(kernel, bytes, {target.data, target.bytes}, arguments);
-  if (status != Status::kOk) throw refusal(kernel, status);
+  if (status != Status::kOk) throw refusal(kernel, status, arguments);
   return result;
 }
 
@@ -160,7 +179,7 @@ View frame_view(const Kernel& kernel, const py::array& array, int width, int hei
   if (!holds<uint8_t>(array) || !is_packed(array) || !fits || !enough)
     refuse(text_of(kernel.takes).argument,
            "uint8 " + shape_text(shape_for(kernel.takes, {width, height})) +
-               ", contiguous, or as many bytes in one dimension",
+               ", contiguous, or so many bytes or more in one dimension",
            array);
   return view_of(array);
 }
@@ -222,10 +241,10 @@ void add(py::module_& module, const Kernel& kernel, void (*fill)(const Kernel&, 
   if (is_frame(kernel.takes))
     module.def(
         name.c_str(),
-        [&kernel, fill, source_name](const py::object& source, int width, int height, Values... values,
+        [&kernel, fill, source_name](const py::object& source, Whole width, Whole height, Values... values,
                                      const py::object& out) {
-          const View view = frame_view(kernel, array_of(source, source_name), width, height);
-          Arguments arguments{.width = width, .height = height};
+          const View view = frame_view(kernel, array_of(source, source_name), width.value, height.value);
+          Arguments arguments{.width = width.value, .height = height.value};
           fill(kernel, arguments, values...);
           return call(kernel, view, arguments, out);
         },
@@ -243,23 +262,25 @@ void add(py::module_& module, const Kernel& kernel, void (*fill)(const Kernel&, 
 }
 
 /// The result must hold the picture with its margin: a kernel writes it whatever the result's size.
-int side_with_margin(const char* name, std::optional<int> asked, int side, int margin) {
+int side_with_margin(const char* name, std::optional<Whole> asked, int side, int margin) {
   const int needed = side + std::max(margin, 0);
-  if (asked && *asked < needed)
+  if (asked && asked->value < needed)
     throw py::value_error(std::string(name) + " must be " + std::to_string(needed) +
-                          " or more, to hold the picture with its margin; it is " + std::to_string(*asked));
-  return asked.value_or(needed);
+                          " or more, to hold the picture with its margin; it is " +
+                          std::to_string(asked->value));
+  return asked ? asked->value : needed;
 }
 
-void fill_padded(const Kernel& kernel, Arguments& a, int right_margin, int bottom_margin,
-                 std::optional<int> out_width, std::optional<int> out_height) {
+void fill_padded(const Kernel& kernel, Arguments& a, Whole right_margin, Whole bottom_margin,
+                 std::optional<Whole> out_width, std::optional<Whole> out_height) {
   using morvale::checked::kSizeEnd;
-  if (a.width >= kSizeEnd || a.height >= kSizeEnd || right_margin >= kSizeEnd || bottom_margin >= kSizeEnd)
-    throw refusal(kernel, Status::kBadSize);
-  a.right_margin = right_margin;
-  a.bottom_margin = bottom_margin;
-  a.out_width = side_with_margin("out_width", out_width, a.width, right_margin);
-  a.out_height = side_with_margin("out_height", out_height, a.height, bottom_margin);
+  if (a.width >= kSizeEnd || a.height >= kSizeEnd || right_margin.value >= kSizeEnd ||
+      bottom_margin.value >= kSizeEnd)
+    throw refusal(kernel, Status::kBadSize, a);
+  a.right_margin = right_margin.value;
+  a.bottom_margin = bottom_margin.value;
+  a.out_width = side_with_margin("out_width", out_width, a.width, a.right_margin);
+  a.out_height = side_with_margin("out_height", out_height, a.height, a.bottom_margin);
 }
 
 /// Marks all cells, for pictures of any size that a kernel takes.
@@ -270,7 +291,7 @@ std::span<const uint8_t> whole_grid(int height) {
   return marks;
 }
 
-void fill_blur(const Kernel&, Arguments& a, const py::object& weights, const py::object& grid, int bits) {
+void fill_blur(const Kernel&, Arguments& a, const py::object& weights, const py::object& grid, Whole bits) {
   const py::array values = array_of(weights, "weights");
   if (!holds<uint16_t>(values) || values.ndim() != 1 || !is_packed(values) || values.size() % 2 == 0 ||
       values.size() > 2 * morvale::kMaxBlurRadius + 1)
@@ -279,7 +300,7 @@ void fill_blur(const Kernel&, Arguments& a, const py::object& weights, const py:
   a.blur = {{},
             {static_cast<const uint16_t*>(values.data()), static_cast<size_t>(values.size())},
             static_cast<int>(values.size() / 2),
-            bits};
+            bits.value};
   if (grid.is_none()) {
     a.blur.grid = whole_grid(a.height);
     return;
@@ -302,7 +323,8 @@ void add_kernel(py::module_& module, const Kernel& kernel) {
           module, kernel, +[](K, A) {}, "");
     case kScaled:
       return add(
-          module, kernel, +[](K, A a, int width, int height) { a.out_width = width, a.out_height = height; },
+          module, kernel,
+          +[](K, A a, Whole width, Whole height) { a.out_width = width.value, a.out_height = height.value; },
           "out_width, out_height: of the result, in pixels\n", py::arg("out_width"), py::arg("out_height"));
     case kPadded:
       return add(module, kernel, fill_padded,
@@ -313,11 +335,11 @@ void add_kernel(py::module_& module, const Kernel& kernel) {
                  py::arg("out_height") = py::none());
     case kTurned:
       return add(
-          module, kernel, +[](K, A a, int mode) { a.mode = mode; }, "mode: 0, 2 or another number\n",
+          module, kernel, +[](K, A a, Whole mode) { a.mode = mode.value; }, "mode: 0, 2 or another number\n",
           py::arg("mode"));
     case kByFactor:
       return add(
-          module, kernel, +[](K, A a, int factor) { a.factor = factor; }, "factor: 1 to 64\n",
+          module, kernel, +[](K, A a, Whole factor) { a.factor = factor.value; }, "factor: 1 to 64\n",
           py::arg("factor"));
     case kBlurred:
       return add(module, kernel, fill_blur,
@@ -329,11 +351,11 @@ void add_kernel(py::module_& module, const Kernel& kernel) {
   }
 }
 
-py::array_t<uint16_t> gaussian_weights(float sigma, int radius, int bits) {
-  const bool sound = radius >= 0 && radius <= morvale::kMaxBlurRadius;
-  py::array_t<uint16_t> weights(sound ? 2 * radius + 1 : 0);
+py::array_t<uint16_t> gaussian_weights(float sigma, Whole radius, Whole bits) {
+  const bool sound = radius.value >= 0 && radius.value <= morvale::kMaxBlurRadius;
+  py::array_t<uint16_t> weights(sound ? 2 * radius.value + 1 : 0);
   const Status status = checked::GFilterCreation(
-      sigma, radius, bits, {weights.mutable_data(), static_cast<size_t>(weights.size())});
+      sigma, radius.value, bits.value, {weights.mutable_data(), static_cast<size_t>(weights.size())});
   if (status != Status::kOk)
     throw py::value_error("gaussian_weights takes a radius of 0 to 127 and 8 or 14 bits");
   return weights;
@@ -353,7 +375,8 @@ PYBIND11_MODULE(kernels, module) {
       "rows: luma, then V, U pairs. The pixels are those of the C++ functions, whatever the processor.\n\n"
       "    rgb = morvale.kernels.nv21_to_rgb(nv21, 640, 480)\n"
       "    small = morvale.kernels.resize_nv21(nv21, 640, 480, 320, 240)\n\n"
-      "ValueError says what is wrong with an array or a size, and what is wanted.";
+      "ValueError says what is wrong with an array or a size, and what is wanted; TypeError, what is no "
+      "array or no number.";
   for (const Kernel& kernel : kKernels) add_kernel(module, kernel);
   module.def("gaussian_weights", gaussian_weights, py::arg("sigma"), py::arg("radius"), py::arg("bits") = 8,
              "Weights of a Gaussian of standard deviation sigma (pixels) in fixed point (the kernel "

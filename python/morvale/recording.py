@@ -151,7 +151,7 @@ class Recording:
 
     def __init__(self, path: Union[str, os.PathLike]):
         self.path = os.fspath(path)
-        self._reader = _recording.Reader(self.path)
+        self._reader = _recording.Reader(os.fsencode(self.path))
         facts = self._reader.info()
         self.camera = "front" if facts.pop("camera_type") == _FRONT_CAMERA else "back"
         vars(self).update(facts)

@@ -31,13 +31,25 @@ def _program():
     return str(found)
 
 
-def _environment(library):
-    """This process's, with the library in front of the program's own."""
+def _checked(library):
+    """The whole path of a library, so that a later replay finds it too."""
     if library is None:
         return None
-    path = os.path.abspath(library)
-    if not os.access(path, os.R_OK):
+    path = os.path.abspath(os.fsdecode(library))
+    if not os.access(path, os.R_OK) or not os.path.isfile(path):
         raise ValueError(f"library: {path} cannot be read; name a built libmorvale_capture.so")
+    if " " in path or ":" in path:  # which end a name for the loader
+        raise ValueError(f"library: {path} cannot be loaded from there; give it a path without blanks and colons")
+    content = pathlib.Path(path).read_bytes()
+    if content[:4] != b"\x7fELF" or b"libmorvale_capture.so" not in content:  # its own name, or that of what it wraps
+        raise ValueError(f"library: {path} is no capture library; name a built libmorvale_capture.so")
+    return path
+
+
+def _environment(path):
+    """This process's, with the library in front of the program's own."""
+    if path is None:
+        return None
     others = os.environ.get("LD_PRELOAD")
     return {**os.environ, "LD_PRELOAD": f"{path}:{others}" if others else path}
 
@@ -45,14 +57,27 @@ def _environment(library):
 def _run(*arguments, library=None):
     """Runs `morvale replay`. Returns its lines and its last sentence."""
     try:
-        done = subprocess.run([_program(), "replay", *map(str, arguments)], capture_output=True, env=_environment(library))
+        process = subprocess.Popen([_program(), "replay", *map(str, arguments)], stdout=subprocess.PIPE,
+                                   stderr=subprocess.PIPE, env=_environment(library))
     except OSError as error:
         raise ProgramError(f"{_program()} cannot be run: {error.strerror}") from error
-    words = done.stderr.decode(errors="replace").strip().split("\n")[-1].removeprefix("morvale: ")
+    try:
+        output, said = process.communicate()
+    except BaseException:  # interrupted: the program puts away what it has begun
+        process.terminate()
+        process.communicate()
+        raise
+    said, status = said.decode(errors="replace"), process.returncode
+    if library and "cannot be preloaded" in said:
+        raise ValueError(f"library: {library} is not for this machine")
+    words = said.strip().split("\n")[-1].removeprefix("morvale: ")
     # 1: a record is not as recorded, or a frame failed, which the result tells.
-    if done.returncode not in (0, 1) or (done.returncode == 1 and not done.stdout and "none" not in arguments):
-        raise ProgramError(words or f"the program ended by signal {-done.returncode}")
-    return [json.loads(line) for line in done.stdout.splitlines()], words
+    if status not in (0, 1) or (status == 1 and not output and "none" not in arguments):
+        raise ProgramError(words or f"the program ended {f'by signal {-status}' if status < 0 else f'with status {status}'}")
+    try:
+        return [json.loads(line) for line in output.splitlines()], words
+    except ValueError:
+        raise ProgramError("the program gave no records; are these flags for a replay?") from None
 
 
 def _records(lines):
@@ -108,14 +133,16 @@ class Replay:
             recorded = _recording.open(self.path).records
         except ValueError:
             return None
-        return np.flatnonzero(self.records != recorded) if len(recorded) == len(self.records) else None
+        if [line["frame"] for line in self.lines] != list(range(len(recorded))):
+            return None
+        return np.flatnonzero(self.records != recorded)
 
     def picture(self, frame: int) -> bytes:
         """A frame with label map, boxes and figures, as a PNG: bytes. Replays up to there once more."""
         with tempfile.TemporaryDirectory() as folder:
             file = pathlib.Path(folder, "frame.png")
-            until = () if "--frames" in self._flags else ("--frames", frame + 1)
-            _run(*self._flags, *until, "--format", "none", "--picture", f"{frame}={file}", self.path,
+            until = () if any(flag.startswith("--frames") for flag in self._flags) else ("--frames", frame + 1)
+            _run(*self._flags, *until, "--format", "none", "--picture", f"{frame}={file}", "--", self.path,
                  library=self._library)
             return file.read_bytes()
 
@@ -207,13 +234,13 @@ def replay(path: _Path, library: Optional[_Path] = None, *, camera: Optional[str
     flags     more of `morvale replay --help`, as a list of texts: ["--every", "5"]
 
     Returns a morvale.Replay. Raises morvale.ProgramError, which says what the program said, when nothing could be replayed
-    or the program is not there, and ValueError for a library that cannot be read. That a frame failed or a record is not
+    or the program is not there, and ValueError for a library that cannot be used. That a frame failed or a record is not
     as recorded is no error: `summary` says it.
     """
     flags = [*map(str, flags), *(["--camera", camera] if camera else [])]
     extra = ["--record", record] if record else []
-    path = os.fspath(path)
-    lines, summary = _run(*flags, *extra, "--format", "json", path, library=library)
+    path, library = os.path.abspath(os.fsdecode(path)), _checked(library)
+    lines, summary = _run(*flags, *extra, "--format", "json", "--", path, library=library)
     return Replay(path, flags, library, lines, summary, record)
 
 
@@ -236,6 +263,7 @@ def analyze(image: Union[_Path, np.ndarray], camera: str = "front", library: Opt
     Returns a morvale.Analysis. Raises morvale.ProgramError when the picture or the network cannot be used, which says what
     the program said, or the program is not there, and ValueError for an array or a library that cannot be used.
     """
+    library = _checked(library)
     with tempfile.TemporaryDirectory() as folder:
         if isinstance(image, np.ndarray):
             name, path = "array", os.path.join(folder, "array.ppm")
@@ -243,7 +271,7 @@ def analyze(image: Union[_Path, np.ndarray], camera: str = "front", library: Opt
         else:
             name = path = os.fspath(image)
         session, picture = os.path.join(folder, "session"), os.path.join(folder, "picture.png")
-        lines, words = _run("--camera", camera, "--record", session, "--picture", f"0={picture}", *flags, path,
+        lines, words = _run("--camera", camera, "--record", session, "--picture", f"0={picture}", *flags, "--", path,
                             library=library)
         if not os.path.exists(picture):
             raise ProgramError(words)

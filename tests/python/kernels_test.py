@@ -116,8 +116,11 @@ class Refusals(unittest.TestCase):
             (k.gaussian_blur_grid_hori, (y, weights.astype(int)), "weights must be uint16"),
             (k.gaussian_blur_grid_hori, (y, weights[:-1]), "an odd number"),
             (k.gaussian_blur_grid_hori, (y, weights, np.ones((1, 2), np.uint8)), "grid must be uint8 (1, 600)"),
-            (k.gaussian_blur_grid_hori, (y, weights, None, 9), "outside what the kernel is made for"),
-            (k.resize_y, (y, 65), "outside what the kernel is made for"),
+            (k.gaussian_blur_grid_hori, (y, weights, None, 9), "outside what the kernel is made for", "bits are 8 or 14"),
+            (k.resize_y, (y, 65), "outside what the kernel is made for", "The factor may be 1 to 64"),
+            (k.nv21_to_rgb_padded, (nv21, 16, 8, 17), "Margins may be as large as"),
+            (k.nv21_to_rgb, (np.zeros((10, 16), np.uint8), 16, 7), "nv21 must be uint8 (11, 16)"),
+            (k.nv21_to_rgb, (nv21, 16, 1 << 40), "must fit in 32 bits"),
             (k.resize_nv21, (nv21, 16, 8, 1 << 24, 2), "outside what the kernel is made for"),
             (k.nv21_to_rgb_padded, (nv21, 16, 8, 8, 0, 20), "out_width must be 24 or more", "20"),
             (k.gaussian_weights, (1, 128), "radius of 0 to 127"),
@@ -130,10 +133,14 @@ class Refusals(unittest.TestCase):
                     self.assertIn(fragment, str(refusal.exception))
         with self.assertRaisesRegex(TypeError, "y must be a NumPy array, not list"):
             kernels.rotate_y([[1]], 0)
+        with self.assertRaisesRegex(TypeError, r"^width, height .* whole numbers \(int\), not float$"):
+            kernels.nv21_to_rgb(nv21, 32 / 2, 8)
+        self.assertEqual(kernels.nv21_to_rgb(nv21, np.int64(16), height=8).shape, (8, 16, 3))
 
     def test_nothing_is_no_picture_to_fall_over(self):
         for shape in [(0, 0), (0, 7), (7, 0)]:
             self.assertEqual(kernels.resize_y_2x_up(np.zeros(shape, np.uint8)).shape, (2 * shape[0], 2 * shape[1]))
+            self.assertEqual(kernels.resize_y_8x_up_rr_hori(np.zeros(shape, np.uint8)).shape, (shape[0], 8 * shape[1]))
 
 
 class Calls(unittest.TestCase):

@@ -7,8 +7,11 @@ that needs them; it is skipped without). MORVALE_REQUIRE_NETWORK=1 makes their a
 import json
 import os
 import pathlib
+import signal
 import subprocess
+import sys
 import tempfile
+import time
 import unittest
 from unittest import mock
 
@@ -121,7 +124,29 @@ class Runs(Sessions):
         self.assertEqual(replay.changed.tolist(), [0, 1, 2, 3, 4, 5])
         np.testing.assert_array_equal(replay.records["humanRatio"], morvale.open(self.scene).records["humanRatio"] + 5)
         self.assertEqual(replay.recording.records.tobytes(), replay.records.tobytes())
-        self.assertIsNone(morvale.replay(self.scene, flags=["--every", 2]).changed)
+        for flags in ["--every", 2], ["--every", 2, "--repeat", 2]:
+            self.assertIsNone(morvale.replay(self.scene, flags=flags).changed)
+
+    def test_a_later_look_finds_the_recording_from_elsewhere(self):
+        before = os.getcwd()
+        self.addCleanup(os.chdir, before)
+        os.chdir(self.folder)
+        replay = morvale.replay("front", library=os.path.relpath(CHANGED), flags=["--frames=5"])
+        os.chdir(before)
+        self.assertIsNone(replay.changed, "five of six")
+        self.assertTrue(replay.picture(2).startswith(b"\x89PNG"))
+
+    def test_an_interrupted_replay_leaves_nothing(self):
+        kept = self.folder / "interrupted.morvale"
+        script = f"import morvale; morvale.replay({str(self.scene)!r}, record={str(kept)!r}, flags=['--repeat', '100000'])"
+        process = subprocess.Popen([sys.executable, "-c", script], stderr=subprocess.PIPE)
+        parts = lambda: list(self.folder.glob("interrupted*"))
+        while not parts():
+            self.assertIsNone(process.poll())
+            time.sleep(0.01)
+        process.send_signal(signal.SIGINT)
+        self.assertIn(b"KeyboardInterrupt", process.communicate(timeout=1200)[1])
+        self.assertEqual([path for path in parts() if ".part" in path.name], [])
 
     def test_a_notebook_shows_the_frame(self):
         replay = morvale.replay(self.scene)
@@ -140,6 +165,17 @@ class Runs(Sessions):
             morvale.analyze(self.scene / "records.bin")
         with self.assertRaisesRegex(ValueError, "cannot be read; name a built"):
             morvale.replay(self.scene, library=self.folder / "nothing.so")
+        kernels = self.folder / "libmorvale_kernels.so"
+        kernels.write_bytes(b"\x7fELF and no more")
+        for library in kernels, self.scene / "records.bin", self.folder:
+            with self.assertRaisesRegex(ValueError, "no capture library|cannot be read"):
+                morvale.replay(self.scene, library=library)
+        apart = self.folder / "sp ace.so"
+        apart.symlink_to(CHANGED)
+        with self.assertRaisesRegex(ValueError, "without blanks and colons"):
+            morvale.analyze(PHOTO, library=apart)
+        with self.assertRaisesRegex(morvale.ProgramError, "are these flags for a replay"):
+            morvale.replay(self.scene, flags=["--help"])
         with self.assertRaisesRegex(ValueError, r"image must be uint8 .height, width, 3.* float64 \(3,\)"):
             morvale.analyze(np.zeros(3))
         with mock.patch.dict(os.environ, MORVALE_PROGRAM="", PATH="/nonexistent"):
