@@ -48,7 +48,7 @@ RUNS = [
      r"all of them"),
     ("same", "Two builds in two folders give one library, byte for byte",
      "cmp build/{release,bench}/src/libmorvale_capture.so && echo the same file", r"the same file"),
-    ("bits", "Seeded faults that the check of the bits names", "./dev faults", r"\d+ of \d+ faults named.*"),
+    ("faults", "Seeded faults that the check of the bits names", "./dev faults", r"\d+ of \d+ faults named.*"),
 ]
 
 
