@@ -94,9 +94,8 @@ int run_to_end(int argc, char** argv) {
 std::span<const Command> tool::commands() { return kCommands; }
 
 int main(int argc, char** argv) {
-  std::signal(
-      SIGXFSZ,
-      SIG_IGN);  // a limit of the files' size is a full disk: the file in hand goes, and words are said
+  // A file-size limit is then as a full disk: the file in hand goes, and a sentence is said.
+  std::signal(SIGXFSZ, SIG_IGN);
   if (argc < 2) return usage_error("a command is missing; morvale --help lists them.");
   return run_to_end(argc, argv);
 }
