@@ -35,8 +35,8 @@ function(morvale_precompile target)
   endif()
 endfunction()
 
-# The files of one folder, compiled as one file: they use the same templates. As above, not with ccache, where a build
-# also proves that each file stands alone. A file that says the same names as its neighbour is left out by its property
+# The tests of one folder, compiled as one file: they use the same templates, which are half of their compilation. As
+# above, not with ccache, where a build also proves that each file stands alone. A file that says the same names as its neighbour is left out by its property
 # SKIP_UNITY_BUILD_INCLUSION, and one with options of its own by CMake.
 function(morvale_join_folders target)
   if(NOT CMAKE_CXX_COMPILER_LAUNCHER MATCHES "ccache")
