@@ -34,19 +34,3 @@ function(morvale_precompile target)
     endif()
   endif()
 endfunction()
-
-# The tests of one folder, compiled as one file: they use the same templates, which are half of their compilation. As
-# above, not with ccache, where a build also proves that each file stands alone. A file that says the same names as its neighbour is left out by its property
-# SKIP_UNITY_BUILD_INCLUSION, and one with options of its own by CMake.
-function(morvale_join_folders target)
-  if(NOT CMAKE_CXX_COMPILER_LAUNCHER MATCHES "ccache")
-    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
-    get_target_property(sources ${target} SOURCES)
-    foreach(source IN LISTS sources)
-      cmake_path(GET source PARENT_PATH folder)
-      if(NOT IS_ABSOLUTE ${source})
-        set_source_files_properties(${source} PROPERTIES UNITY_GROUP "folder_${folder}")
-      endif()
-    endforeach()
-  endif()
-endfunction()
