@@ -34,7 +34,7 @@ RUNS = [
     ("threads", "The thread sanitizer over a caller that moves between threads", "ctest --preset sanitize-threads", CTEST),
     ("memory", "The memory sanitizer over kernels, core and analyses", "ctest --preset sanitize-memory", CTEST),
     ("addresses", "The address and undefined-behaviour sanitizers over all tests but those that look at what the program says",
-     "ctest --preset sanitize-clang -E '^(outputs|at_scale|convert|selfcheck|manual|report)$'", CTEST),
+     "ctest --preset sanitize-clang -E '^(outputs|at_scale|convert|selfcheck|manual|report|pack)$'", CTEST),
     ("guards", "Checks of virtual calls and integer overflow, as a device's build has them", "ctest --preset guards", CTEST),
     ("valgrind", "Valgrind over sessions of both cameras, of one thread and of several",
      "valgrind -q --error-exitcode=1 --leak-check=full build/release/tests/threads_test && echo no error", r"no error"),

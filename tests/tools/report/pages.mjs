@@ -48,7 +48,7 @@ export const compared = page('compared', {
   }
 });
 export const reports = process.env.MORVALE_REPORTS;
-const given = reports ? ['front', 'back', 'diff'].map(name => join(reports, `report_${name}/report.html`)) : [];
+export const given = reports ? ['front', 'back', 'diff'].map(name => join(reports, `report_${name}/report.html`)) : [];
 export const everyReport = [front, back, compared, ...given];
 
 // Whether the page needs no scrolling sideways, once it has followed the window's size.
