@@ -51,11 +51,18 @@ export const reports = process.env.MORVALE_REPORTS;
 export const given = reports ? ['front', 'back', 'diff'].map(name => join(reports, `report_${name}/report.html`)) : [];
 export const everyReport = [front, back, compared, ...given];
 
+// Gives the window a size, and the page the time to follow it.
+export async function resize(tab, width, height) {
+  await tab.setViewportSize({width, height});
+  await tab.evaluate(async () => {
+    for (let i = 0; i < 4; ++i) await new Promise(requestAnimationFrame);
+  });
+}
+
 // Whether the page needs no scrolling sideways, once it has followed the window's size.
 export function fits(tab) {
   return tab.evaluate(async () => {
-    const nextDrawing = () => new Promise(done => requestAnimationFrame(() => requestAnimationFrame(done)));
-    for (let i = 0; i < 60 && document.documentElement.scrollWidth > innerWidth; ++i) await nextDrawing();
+    for (let i = 0; i < 120 && document.documentElement.scrollWidth > innerWidth; ++i) await new Promise(requestAnimationFrame);
     return document.documentElement.scrollWidth <= innerWidth;
   });
 }
