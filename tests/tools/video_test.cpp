@@ -38,7 +38,7 @@ void damage(const std::string& file, int frame) {
 
 /// How many frames came, and how many of them are told of as damaged.
 std::pair<int, int> read_all(const std::string& file) {
-  const auto source = tool::opencv().make_video_source(file);
+  const auto source = tool::open_video(file);
   int frames = 0;
   while (source->next()) ++frames;
   return {frames, source->damaged_frames()};

@@ -6,7 +6,8 @@
 
 #include "analyze/annotate.h"
 #include "convert/blur_grid.h"
-#include "pictures/photograph_frame.h"
+#include "pictures/frame_from_bgr.h"
+#include "pictures/picture_decoder.h"
 #include "pictures/picture_file.h"
 #include "pictures/ssim.h"
 #include "report/report_picture.h"
@@ -17,6 +18,11 @@ namespace tool {
 namespace {
 
 bool is_picture(const std::string& path) { return cv::haveImageReader(path); }
+
+Frame photograph_frame(const std::string& path, const FrameShape& shape) {
+  return frame_from_bgr(path, shape.size ? decode_photograph(path, *shape.size) : decode_photograph(path),
+                        shape.stride);
+}
 
 // OpenCV's own complaints would stand beside our one sentence.
 [[maybe_unused]] const auto kSilence = cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
@@ -31,7 +37,6 @@ const tool::OpenCvModule morvale_opencv_module = {
     .is_picture = tool::is_picture,
     .photograph_frame = tool::photograph_frame,
     .make_cascade_faces = tool::make_cascade_faces,
-    .make_video_source = tool::make_video_source,
     .make_pan_source = tool::make_pan_source,
     .annotated_png = tool::annotated_png,
     .frame_jpeg = tool::frame_jpeg,

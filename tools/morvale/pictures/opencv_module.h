@@ -1,5 +1,6 @@
 /// Everything that needs OpenCV. With the libraries behind it OpenCV takes longer to load than most commands
-/// take to run, so it stands in libmorvale_pictures.so, which the first call of opencv() loads.
+/// take to run, so it stands in libmorvale_pictures.so, which the first call of opencv() loads, and what
+/// reads videos, with FFmpeg and a hundred more libraries, in libmorvale_video.so.
 #pragma once
 
 #include <cstdint>
@@ -24,10 +25,11 @@ struct OpenCvModule {
   std::string (*version)();
   bool (*is_picture)(const std::string& path);  ///< by what stands in the file
 
-  Frame (*photograph_frame)(const std::string& path, const FrameShape& shape);  // pictures/photograph_frame.h
-  std::unique_ptr<FaceSource> (*make_cascade_faces)(const std::string& file);   // service/cascade_faces.h
-  std::unique_ptr<FrameSource> (*make_video_source)(const std::string& file);   // sources/frame_source.h
-  std::unique_ptr<FrameSource> (*make_pan_source)(const std::string& photograph, FrameSize size, int frames);
+  /// As the camera's, resized when `shape` names a size. Throws UsageError.
+  Frame (*photograph_frame)(const std::string& path, const FrameShape& shape);
+  std::unique_ptr<FaceSource> (*make_cascade_faces)(const std::string& file);  // service/cascade_faces.h
+  std::unique_ptr<FrameSource> (*make_pan_source)(const std::string& photograph, FrameSize size,
+                                                  int frames);  // sources/frame_source.h
 
   std::vector<uint8_t> (*annotated_png)(const Frame& frame, int frame_index,
                                         const FrameReport& report);  // analyze/annotate.h
@@ -45,5 +47,10 @@ struct OpenCvModule {
 
 /// Throws RunError when the module cannot be loaded.
 const OpenCvModule& opencv();
+
+/// What libmorvale_video.so shows.
+using MakeVideoSource = std::unique_ptr<FrameSource> (*)(const std::string& file);
+/// Throws RunError when the module cannot be loaded, UsageError when the file is no video.
+std::unique_ptr<FrameSource> open_video(const std::string& file);
 
 }  // namespace tool

@@ -49,7 +49,7 @@ std::unique_ptr<FrameSource> open_source(const ReplayOptions& options, const Pla
     case SourceKind::kBundle:
       return make_bundle_source(plan.input, options.keep_going);
     case SourceKind::kVideo:
-      return opencv().make_video_source(plan.input);
+      return open_video(plan.input);
     case SourceKind::kY4m:
       return make_y4m_source(plan.input);
     case SourceKind::kPictures:

@@ -59,8 +59,7 @@ std::unique_ptr<FrameSource> make_y4m_source(const std::string& file);  ///< "-"
 /// cannot be read is told of and left out, where it otherwise ends the source.
 std::unique_ptr<FrameSource> make_picture_source(const std::string& folder_or_file, const FrameShape& shape,
                                                  bool keep_going);
-/// These stand behind opencv().
-std::unique_ptr<FrameSource> make_video_source(const std::string& file);
+/// Stands behind opencv(); what reads videos behind open_video().
 std::unique_ptr<FrameSource> make_pan_source(const std::string& photograph, FrameSize size, int frames);
 
 /// The record and the pixels that a camera would deliver for this frame.

@@ -4,7 +4,7 @@
 #include <numbers>
 #include <opencv2/imgproc.hpp>
 
-#include "pictures/photograph_frame.h"
+#include "pictures/frame_from_bgr.h"
 #include "pictures/picture_decoder.h"
 #include "sources/frame_source.h"
 

@@ -1,11 +1,13 @@
 /// A video file as a source of frames, decoded by OpenCV.
 #include <algorithm>
 #include <cstdlib>
+#include <opencv2/core/utils/logger.hpp>
 #include <opencv2/videoio.hpp>
 
 #include <morvale/morvale.h>
 #include "common/command.h"
-#include "pictures/photograph_frame.h"
+#include "pictures/frame_from_bgr.h"
+#include "pictures/opencv_module.h"
 #include "sources/decode_errors.h"
 #include "sources/frame_source.h"
 
@@ -52,12 +54,16 @@ class VideoSource final : public FrameSource {
   int next_ = 0;
 };
 
-}  // namespace
-
 std::unique_ptr<FrameSource> make_video_source(const std::string& file) {
-  // FFmpeg's own complaints would stand beside our one sentence.
+  // OpenCV's and FFmpeg's own complaints would stand beside our one sentence.
+  cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
   setenv("OPENCV_FFMPEG_LOGLEVEL", "-8", /*overwrite=*/0);
   return std::make_unique<VideoSource>(file);
 }
 
+}  // namespace
 }  // namespace tool
+
+/// What open_video() finds by this name.
+extern "C" __attribute__((visibility("default"))) const tool::MakeVideoSource morvale_make_video_source;
+const tool::MakeVideoSource morvale_make_video_source = tool::make_video_source;

@@ -1,9 +1,8 @@
-#include "pictures/photograph_frame.h"
+#include "pictures/frame_from_bgr.h"
 
 #include <algorithm>
 
 #include <morvale/morvale.h>
-#include "pictures/picture_decoder.h"
 
 namespace tool {
 namespace {
@@ -18,11 +17,6 @@ void set_rows(Frame& frame, const std::vector<uint8_t>& packed) {
 }
 
 }  // namespace
-
-Frame photograph_frame(const std::string& path, const FrameShape& shape) {
-  return frame_from_bgr(path, shape.size ? decode_photograph(path, *shape.size) : decode_photograph(path),
-                        shape.stride);
-}
 
 Frame frame_from_bgr(const std::string& name, const cv::Mat& bgr, std::optional<int> stride) {
   const FrameSize size{bgr.cols & ~1, bgr.rows & ~1};
