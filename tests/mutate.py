@@ -29,7 +29,7 @@ MOST_MEMORY = 8 << 30
 # What looks at the folder, what it is built by, and the first that fails ends it.
 LIBRARY = ("tests/library_test", "tests/allocation_test", "tests/threads_test", "tests/kernels/kernel_test",
            "tools/selfcheck/morvale_selfcheck", "tests/unload_test")
-STAND_INS = ("tests/bundle_test", "workstation/runtime/runtime_test", "tests/record_test")
+STAND_INS = ("tests/bundle_test", "tests/runtime_test", "tests/record_test")
 ALSO_BUILT = {"tests/record_test": ["morvale"]}  # the program that its replays start
 
 

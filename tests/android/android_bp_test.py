@@ -17,7 +17,7 @@ MODULES = {
     "libmorvale_kernels": ["morvale_kernels"],
     "morvale_selfcheck": ["morvale_selfcheck", "morvale_cases"],
     "morvale_device_bench": ["morvale_device_bench"],
-    "morvale_library_test": ["library_test", "morvale_cases", "records_in_c"],
+    "morvale_library_test": ["library_test", "morvale_cases", "platform_double", "records_in_c"],
 }
 TOKEN = re.compile(r'"([^"]*)"|([A-Za-z_]\w*)|([{}\[\]:,])')
 
